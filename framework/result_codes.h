@@ -1,0 +1,9 @@
+#pragma once
+
+/// Results of handler operations; a callee's other non-zero code is passed up unchanged.
+namespace talvik::result_code {
+
+constexpr int kSuccess = 0;
+constexpr int kFailed = -1;
+
+}  // namespace talvik::result_code

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace talvik {
+
+/// The device configuration file: `<device><section name="..."><item name="..." value="..."/></section></device>`.
+class DeviceConfigFile {
+public:
+    /// Reads `path`. Throws `StartupError` when the file is missing, is no XML, or has an element, a missing attribute or
+    /// a repeated section or item that does not belong there; the message names file, line and reason.
+    static DeviceConfigFile load(const std::string& path);
+
+    /// The value of `item` in `section`, or null when there is none. Valid as long as this object.
+    const std::string* find(const std::string& section, const std::string& item) const;
+
+    /// The value as an unsigned decimal number. Throws `StartupError` when it is missing or no such number.
+    unsigned long long number(const std::string& section, const std::string& item) const;
+
+    /// The path that it was read from.
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+    std::map<std::string, std::map<std::string, std::string>> sections_;
+};
+
+/// Makes `file` what `CKELXmlConfig::getDeviceItem` and `CSNMPBasicImpl` answer from. Call it before the module is
+/// loaded. Throws `StartupError` when an item that the host itself needs is missing or malformed.
+void installDeviceConfig(DeviceConfigFile file);
+
+}  // namespace talvik
