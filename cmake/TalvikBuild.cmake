@@ -14,6 +14,9 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 # No path of the building machine in any binary.
 add_compile_options("-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 
+# Unique symbols would pin the module in memory: a host could never unload it.
+add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+
 find_program(TALVIK_CCACHE ccache)
 mark_as_advanced(TALVIK_CCACHE)
 if(TALVIK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)

@@ -10,8 +10,9 @@
 
 // Contract: both singletons are carried and exported, so that host and module agree on one manager a process
 // whichever of them instantiates it first.
-template class ACE_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
-template class ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
+template class __attribute__((visibility("default"))) ACE_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
+template class __attribute__((visibility("default")))
+ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
 
 namespace {
 

@@ -10,7 +10,8 @@
 /// is the host's to report.
 class CKELDebugKit {
 public:
-    CKELDebugKit();
+    /// The kit of one module id; the manager makes it.
+    explicit CKELDebugKit(unsigned int moduleId);
     ~CKELDebugKit();
 
     /// Writes one trace line, the text as it stands.

@@ -7,7 +7,7 @@ class CKELDebugKit;
 /// Host and module share the one instance of the process,
 /// `ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>::instance()`, which constructs it on first use under the
 /// singleton's mutex and never destroys it. Size and constructor are therefore binary contract.
-class CKELDebugKitMgr {
+class __attribute__((visibility("default"))) CKELDebugKitMgr {
 public:
     CKELDebugKitMgr();
     ~CKELDebugKitMgr();

@@ -1,0 +1,41 @@
+#include "module/talvik_mib_module.h"
+
+#include "handlers/snmp_topo_handler.h"
+
+#include <memory>
+
+namespace {
+
+using HandlerList = std::list<std::pair<const std::string, CSnmpHandler*>>;
+
+/// Appends one pair, with a new handler that the list's owner owns.
+template <typename Handler>
+void appendHandler(HandlerList& handlers, const char* oid)
+{
+    auto handler = std::make_unique<Handler>();
+    handlers.emplace_back(oid, handler.get());
+    handler.release();
+}
+
+}  // namespace
+
+bool CSNMP_Talvik_Mib_Module::init()
+{
+    return true;
+}
+
+std::string CSNMP_Talvik_Mib_Module::getMibFileName()
+{
+    return "KEL-TALVIK-MIB.json";
+}
+
+void CSNMP_Talvik_Mib_Module::getSvcHandler(HandlerList& handlers)
+{
+    appendHandler<CSnmpTopoHandler>(handlers, "1.3.6.1.4.1.99999.2.91.9.1");
+}
+
+extern "C" __attribute__((visibility("default"))) CSNMP_Svc_Module* SNMP_SvcModuleCreator()
+{
+    auto module = std::make_unique<CSNMP_Talvik_Mib_Module>();
+    return module->init() ? module.release() : nullptr;
+}

@@ -1,0 +1,38 @@
+// The linker sends calls of these operations here first (see wrapped_calls.cmake): they are recorded, fail when the test
+// says so, and otherwise go on to the real ones.
+
+#include "framework/tlv_cell.h"
+#include "framework/tlv_record.h"
+#include "tests/support/fake_host.h"
+
+extern "C" {
+
+int __real__ZN8CTLVCell5set_iENS_8ETLVTypeEtPKvm(CTLVCell* self, CTLVCell::ETLVType type,
+                                                 unsigned short tag, const void* data,
+                                                 unsigned long len);
+int __real__ZN8CTLVCell7setCellEtPKcm(CTLVCell* self, unsigned short tagWord, const char* data,
+                                      unsigned long len);
+void __real__ZN12CTLVRecordV36appendEPK8CTLVCell(CTLVRecordV3* self, const CTLVCell* cell);
+
+int __wrap__ZN8CTLVCell5set_iENS_8ETLVTypeEtPKvm(CTLVCell* self, CTLVCell::ETLVType type,
+                                                 unsigned short tag, const void* data,
+                                                 unsigned long len)
+{
+    talvik::test::fakeHost().enter("set_i");
+    return __real__ZN8CTLVCell5set_iENS_8ETLVTypeEtPKvm(self, type, tag, data, len);
+}
+
+int __wrap__ZN8CTLVCell7setCellEtPKcm(CTLVCell* self, unsigned short tagWord, const char* data,
+                                      unsigned long len)
+{
+    talvik::test::fakeHost().enter("setCell");
+    return __real__ZN8CTLVCell7setCellEtPKcm(self, tagWord, data, len);
+}
+
+void __wrap__ZN12CTLVRecordV36appendEPK8CTLVCell(CTLVRecordV3* self, const CTLVCell* cell)
+{
+    talvik::test::fakeHost().enter("append");
+    __real__ZN12CTLVRecordV36appendEPK8CTLVCell(self, cell);
+}
+
+}  // extern "C"
