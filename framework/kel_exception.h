@@ -3,7 +3,8 @@
 #include <exception>
 #include <string>
 
-/// The one exception that crosses a handler boundary. The host catches it there and reports `what()`.
+/// The one exception that crosses a handler boundary. The host catches it there and reports
+/// `what()`.
 class CKEL_Exception : public std::exception {
 public:
     /// The message becomes "CKEL_Exception: " followed by `text`.

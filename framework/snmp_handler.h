@@ -3,12 +3,13 @@
 #include "framework/tlv_package.h"
 #include "platform/snmp_context.h"
 
-/// What the host calls for a request on one registered subtree. The order of the virtual operations is binary contract:
-/// every handler's table begins with these.
+/// What the host calls for a request on one registered subtree. The order of the virtual operations
+/// is binary contract: every handler's table begins with these.
 ///
-/// Each `On...` operation takes the request's context, the request package and the response package that it appends its
-/// answer to. It returns 0 for success; the host turns any other result, or a `CKEL_Exception`, into an SNMP error. The
-/// host calls a handler for one request at a time, and owns it.
+/// Each `On...` operation takes the request's context, the request package and the response package
+/// that it appends its answer to. It returns 0 for success; the host turns any other result, or a
+/// `CKEL_Exception`, into an SNMP error. The host calls a handler for one request at a time, and
+/// owns it.
 class CSnmpHandler {
 public:
     virtual ~CSnmpHandler() = default;
@@ -29,7 +30,8 @@ public:
     /// The handler's query strategy; 0 means none.
     virtual unsigned long long strategy() { return 0; }
 
-    /// True if one `OnQueryTable` answers the whole table, false if the table is driven in batches from a key.
+    /// True if one `OnQueryTable` answers the whole table, false if the table is driven in batches
+    /// from a key.
     virtual bool isWholeTable() { return true; }
 
     /// Version of the OID layout that the handler serves.

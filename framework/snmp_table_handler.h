@@ -2,8 +2,8 @@
 
 #include "framework/snmp_handler.h"
 
-/// Base of the handlers of MIB tables. Leaf operations are refused with `CKEL_Exception`; changes that a table does not
-/// override return -1 and touch nothing.
+/// Base of the handlers of MIB tables. Leaf operations are refused with `CKEL_Exception`; changes
+/// that a table does not override return -1 and touch nothing.
 class CSnmpTableHandler : public CSnmpHandler {
 public:
     int OnQueryLeaf(const CKEL_SnmpContext& ctx, const CTLVPackageV3<TLVMsgHeadV3>& req,

@@ -6,8 +6,8 @@
 #include <type_traits>
 
 /// Header of every message package: 28 bytes, little-endian, the same in memory and on the wire
-/// (docs/tlv-format.md). The words without a meaning here are carried unchanged; they belong to the back end
-/// (docs/backend-protocol.md).
+/// (docs/tlv-format.md). The words without a meaning here are carried unchanged; they belong to the
+/// back end (docs/backend-protocol.md).
 struct TLVMsgHeadV3 {
     static constexpr std::uint32_t MAGIC = 0x55555555;
     static constexpr std::uint32_t VERSION = 3;
@@ -30,8 +30,9 @@ static_assert(sizeof(TLVMsgHeadV3) == 28 && std::is_trivially_copyable_v<TLVMsgH
               "the header is copied byte for byte to and from the wire");
 static_assert(offsetof(TLVMsgHeadV3, uiMagic) == 0 && offsetof(TLVMsgHeadV3, uiVersion) == 4 &&
                   offsetof(TLVMsgHeadV3, uiWord2) == 8 && offsetof(TLVMsgHeadV3, uiWord3) == 12 &&
-                  offsetof(TLVMsgHeadV3, usShort0) == 16 && offsetof(TLVMsgHeadV3, usShort1) == 18 &&
-                  offsetof(TLVMsgHeadV3, usShort2) == 20 && offsetof(TLVMsgHeadV3, usShort3) == 22 &&
-                  offsetof(TLVMsgHeadV3, uiDataLen) == 24,
+                  offsetof(TLVMsgHeadV3, usShort0) == 16 &&
+                  offsetof(TLVMsgHeadV3, usShort1) == 18 &&
+                  offsetof(TLVMsgHeadV3, usShort2) == 20 &&
+                  offsetof(TLVMsgHeadV3, usShort3) == 22 && offsetof(TLVMsgHeadV3, uiDataLen) == 24,
               "field offsets are the wire's");
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "nothing on the wire is byte-swapped");

@@ -5,8 +5,8 @@
 
 struct tTrapDestInfo;
 
-/// Checks of trap destinations and the text splitter. Every check looks only at what its name says, changes nothing and
-/// never blocks; all are callable from any thread.
+/// Checks of trap destinations and the text splitter. Every check looks only at what its name says,
+/// changes nothing and never blocks; all are callable from any thread.
 class SnmpUtil {
 public:
     /// True if the text is an acceptable destination: an IPv4 or IPv6 address or a domain name.
@@ -27,10 +27,11 @@ public:
     /// True if the record's `user` is acceptable.
     static bool CheckTrapUserOK(tTrapDestInfo& destination);
 
-    /// True if the address or name can be reached or resolved, as far as the host knows at this moment.
+    /// True if the address or name can be reached or resolved, as far as the host knows at this
+    /// moment.
     static bool TestDomainConnectivity(const char* address);
 
-    /// Splits `text` at every `separator` and appends the fields to `fields` in order. Empty fields are kept: a
-    /// field's position carries meaning.
+    /// Splits `text` at every `separator` and appends the fields to `fields` in order. Empty fields
+    /// are kept: a field's position carries meaning.
     static void SplitToStr(std::string text, char separator, std::vector<std::string>& fields);
 };

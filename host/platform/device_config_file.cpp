@@ -5,10 +5,11 @@
 #include <pugixml.hpp>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 namespace talvik {
 
@@ -16,13 +17,15 @@ namespace {
 
 std::string readFile(const std::string& path)
 {
+    errno = 0;
     std::ifstream in(path, std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (!in.is_open() || in.bad()) {
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (!in.is_open() || text.bad() || errno != 0) {
         throw StartupError("cannot read the device configuration " + path + ": " +
                            std::strerror(errno));
     }
-    return text;
+    return text.str();
 }
 
 /// One parse of one file: knows where it is, so that every refusal names file and line.
@@ -44,8 +47,8 @@ public:
     void expect(const pugi::xml_node& node, const char* name) const
     {
         if (std::strcmp(node.name(), name) != 0) {
-            refuse(node.offset_debug(), std::string("expected <") + name + ">, found <" +
-                                            node.name() + ">");
+            refuse(node.offset_debug(),
+                   std::string("expected <") + name + ">, found <" + node.name() + ">");
         }
     }
 
@@ -53,16 +56,16 @@ public:
     {
         const auto found = node.attribute(name);
         if (!found) {
-            refuse(node.offset_debug(), std::string("<") + node.name() + "> lacks the attribute " +
-                                            name);
+            refuse(node.offset_debug(),
+                   std::string("<") + node.name() + "> lacks the attribute " + name);
         }
         return found.value();
     }
 
     [[noreturn]] void refuse(std::ptrdiff_t offset, const std::string& reason) const
     {
-        const auto limit = std::clamp<std::ptrdiff_t>(offset, 0,
-                                                      static_cast<std::ptrdiff_t>(text_.size()));
+        const auto limit =
+            std::clamp<std::ptrdiff_t>(offset, 0, static_cast<std::ptrdiff_t>(text_.size()));
         const auto line = 1 + std::count(text_.begin(), text_.begin() + limit, '\n');
         throw StartupError("device configuration " + path_ + ", line " + std::to_string(line) +
                            ": " + reason);
@@ -86,7 +89,8 @@ DeviceConfigFile DeviceConfigFile::load(const std::string& path)
         const auto sectionName = reader.attribute(section, "name");
         auto [items, freshSection] = file.sections_.try_emplace(sectionName);
         if (!freshSection) {
-            reader.refuse(section.offset_debug(), "section \"" + sectionName + "\" stands here twice");
+            reader.refuse(section.offset_debug(),
+                          "section \"" + sectionName + "\" stands here twice");
         }
         for (const auto& item : section.children()) {
             reader.expect(item, "item");
@@ -128,9 +132,9 @@ unsigned long long DeviceConfigFile::number(const std::string& section, const st
     const auto* end = value.data() + value.size();
     const auto result = std::from_chars(value.data(), end, number);
     if (result.ec != std::errc() || result.ptr != end || number > limit) {
-        throw StartupError("device configuration " + path_ + ": section \"" + section + "\", item \"" +
-                           item + "\" is \"" + value + "\", not a decimal number of at most " +
-                           std::to_string(limit));
+        throw StartupError("device configuration " + path_ + ": section \"" + section +
+                           "\", item \"" + item + "\" is \"" + value +
+                           "\", not a decimal number of at most " + std::to_string(limit));
     }
     return number;
 }

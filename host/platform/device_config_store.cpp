@@ -26,9 +26,9 @@ const DeviceConfigFile& deviceConfig()
 
 void installDeviceConfig(DeviceConfigFile file)
 {
-    const auto deviceType = file.number(
-        kBasicInfo, "DEVICE_TYPE",
-        static_cast<unsigned long long>(std::numeric_limits<int>::max()));
+    const auto deviceType =
+        file.number(kBasicInfo, "DEVICE_TYPE",
+                    static_cast<unsigned long long>(std::numeric_limits<int>::max()));
     file.number(kBasicInfo, "NODE_TYPE", std::numeric_limits<unsigned int>::max());
     file.text(kBasicInfo, "NODE_CODE");
     auto serialNumber = file.text(kBasicInfo, "PRODUCT_SN");

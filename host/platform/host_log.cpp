@@ -15,17 +15,18 @@ namespace talvik {
 namespace {
 
 constexpr std::array<const char*, 5> kLevels = {"trace", "debug", "info", "warn", "error"};
-constexpr const char* kPattern = "%Y-%m-%dT%H:%M:%S.%e%z %-5!l %n %v";
+constexpr const char* kPattern = "%Y-%m-%dT%H:%M:%S.%e%z %l %n %v";
 
 using DistSink = spdlog::sinks::dist_sink_mt;
 
-/// The one sink that every logger of the process writes to; its targets are exchanged by `configureLog`.
+/// The one sink that every logger of the process writes to; its targets are exchanged by
+/// `configureLog`.
 const std::shared_ptr<DistSink>& sharedSink()
 {
     static const auto sink = [] {
         auto dist = std::make_shared<DistSink>();
         dist->add_sink(std::make_shared<spdlog::sinks::stderr_sink_mt>());
-        dist->set_pattern(kPattern);
+        spdlog::set_pattern(kPattern);  // of the loggers to come, and so of this sink
         return dist;
     }();
     return sink;

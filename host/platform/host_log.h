@@ -17,12 +17,13 @@ struct LogSettings {
     bool toStderr = true;
 };
 
-/// Applies `settings` to every logger of the process, those made later included. Throws `StartupError` for an unknown
-/// level or a log file that cannot be opened; the former settings then stay. Call it before the first thread starts.
+/// Applies `settings` to every logger of the process, those made later included. Throws
+/// `StartupError` for an unknown level or a log file that cannot be opened; the former settings
+/// then stay. Call it before the first thread starts.
 void configureLog(const LogSettings& settings);
 
-/// The logger called `name`, made on first use. Every line carries time, level and that name. Never null. Callable from
-/// any thread.
+/// The logger called `name`, made on first use. Every line carries time, level and that name. Never
+/// null. Callable from any thread.
 std::shared_ptr<spdlog::logger> makeLogger(const std::string& name);
 
 /// The reference host's own logger, "host". Never null. Callable from any thread.

@@ -3,8 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
-extern "C" int memcpy_s(void* dest, std::size_t destSize, const void* src,
-                                                               std::size_t count)
+extern "C" int memcpy_s(void* dest, std::size_t destSize, const void* src, std::size_t count)
 {
     if (dest == nullptr || (src == nullptr && count != 0)) {
         return EINVAL;

@@ -34,7 +34,8 @@ std::string stringText(const CTLVCell& cell)
     return {begin, strnlen(begin, cell.sDataLen)};
 }
 
-/// The value with the sign that its width says, unlike `ValueCast`, whose rules are fixed by its callers.
+/// The value with the sign that its width says, unlike `ValueCast`, whose rules are fixed by its
+/// callers.
 long long signedValue(const CTLVCell& cell)
 {
     const auto width = std::min<std::size_t>(cell.sDataLen, sizeof(long long));
@@ -55,8 +56,8 @@ int CTLVCell::setCell(unsigned short tagWord, const char* data, unsigned long le
         len = 0;
     }
     if (len > std::numeric_limits<std::uint16_t>::max()) {
-        throw CKEL_Exception("CTLVCell can't hold " + std::to_string(len) + " bytes! tag equal to " +
-                             std::to_string(tagWord >> kTypeBits));
+        throw CKEL_Exception("CTLVCell can't hold " + std::to_string(len) +
+                             " bytes! tag equal to " + std::to_string(tagWord >> kTypeBits));
     }
     unsigned char* fresh = nullptr;
     if (len != 0) {

@@ -27,7 +27,9 @@ void FakeHost::reset()
 
 void FakeHost::enter(const char* call)
 {
-    calls.emplace_back(call);
+    if (recording) {
+        calls.emplace_back(call);
+    }
     const auto action = actions_.find(call);
     if (action != actions_.end()) {
         action->second();
@@ -74,7 +76,10 @@ void record(const char* level, unsigned moduleId, unsigned long long messageId, 
             unsigned line, const char* format, va_list args)
 {
     fakeHost().enter(level);
-    fakeHost().log.push_back({level, moduleId, messageId, label, line, formatted(format, args)});
+    if (fakeHost().recording) {
+        fakeHost().log.push_back(
+            {level, moduleId, messageId, label, line, formatted(format, args)});
+    }
 }
 
 }  // namespace
@@ -98,7 +103,9 @@ CKELDebugKit::~CKELDebugKit()
 void CKELDebugKit::trace(const std::string& text)
 {
     fakeHost().enter("trace");
-    fakeHost().log.push_back({"trace", m_pSink->moduleId, 0, "", 0, text});
+    if (fakeHost().recording) {
+        fakeHost().log.push_back({"trace", m_pSink->moduleId, 0, "", 0, text});
+    }
 }
 
 void CKELDebugKit::debug(unsigned long long messageId, const char* label, unsigned int line,
@@ -165,7 +172,8 @@ CSNMP_Configuration* CSNMP_Configuration::instance()
 }
 
 int CSNMP_Configuration::configure(CTLVPackageV3<TLVMsgHeadV3>& request,
-                                   CTLVPackageV3<TLVMsgHeadV3>& answer, bool bAsync, bool bBroadcast)
+                                   CTLVPackageV3<TLVMsgHeadV3>& answer, bool bAsync,
+                                   bool bBroadcast)
 {
     auto& host = fakeHost();
     host.enter("configure");

@@ -32,9 +32,9 @@ struct Command {
     bool second = true;
 };
 
-/// Everything that a host supplies, under a test's control: it records calls and log lines, answers what the test set and
-/// fails where the test says so. One for the process; `FakeHostTest` resets it before each test. Calls may come from
-/// several threads only while nothing is changed here.
+/// Everything that a host supplies, under a test's control: it records calls and log lines, answers
+/// what the test set and fails where the test says so. One for the process; `FakeHostTest` resets
+/// it before each test. Calls may come from several threads only while nothing is changed here.
 class FakeHost {
 public:
     /// Back to no calls, no lines, no items, no failures, and the defaults below.
@@ -43,8 +43,8 @@ public:
     /// Recorded at the start of every host call: runs the failure set for `call`, which may throw.
     void enter(const char* call);
 
-    /// Makes every further call of `call` run `action` first (throw from it to fail). Names are the operations' own, as
-    /// in "configure", "getDeviceItem", "trace", "set_i".
+    /// Makes every further call of `call` run `action` first (throw from it to fail). Names are the
+    /// operations' own, as in "configure", "getDeviceItem", "trace", "set_i".
     void onCall(const std::string& call, std::function<void()> action);
 
     /// How often `call` was entered since the reset.
@@ -52,6 +52,10 @@ public:
 
     /// The texts of the lines of one level, in order.
     std::vector<std::string> texts(const std::string& level) const;
+
+    /// False while a test makes allocations fail: calls and lines are then not recorded, failures
+    /// still happen.
+    bool recording = true;
 
     std::vector<LogLine> log;
     std::vector<std::string> calls;

@@ -1,5 +1,5 @@
-// The linker sends calls of these operations here first (see wrapped_calls.cmake): they are recorded, fail when the test
-// says so, and otherwise go on to the real ones.
+// The linker sends calls of these operations here first (see wrapped_calls.cmake): they are
+// recorded, fail when the test says so, and otherwise go on to the real ones.
 
 #include "framework/tlv_cell.h"
 #include "framework/tlv_record.h"

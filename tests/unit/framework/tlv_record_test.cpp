@@ -1,0 +1,121 @@
+#include "framework/tlv_record.h"
+
+#include "tests/support/fake_host_test.h"
+#include "tests/support/throw_text.h"
+
+#include <cerrno>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <string>
+
+namespace {
+
+class TlvRecord : public talvik::test::FakeHostTest {
+protected:
+    CTLVCell* append(unsigned short tag, const char* text)
+    {
+        auto cell = std::make_unique<CTLVCell>();
+        cell->set(tag, text);
+        record.append(cell.get());
+        return cell.release();
+    }
+
+    CTLVRecordV3 record;
+};
+
+TEST_F(TlvRecord, IsMadeWithAllIdentifierBitsSetAndNoCells)
+{
+    EXPECT_EQ(record.ullRecordId, 0xFFFFFFFFFFFFFFFFULL);
+    EXPECT_TRUE(record.pCells->empty());
+    EXPECT_EQ(record.length(), 0U);
+}
+
+TEST_F(TlvRecord, HasThirtyTwoBucketsUnlessMoreCellsAreExpected)
+{
+    EXPECT_EQ(CTLVRecordV3(1, 0).oTagIndex.total_size(), 32U);
+    EXPECT_EQ(CTLVRecordV3(1, 32).oTagIndex.total_size(), 32U);
+    EXPECT_EQ(CTLVRecordV3(1, 33).oTagIndex.total_size(), 33U);
+}
+
+TEST_F(TlvRecord, FindsACellByItsTag)
+{
+    append(1, "one");
+    auto* second = append(33, "same bucket as tag 1");
+    append(65, "and again");
+
+    const auto place = record.find(33);
+
+    ASSERT_NE(place, record.pCells->end());
+    EXPECT_EQ(*place, second);
+    EXPECT_EQ(std::distance(record.pCells->begin(), place), 1);
+    EXPECT_EQ(record[33], second);
+}
+
+TEST_F(TlvRecord, FindOfAnAbsentTagIsTheEndWithEnoent)
+{
+    append(1, "one");
+    errno = 0;
+
+    EXPECT_EQ(record.find(33), record.pCells->end());
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(TlvRecord, FindInAnIndexWithoutBucketsIsTheEnd)
+{
+    append(1, "one");
+    record.oTagIndex.close();
+    errno = 0;
+
+    EXPECT_EQ(record.find(1), record.pCells->end());
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(TlvRecord, ATagThatComesTwiceIsFoundAtItsFirstPlace)
+{
+    auto* first = append(7, "first");
+    append(7, "second");
+
+    EXPECT_EQ(*record.find(7), first);
+    EXPECT_EQ(record.pCells->size(), 2U);
+}
+
+TEST_F(TlvRecord, LookUpOfAnAbsentTagThrows)
+{
+    EXPECT_EQ(talvik::test::textOfThrown([this] { record[9]; }),
+              "CKEL_Exception: CTLVRecordV3 has no such cell! tag equal to 9");
+}
+
+TEST_F(TlvRecord, LengthCountsFourBytesACell)
+{
+    append(1, "abc");
+    append(2, nullptr);
+
+    EXPECT_EQ(record.length(), 4U + 4U + 4U);
+}
+
+TEST_F(TlvRecord, ClearDropsCellsAndKeepsTheIdentifier)
+{
+    record.ullRecordId = 42;
+    append(1, "one");
+    record.clear();
+
+    EXPECT_TRUE(record.pCells->empty());
+    EXPECT_EQ(record.find(1), record.pCells->end());
+    EXPECT_EQ(record.ullRecordId, 42U);
+    append(1, "again");
+    EXPECT_EQ(record[1]->toString(), "again");
+}
+
+TEST_F(TlvRecord, DumpShowsIdentifierAndCells)
+{
+    record.ullRecordId = 42;
+    append(5, "text");
+    std::ostringstream os;
+
+    record.dump(os);
+
+    EXPECT_EQ(os.str(), "  record id=42 length=9\n    tag=5 type=2 length=5 value=text\n");
+}
+
+}  // namespace
