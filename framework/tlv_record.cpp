@@ -3,12 +3,12 @@
 #include "framework/tag_index_pool.h"
 
 #include <algorithm>
-#include <memory>
 
 CTLVRecordV3::CTLVRecordV3(std::uint64_t ullId, std::size_t cellsExpected)
-    : ullRecordId(ullId), pCells(nullptr),
-      oTagIndex(std::max(MIN_BUCKETS, cellsExpected), talvik::tagIndexAllocator(),
-                talvik::tagIndexAllocator())
+    : ullRecordId(ullId),
+      pCells(nullptr),
+      oTagIndex(std::max(MIN_BUCKETS, cellsExpected),
+                talvik::obtainTagIndexMemory(std::max(MIN_BUCKETS, cellsExpected)))
 {
     pCells = new CellList;
 }

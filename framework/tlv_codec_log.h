@@ -1,0 +1,19 @@
+#pragma once
+
+#include <ace/Log_Msg.h>
+
+namespace talvik {
+
+// Contract: the codec names this unit in its lines, wherever it is built; deployed log filters
+// match on it.
+inline constexpr char kCodecSource[] = "om/snmpagent/common/include/kelpub/kel_message_package";
+
+/// Logs one line through ACE at error priority, recording `line` as its place. `format` is ACE's
+/// (%D, %M, %t and the printf conversions), its arguments follow.
+void logCodecError(int line, const char* format, ...);
+
+/// Composes a text the way printf does and logs it as "date priority (thread) text". Allocates
+/// nothing of its own; a text beyond 1023 characters is cut.
+[[gnu::format(printf, 2, 3)]] void logCodecText(int line, const char* format, ...);
+
+}  // namespace talvik
