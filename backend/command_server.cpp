@@ -1,0 +1,90 @@
+#include "backend/command_server.h"
+
+#include "backend/backend_log.h"
+#include "host/startup_error.h"
+
+#include <exception>
+#include <utility>
+
+namespace talvik::backend {
+
+namespace {
+
+void refuse(Package& reply, std::uint32_t code)
+{
+    reply.clear();
+    setResult(reply.oHead, code);
+}
+
+}  // namespace
+
+void CommandServer::add(std::uint64_t number, const std::string& name, Command command)
+{
+    const auto [entry, fresh] = commands_.try_emplace(number, Entry{name, std::move(command)});
+    if (!fresh) {
+        throw StartupError(
+            "the commands " + entry->second.name + " and " + name + " have the same number " +
+            std::to_string(number) +
+            ": give each its own in section \"COMMAND\" of the device configuration");
+    }
+}
+
+void CommandServer::answer(const Package& request, Package& reply) const
+{
+    reply.oHead = request.oHead;
+    setKind(reply.oHead, MessageKind::Reply);
+    const auto code = run(request, reply);
+    setResult(reply.oHead, code);
+    if (code != result::kSuccess) {
+        refuse(reply, code);
+    }
+}
+
+std::uint32_t CommandServer::run(const Package& request, Package& reply) const
+{
+    if (request.oRecords.empty()) {
+        backendLog()->warn("request {} names no command: it has no record",
+                           exchangeOf(request.oHead));
+        return result::kNoCommand;
+    }
+    const auto number = request[0]->ullRecordId;
+    const auto command = commands_.find(number);
+    if (command == commands_.end()) {
+        backendLog()->warn("request {} asks for command {}, which does not exist: do host and back "
+                           "end read the same device configuration?",
+                           exchangeOf(request.oHead), number);
+        return result::kUnknownCommand;
+    }
+    try {
+        return command->second.run(request, reply);
+    } catch (const std::exception& error) {
+        backendLog()->error("command {} ({}) failed: {}", command->second.name, number,
+                            error.what());
+    } catch (...) {
+        backendLog()->error("command {} ({}) failed: an exception without a text",
+                            command->second.name, number);
+    }
+    return result::kCommandFailed;
+}
+
+Bytes CommandServer::serve(Bytes& wire) const
+{
+    Package request;
+    decodeInto(request, wire);
+    if (kindOf(request.oHead) != MessageKind::Request) {
+        throw ProtocolError("message kind " + std::to_string(request.oHead.usShort1) +
+                            " where a request (1) is due");
+    }
+    Package reply;
+    answer(request, reply);
+    try {
+        return encoded(reply);
+    } catch (const ProtocolError& error) {
+        backendLog()->error("the answer to command {} is refused: {}", request[0]->ullRecordId,
+                            error.what());
+        refuse(reply, result::kAnswerTooLarge);
+        return encoded(reply);
+    }
+}
+
+}  // namespace talvik::backend

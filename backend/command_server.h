@@ -1,0 +1,42 @@
+#pragma once
+
+#include "backend/protocol.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+
+namespace talvik::backend {
+
+/// Answers requests; knows nothing of how they came. Commands are added first, then `answer` and
+/// `serve` may be called from any thread as far as the commands allow it.
+class CommandServer {
+public:
+    /// Appends records to `reply` and returns the result code. When it is not 0, or an exception
+    /// leaves the command, the reply goes out without records.
+    using Command = std::function<std::uint32_t(const Package& request, Package& reply)>;
+
+    /// Makes `command` what requests whose first record is `number` run; `name` is for log lines.
+    /// Throws `StartupError` when the number is taken.
+    void add(std::uint64_t number, const std::string& name, Command command);
+
+    /// Makes `reply`, a new package, the answer to `request`. Throws nothing but an allocation
+    /// failure of its own; a command's failure becomes a result code.
+    void answer(const Package& request, Package& reply) const;
+
+    /// As `answer`, from bytes to bytes. Throws `ProtocolError` when `wire` is no request.
+    Bytes serve(Bytes& wire) const;
+
+private:
+    struct Entry {
+        std::string name;
+        Command run;
+    };
+
+    std::uint32_t run(const Package& request, Package& reply) const;
+
+    std::map<std::uint64_t, Entry> commands_;
+};
+
+}  // namespace talvik::backend

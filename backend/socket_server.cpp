@@ -1,0 +1,170 @@
+#include "backend/socket_server.h"
+
+#include "backend/backend_log.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+namespace talvik::backend {
+
+namespace {
+
+constexpr std::size_t kStopSlot = 0;
+constexpr std::size_t kListenerSlot = 1;
+constexpr std::size_t kFirstClientSlot = 2;
+constexpr int kForever = -1;
+constexpr std::chrono::seconds kAcceptPause{1};
+
+/// What is known of who connected; throws `std::system_error` when the system does not tell.
+ucred peerOf(int fd)
+{
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    if (::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+        throw std::system_error(errno, std::generic_category(), "cannot tell who connected");
+    }
+    return peer;
+}
+
+}  // namespace
+
+SocketServer::SocketServer(const CommandServer& commands, const std::string& path,
+                           const ServerLimits& limits)
+    : commands_(commands),
+      limits_(limits),
+      listener_(path)
+{
+}
+
+void SocketServer::run(int stopFd)
+{
+    for (;;) {
+        const auto before = std::chrono::steady_clock::now();
+        auto fds = watched(stopFd, before);
+        if (::poll(fds.data(), fds.size(), waitLimit(before)) < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            throw std::system_error(errno, std::generic_category(), "cannot wait for clients");
+        }
+        if (fds[kStopSlot].revents != 0) {
+            return;
+        }
+        serveClients(fds);
+        if (fds[kListenerSlot].revents != 0) {
+            acceptAll(std::chrono::steady_clock::now());
+        }
+    }
+}
+
+std::vector<pollfd> SocketServer::watched(int stopFd, Time now) const
+{
+    std::vector<pollfd> fds;
+    fds.reserve(kFirstClientSlot + clients_.size());
+    fds.push_back({stopFd, POLLIN, 0});
+    fds.push_back({now < acceptAgain_ ? -1 : listener_.fd(), POLLIN, 0});
+    for (const auto& client : clients_) {
+        fds.push_back({client.session.fd(), client.session.events(), 0});
+    }
+    return fds;
+}
+
+/// Milliseconds until the first deadline.
+int SocketServer::waitLimit(Time now) const
+{
+    auto first = now < acceptAgain_ ? acceptAgain_ : Time::max();
+    for (const auto& client : clients_) {
+        first = std::min(first, client.session.deadline());
+    }
+    if (first == Time::max()) {
+        return kForever;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(first - now);
+    return static_cast<int>(std::max(left, std::chrono::milliseconds(0)).count());
+}
+
+void SocketServer::serveClients(const std::vector<pollfd>& events)
+{
+    const auto now = std::chrono::steady_clock::now();
+    auto slot = kFirstClientSlot;
+    for (auto client = clients_.begin(); client != clients_.end();) {
+        if (goesOn(*client, events[slot++].revents != 0, now)) {
+            ++client;
+        } else {
+            client = clients_.erase(client);
+            refusing_ = false;
+        }
+    }
+}
+
+bool SocketServer::goesOn(Client& client, bool ready, Time now)
+{
+    try {
+        if (ready && !client.session.proceed(now)) {
+            backendLog()->debug("{} left", client.name);
+            return false;
+        }
+        client.session.checkDeadline(now);
+        return true;
+    } catch (const std::exception& error) {
+        backendLog()->warn("{} is disconnected: {}", client.name, error.what());
+        return false;
+    }
+}
+
+void SocketServer::acceptAll(Time now)
+{
+    for (;;) {
+        FileDescriptor socket(
+            ::accept4(listener_.fd(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!socket) {
+            const int error = errno;
+            if (error == EINTR || error == ECONNABORTED) {
+                continue;
+            }
+            if (error != EAGAIN && error != EWOULDBLOCK) {
+                acceptAgain_ = now + kAcceptPause;
+                backendLog()->warn("cannot accept a client: {}; trying again in a second",
+                                   std::strerror(error));
+            }
+            return;
+        }
+        try {
+            admit(std::move(socket));
+        } catch (const std::exception& error) {
+            backendLog()->warn("a client is refused: {}", error.what());
+        }
+    }
+}
+
+void SocketServer::admit(FileDescriptor socket)
+{
+    const auto peer = peerOf(socket.get());
+    if (!isTrustedPeer(peer.uid, ::geteuid())) {
+        backendLog()->warn("refused process {} of user {}: only user {} and root may connect",
+                           peer.pid, peer.uid, ::geteuid());
+        return;
+    }
+    if (clients_.size() >= limits_.maxClients) {
+        if (!refusing_) {
+            backendLog()->warn("refused process {}: {} clients are connected, no more are allowed; "
+                               "further refusals are not logged until one leaves",
+                               peer.pid, clients_.size());
+        }
+        refusing_ = true;
+        return;
+    }
+    const auto name =
+        "client " + std::to_string(++admitted_) + " (process " + std::to_string(peer.pid) + ")";
+    clients_.push_back({name, ClientSession(std::move(socket), commands_, limits_)});
+    backendLog()->debug("{} connected", name);
+}
+
+}  // namespace talvik::backend

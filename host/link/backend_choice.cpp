@@ -1,0 +1,36 @@
+#include "host/link/backend_choice.h"
+
+#include "backend/system_commands.h"
+#include "backend/unix_address.h"
+#include "host/link/embedded_link.h"
+#include "host/link/socket_link.h"
+#include "host/startup_error.h"
+
+namespace talvik {
+
+BackendChoice parseBackendName(const std::string& name)
+{
+    static const std::string kScheme = "unix:";
+    if (name == "embedded") {
+        return BackendChoice();
+    }
+    if (name.compare(0, kScheme.size(), kScheme) != 0) {
+        throw StartupError("unknown back end \"" + name + "\": use embedded or unix:PATH");
+    }
+    const auto path = name.substr(kScheme.size());
+    if (!backend::unixAddress(path)) {
+        throw StartupError("back end \"" + name + "\": " + backend::unixAddressRefusal(path));
+    }
+    return BackendChoice{false, path};
+}
+
+std::unique_ptr<BackendLink> makeBackendLink(const BackendChoice& choice,
+                                             const DeviceConfigFile& config)
+{
+    if (choice.embedded) {
+        return std::make_unique<EmbeddedLink>(backend::makeCommandServer(config));
+    }
+    return std::make_unique<SocketLink>(choice.socketPath);
+}
+
+}  // namespace talvik
