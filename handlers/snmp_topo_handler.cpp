@@ -64,8 +64,7 @@ void appendText(CTLVRecordV3& row, unsigned short tag, const char* text)
     appendCell(row, std::move(cell));
 }
 
-void appendNumber(CTLVRecordV3& row, CTLVCell::ETLVType type, unsigned short tag,
-                  const void* value)
+void appendNumber(CTLVRecordV3& row, CTLVCell::ETLVType type, unsigned short tag, const void* value)
 {
     auto cell = std::make_unique<CTLVCell>();
     cell->set_i(type, tag, value, sizeof(std::uint32_t));
