@@ -1,0 +1,61 @@
+# What the scripts of this folder share; sourced, not run.
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+tools="$root/tools/dev"
+jobs=$(nproc 2>/dev/null || echo 2)
+
+# A stage's headline.
+say() { printf '\n== %s\n' "$*"; }
+
+# Ends the script: what failed, where, and what to do.
+fail()
+{
+    printf 'dev: %s\n' "$*" >&2
+    exit 1
+}
+
+# Ends the script because it was called wrongly.
+misuse()
+{
+    printf 'dev: %s\n' "$*" >&2
+    exit 2
+}
+
+# Runs a command on its own and says which one failed.
+must()
+{
+    "$@" || fail "this command failed (exit $?): $*"
+}
+
+setup() { bash "$tools/setup.sh" --quiet; }
+
+knownPresets="release debug asan tsan coverage fuzz aarch64"
+
+requirePreset()
+{
+    case " $knownPresets " in
+        *" $1 "*) ;;
+        *) misuse "there is no preset \"$1\"; presets: $knownPresets" ;;
+    esac
+}
+
+# configureAndBuild PRESET [TARGET...]
+configureAndBuild()
+{
+    local preset=$1
+    shift
+    local targets=()
+    [ $# = 0 ] || targets=(--target "$@")
+    say "build $preset${*:+: $*}"
+    (cd "$root" && cmake --preset "$preset" >"$root/build/.configure-$preset.log" 2>&1) || {
+        cat "$root/build/.configure-$preset.log" >&2
+        fail "cmake cannot configure the preset \"$preset\" (messages above). After a change of compiler or" \
+            "libraries, remove build/$preset and try again."
+    }
+    cmake --build "$root/build/$preset" --parallel "$jobs" "${targets[@]}" ||
+        fail "the build of preset \"$preset\" failed (messages above); it is in build/$preset"
+}
+
+mkdir -p "$root/build"

@@ -1,0 +1,191 @@
+#!/usr/bin/env bash
+# ./dev run [--once] [--port N]: the agent with its embedded back end, shown by the stock SNMP tools.
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+once=false
+port=1161
+while [ $# -gt 0 ]; do
+    case $1 in
+        --once) once=true ;;
+        --port)
+            port=${2:-}
+            shift
+            ;;
+        --port=*) port=${1#--port=} ;;
+        *) misuse "usage: ./dev run [--once] [--port N]" ;;
+    esac
+    shift || true
+done
+if ! [[ $port =~ ^[1-9][0-9]{0,4}$ ]] || [ "$port" -gt 65535 ]; then
+    misuse "\"$port\" is no port; give a number from 1 to 65535"
+fi
+
+topology=1.3.6.1.4.1.99999.2.91.9.1
+endpoint=127.0.0.1:$port
+folder="$root/run"
+config="$folder/talvik-agentd.conf"
+agentLog="$folder/talvik-agentd.log"
+secondsToStart=30
+secondsToStop=10
+
+portIsFree()
+{
+    python3 -c 'import socket, sys; socket.socket(socket.AF_INET, socket.SOCK_DGRAM).bind(("127.0.0.1", int(sys.argv[1])))' \
+        "$port" 2>/dev/null
+}
+
+randomText() { python3 -c 'import secrets; print(secrets.token_urlsafe(24))'; }
+
+# The user's passphrases are made once and stay in this folder, which only its owner can read.
+writeDemoFiles()
+{
+    umask 077
+    mkdir -p "$folder"
+    chmod 700 "$folder"
+    if [ ! -s "$folder/passphrases" ]; then
+        printf 'AUTH=%s\nPRIV=%s\n' "$(randomText)" "$(randomText)" >"$folder/passphrases.new"
+        mv "$folder/passphrases.new" "$folder/passphrases"
+    fi
+    # shellcheck source=/dev/null
+    source "$folder/passphrases"
+
+    cat >"$config" <<TEXT
+# Made by ./dev run, for this machine only: read-only, from this machine, no write access.
+view talvikDemo included .1.3.6.1.2.1.1
+view talvikDemo included .1.3.6.1.4.1.99999.2
+
+# v2c: the community "public", accepted from loopback alone.
+rocommunity public 127.0.0.1 -V talvikDemo
+
+# v3: authenticated with SHA-256 and encrypted with AES.
+createUser demo SHA-256 "$AUTH" AES "$PRIV"
+rouser demo priv -V talvikDemo
+TEXT
+    # The stock tools read this one: it keeps the passphrases off command lines.
+    cat >"$folder/snmp.conf" <<TEXT
+defSecurityName demo
+defSecurityLevel authPriv
+defAuthType SHA-256
+defAuthPassphrase $AUTH
+defPrivType AES
+defPrivPassphrase $PRIV
+TEXT
+}
+
+# The stock tools with the demo's own configuration and nothing of the user's: client TOOL ARGUMENTS...
+client()
+{
+    env SNMPCONFPATH="$folder" SNMP_PERSISTENT_DIR="$folder/client" MIBS="" "$@" </dev/null
+}
+
+agentPid=
+stopAgent()
+{
+    [ -n "$agentPid" ] || return 0
+    kill -TERM "$agentPid" 2>/dev/null || true
+    local deadline=$((SECONDS + secondsToStop))
+    while kill -0 "$agentPid" 2>/dev/null; do
+        if [ "$SECONDS" -ge "$deadline" ]; then
+            echo "dev: the agent did not end within $secondsToStop seconds and is killed" >&2
+            kill -KILL "$agentPid" 2>/dev/null || true
+            break
+        fi
+        sleep 0.1
+    done
+    wait "$agentPid" 2>/dev/null || true
+    agentPid=
+}
+
+giveUp()
+{
+    printf 'dev: %s\n' "$*" >&2
+    printf -- '---- the agent'"'"'s log (%s) ----\n' "$agentLog" >&2
+    tail -n 60 "$agentLog" >&2 || true
+    printf -- '---- end of the log ----\n' >&2
+    exit 1
+}
+
+startAgent()
+{
+    "$root/build/release/bin/talvik-agentd" \
+        --config "$config" \
+        --device "$root/etc/talvik-device.xml" \
+        --module "$root/build/release/lib/libSnmpTalvikMibModule.so" \
+        --mib-dir "$root/mibs" \
+        --state-dir "$folder/state" \
+        --listen "udp:$endpoint" \
+        --backend embedded \
+        </dev/null >"$agentLog" 2>&1 9>&- &
+    agentPid=$!
+}
+
+# Each question waits up to a second for its answer, so this loop needs no other pause.
+waitForAnswer()
+{
+    local deadline=$((SECONDS + secondsToStart))
+    until client snmpgetnext -v2c -c public -r 0 -t 1 "$endpoint" "$topology" >/dev/null 2>&1; do
+        kill -0 "$agentPid" 2>/dev/null || giveUp "talvik-agentd ended instead of serving"
+        [ "$SECONDS" -lt "$deadline" ] ||
+            giveUp "talvik-agentd did not answer on udp:$endpoint within $secondsToStart seconds"
+    done
+}
+
+# showWalk TITLE TOOL ARGUMENTS...: shows the topology table and insists on the eight cells of its row.
+showWalk()
+{
+    local title=$1 output rows
+    shift
+    say "$title"
+    output=$(client "$@" 2>&1) || giveUp "the walk failed: $output"
+    printf '%s\n' "$output"
+    rows=$(grep -c "^\.\?${topology//./\\.}\.[0-9.]* = [A-Za-z0-9-]*: " <<<"$output" || true)
+    [ "$rows" -ge 8 ] || giveUp "the walk of $topology should show the 8 columns of the topology row, but shows $rows"
+}
+
+showCommands()
+{
+    local v3="-v3 -l authPriv -u demo -a SHA-256 -x AES"
+    say "serving on udp:$endpoint; try, in another terminal:"
+    cat <<TEXT
+  cd $root
+  snmpget -v2c -c public $endpoint $topology.1.8.1
+  snmpbulkwalk -v2c -c public $endpoint 1.3.6.1.4.1.99999.2
+  snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB $endpoint $topology
+  SNMPCONFPATH=run snmpwalk $v3 $endpoint $topology
+
+The last one takes the passphrases from run/snmp.conf. The agent's log is run/talvik-agentd.log, its configuration
+run/talvik-agentd.conf.
+TEXT
+}
+
+setup
+configureAndBuild release talvik-agentd SnmpTalvikMibModule
+
+writeDemoFiles
+exec 9>"$folder/.lock"
+flock -n 9 || fail "another ./dev run uses $folder; end it first (Ctrl-C in its terminal)"
+portIsFree || fail "udp port $port of 127.0.0.1 is in use by another program; choose another: ./dev run --port 1162"
+
+trap stopAgent EXIT
+trap 'exit 130' INT TERM HUP
+startAgent
+waitForAnswer
+
+showWalk "SNMP v2c: snmpwalk -v2c -c public $endpoint $topology" \
+    snmpwalk -v2c -c public -On -r 1 -t 5 "$endpoint" "$topology"
+showWalk "SNMP v3, authenticated with SHA-256 and encrypted with AES: snmpwalk -v3 ... $endpoint $topology" \
+    snmpwalk -v3 -l authPriv -u demo -a SHA-256 -x AES -On -r 1 -t 5 "$endpoint" "$topology"
+
+if $once; then
+    stopAgent
+    say "run: the topology row came over v2c and v3"
+    exit 0
+fi
+
+showCommands
+trap 'say "stopping"; stopAgent; exit 0' INT TERM HUP
+printf '\nCtrl-C ends it.\n'
+status=0
+wait "$agentPid" || status=$?
+agentPid=
+giveUp "talvik-agentd ended by itself with status $status"
