@@ -1,0 +1,46 @@
+#include "tools/backend_status.h"
+#include "tools/command.h"
+
+#include "host/installation_paths.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace talvik::ctl {
+
+namespace {
+
+void addStatus(CLI::App& backend, Action& action)
+{
+    auto options = std::make_shared<StatusOptions>();
+    options->device = InstallationPaths::ofThisProgram().configFile("talvik-device.xml");
+    auto* status = backend.add_subcommand("status", "Ask whether the back end answers");
+    status->add_option("--socket", options->socket, "The back end's Unix-domain socket")
+        ->type_name("PATH")
+        ->required();
+    status->add_option("--device", options->device, "Device configuration with the command numbers")
+        ->type_name("FILE")
+        ->capture_default_str();
+    status->add_option("--timeout", options->timeoutMs, "Give up after so many milliseconds")
+        ->type_name("MS")
+        ->check(CLI::Range(1U, kMaxTimeoutMs))
+        ->capture_default_str();
+    status->add_flag("--json", options->json, "Print JSON for programs instead of a table");
+    status->footer("Exit status: 0 the back end is up, 1 it is down, 2 wrong usage.\n\n"
+                   "Examples:\n"
+                   "  talvikctl backend status --socket /run/talvik/backend.sock\n"
+                   "  talvikctl backend status --socket /run/talvik/backend.sock --json");
+    status->callback([options, &action] { action = [options] { return runStatus(*options); }; });
+}
+
+}  // namespace
+
+void addBackendCommands(CLI::App& talvikctl, Action& action)
+{
+    auto* backend = talvikctl.add_subcommand("backend", "The management back end");
+    backend->require_subcommand(1);
+    addStatus(*backend, action);
+}
+
+}  // namespace talvik::ctl
