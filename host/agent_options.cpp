@@ -1,0 +1,83 @@
+#include "host/agent_options.h"
+
+#include "host/installation_paths.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+namespace talvik {
+
+namespace {
+
+void declare(CLI::App& app, AgentOptions& options)
+{
+    app.add_option(
+           "--config", options.configFile,
+           "Agent configuration: access control and what else net-snmp's configuration knows")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option("--device", options.deviceFile, "Device configuration (XML)")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option("--module", options.moduleFile, "MIB module to load")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option("--mib-dir", options.mibDir, "Directory of the module's MIB description")
+        ->type_name("DIR")
+        ->capture_default_str();
+    app.add_option("--state-dir", options.stateDir,
+                   "Directory of the SNMP engine's state, made when it is missing")
+        ->type_name("DIR")
+        ->capture_default_str();
+    app.add_option("--listen", options.listen,
+                   "Endpoint, for example udp:127.0.0.1:1161, udp6:[::1]:1161 or "
+                   "tcp:127.0.0.1:1161; may be "
+                   "given several times. Default: agentAddress of the agent configuration, or "
+                   "udp:127.0.0.1:1161")
+        ->type_name("ADDR")
+        ->allow_extra_args(false);
+    app.add_option("--backend", options.backend,
+                   "Management back end: embedded, or unix:PATH of its socket")
+        ->type_name("BACKEND")
+        ->capture_default_str();
+    app.add_option("--log-level", options.log.level, "trace, debug, info, warn or error")
+        ->type_name("LEVEL")
+        ->capture_default_str();
+    app.add_option("--log-file", options.log.file,
+                   "Log file, rotated; lines go to standard error as well")
+        ->type_name("FILE");
+    app.add_flag("--check", options.checkOnly,
+                 "Read and check everything, say OK and end; nothing is changed or opened");
+    app.set_version_flag("--version", std::string("talvik-agentd " TALVIK_VERSION));
+    app.footer("Exit codes: 0 ended as asked, 1 cannot start, 2 wrong usage.\n"
+               "SIGTERM and SIGINT end the agent. Changed files take effect at the next start.");
+}
+
+void setDefaultPaths(AgentOptions& options)
+{
+    const auto paths = InstallationPaths::ofThisProgram();
+    options.configFile = paths.configFile("talvik-agentd.conf");
+    options.deviceFile = paths.configFile("talvik-device.xml");
+    options.moduleFile = paths.moduleFile("libSnmpTalvikMibModule.so");
+    options.mibDir = paths.mibDirectory();
+    options.stateDir = paths.stateDirectory();
+}
+
+}  // namespace
+
+std::optional<int> parseCommandLine(int argc, const char* const* argv, AgentOptions& options)
+{
+    setDefaultPaths(options);
+    CLI::App app("SNMP agent of a storage controller: serves the tables of a MIB module",
+                 "talvik-agentd");
+    declare(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error, std::cout, std::cerr) == 0 ? kExitOk : kExitUsage;
+    }
+    return std::nullopt;
+}
+
+}  // namespace talvik

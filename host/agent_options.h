@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/platform/host_log.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace talvik {
+
+/// What the user asked of talvik-agentd; every path is filled in.
+struct AgentOptions {
+    std::string configFile;
+    std::string deviceFile;
+    std::string moduleFile;
+    std::string mibDir;
+    std::string stateDir;
+    std::vector<std::string> listen;  ///< empty: what the agent configuration says, or the default
+    std::string backend = "embedded";
+    LogSettings log;
+    bool checkOnly = false;
+};
+
+/// Exit codes of talvik-agentd.
+enum ExitCode { kExitOk = 0, kExitCannotStart = 1, kExitUsage = 2 };
+
+/// Reads the command line. Fills `options` and returns nothing, or returns the exit code after it
+/// has printed what the user asked for (help, version) or what is wrong.
+std::optional<int> parseCommandLine(int argc, const char* const* argv, AgentOptions& options);
+
+}  // namespace talvik

@@ -1,0 +1,166 @@
+#include "host/agent_program.h"
+
+#include "framework/snmp_handler.h"
+#include "host/link/backend_choice.h"
+#include "host/link/configuration_link.h"
+#include "host/module_loader.h"
+#include "host/platform/device_config_file.h"
+#include "host/platform/host_log.h"
+#include "host/snmp/agent.h"
+#include "host/snmp/durable_file.h"
+#include "host/snmp/mib_description.h"
+#include "host/snmp/net_snmp_persistence.h"
+#include "host/startup_error.h"
+#include "host/state_directory.h"
+#include "host/stop_signals.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+
+namespace talvik {
+
+namespace {
+
+/// A directory of its own that is gone at the end.
+class TemporaryDirectory {
+public:
+    TemporaryDirectory()
+        : path_((std::filesystem::temp_directory_path() / "talvik-XXXXXX").string())
+    {
+        if (mkdtemp(path_.data()) == nullptr) {
+            throw StartupError("cannot make a temporary directory " + path_);
+        }
+    }
+
+    ~TemporaryDirectory()
+    {
+        std::error_code error;
+        std::filesystem::remove_all(path_, error);
+    }
+
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+/// The back end's link is installed while this lives.
+class InstalledBackend {
+public:
+    InstalledBackend(const std::string& choice, const DeviceConfigFile& device)
+    {
+        installBackendLink(makeBackendLink(parseBackendName(choice), device));
+    }
+
+    ~InstalledBackend() { installBackendLink(nullptr); }
+
+    InstalledBackend(const InstalledBackend&) = delete;
+    InstalledBackend& operator=(const InstalledBackend&) = delete;
+};
+
+/// The module with its MIB description, ready to be served.
+class ServedModule {
+public:
+    ServedModule(const std::string& moduleFile, const std::string& mibDir)
+        : module_(moduleFile),
+          mib_(MibDescription::load(
+              (std::filesystem::path(mibDir) / module_.mibFileName()).string()))
+    {
+    }
+
+    /// Hands the handlers over to `agent`, which must be gone before this object is.
+    void serve(SnmpAgent& agent) const
+    {
+        for (auto& [id, handler] : module_.makeHandlers()) {
+            agent.serve(std::make_unique<TableSource>(tableAt(id), std::move(handler)));
+        }
+    }
+
+private:
+    const MibTable& tableAt(const std::string& text) const
+    {
+        const auto id = parseObjectId(text);
+        const auto* table = id ? mib_.table(*id) : nullptr;
+        if (table == nullptr) {
+            throw StartupError("module " + module_.path() + " serves " + text + ", but " +
+                               mib_.path() + " describes no table there");
+        }
+        return *table;
+    }
+
+    LoadedModule module_;
+    MibDescription mib_;
+};
+
+EngineStateStore engineStore(const AgentOptions& options)
+{
+    return {options.stateDir,
+            [dir = persistentDirectory(options.stateDir)] { return persistentEngineState(dir); }};
+}
+
+void logSignal(int signal)
+{
+    if (signal == SIGHUP) {
+        hostLog()->info("SIGHUP: nothing is read again while the agent runs; restart it to take "
+                        "over changes of "
+                        "the agent configuration, device configuration, MIB description or module");
+    } else {
+        hostLog()->info("ending on signal {}", signal);
+    }
+}
+
+void serveUntilStopped(SnmpAgent& agent, const StopSignals& signals)
+{
+    int signal = 0;
+    while (signal != SIGTERM && signal != SIGINT) {
+        agent.run(signals.descriptor());
+        signal = signals.take();
+        logSignal(signal);
+    }
+}
+
+}  // namespace
+
+void runAgent(const AgentOptions& options, const StopSignals& signals)
+{
+    const auto device = DeviceConfigFile::load(options.deviceFile);
+    installDeviceConfig(device);
+    const StateDirectory state(options.stateDir);
+    const InstalledBackend backend(options.backend, device);
+    const ServedModule module(options.moduleFile, options.mibDir);
+
+    const auto persistentDir = persistentDirectory(options.stateDir);
+    preparePersistentDirectory(persistentDir);
+    const auto engine = engineStore(options).begin();
+    SnmpAgent agent({options.configFile, persistentDir, options.listen, engine});
+    module.serve(agent);
+    agent.configure();
+    const auto endpoints = agent.listen();
+    hostLog()->info("SNMP engine ID {}, boots {}", toHex(engine.id), engine.boots);
+    hostLog()->info("ready, listening on {}", endpoints);
+    hostLog()->flush();
+    serveUntilStopped(agent, signals);
+}
+
+void checkAgent(const AgentOptions& options)
+{
+    const auto device = DeviceConfigFile::load(options.deviceFile);
+    installDeviceConfig(device);
+    const InstalledBackend backend(options.backend, device);
+    const ServedModule module(options.moduleFile, options.mibDir);
+
+    const TemporaryDirectory scratch;
+    SnmpAgent agent(
+        {options.configFile, scratch.path(), options.listen, engineStore(options).preview()});
+    module.serve(agent);
+    const auto warnings = agent.configure();
+    if (!warnings.empty()) {
+        throw StartupError("agent configuration " + options.configFile + ": " + warnings.front());
+    }
+}
+
+}  // namespace talvik

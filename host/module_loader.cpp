@@ -1,0 +1,107 @@
+#include "host/module_loader.h"
+
+#include "framework/snmp_handler.h"
+#include "host/snmp/handler_boundary.h"
+#include "host/startup_error.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <list>
+#include <set>
+
+namespace talvik {
+
+namespace {
+
+constexpr const char* kFactory = "SNMP_SvcModuleCreator";
+
+std::string loaderError()
+{
+    const char* text = dlerror();
+    return text == nullptr ? "unknown reason" : text;
+}
+
+}  // namespace
+
+void LoadedModule::Unload::operator()(void* image) const
+{
+    dlclose(image);
+}
+
+void LoadedModule::refuse(const std::string& reason) const
+{
+    throw StartupError("module " + path_ + ": " + reason);
+}
+
+LoadedModule::LoadedModule(const std::string& path)
+    : path_(std::filesystem::absolute(path).string())
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path_, error)) {
+        refuse(error ? error.message() : "is no file");
+    }
+    // All symbols now, so that a missing one is found here and not in the middle of a request.
+    image_.reset(dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (!image_) {
+        refuse("cannot be loaded: " + loaderError());
+    }
+    void* const symbol = dlsym(image_.get(), kFactory);
+    if (symbol == nullptr) {
+        refuse(std::string("is no MIB module, it exports no ") + kFactory);
+    }
+    const auto factory = reinterpret_cast<SNMP_SvcModuleCreatorType>(symbol);
+    const auto failure = callHandler([&] { module_.reset(factory()); });
+    if (failure) {
+        refuse(std::string(kFactory) + " failed: " + *failure);
+    }
+    if (!module_) {
+        refuse(std::string(kFactory) + " made no module; the log may say why");
+    }
+}
+
+LoadedModule::~LoadedModule()
+{
+    module_.reset();
+}
+
+std::string LoadedModule::mibFileName() const
+{
+    std::string name;
+    const auto failure = callHandler([&] { name = module_->getMibFileName(); });
+    if (failure) {
+        refuse("getMibFileName failed: " + *failure);
+    }
+    if (name.empty() || name.find('/') != std::string::npos) {
+        refuse("its MIB description \"" + name + "\" is no plain file name");
+    }
+    return name;
+}
+
+LoadedModule::Handlers LoadedModule::makeHandlers() const
+{
+    std::list<std::pair<const std::string, CSnmpHandler*>> made;
+    const auto failure = callHandler([&] { module_->getSvcHandler(made); });
+    Handlers handlers;
+    for (const auto& [id, handler] : made) {
+        handlers.emplace_back(id, std::unique_ptr<CSnmpHandler>(handler));
+    }
+    if (failure) {
+        refuse("getSvcHandler failed: " + *failure);
+    }
+    if (handlers.empty()) {
+        refuse("serves no subtree");
+    }
+    std::set<std::string> ids;
+    for (const auto& [id, handler] : handlers) {
+        if (handler == nullptr) {
+            refuse("has no handler for " + id);
+        }
+        if (!ids.insert(id).second) {
+            refuse("has two handlers for " + id);
+        }
+    }
+    return handlers;
+}
+
+}  // namespace talvik

@@ -1,0 +1,194 @@
+#include "host/snmp/agent.h"
+
+#include "host/platform/host_log.h"
+#include "host/snmp/callback_guard.h"
+#include "host/snmp/event_loop.h"
+#include "host/snmp/net_snmp.h"
+#include "host/snmp/net_snmp_persistence.h"
+#include "host/startup_error.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+namespace talvik {
+
+namespace {
+
+constexpr const char* kDefaultListen = "udp:127.0.0.1:1161";
+
+/// The only parts of the standard MIBs that are served; the library would start all that it was
+/// built with.
+constexpr const char* kLibraryModules =
+    "system_mib,sysORTable,snmp_mib,setSerialNo,vacm_vars,vacm_conf,vacm_context,snmpEngine,"
+    "snmpMPDStats,usmStats,usmUser,usmConf";
+
+constexpr int kMaxGetBulkResponses =
+    1000;                                 ///< more than 100 repeaters get an empty answer otherwise
+constexpr int kMaxResponseOctets = 1472;  ///< one Ethernet frame
+
+/// The library looks at the environment; whatever is set there is not for this agent.
+void shieldFromEnvironment(const std::string& persistentDir)
+{
+    setenv("SNMPCONFPATH", persistentDir.c_str(), 1);
+    setenv("MIBS", "", 1);
+    setenv("MIBDIRS", persistentDir.c_str(), 1);
+    unsetenv("SNMP_PERSISTENT_DIR");
+    unsetenv("SNMP_PERSISTENT_FILE");
+}
+
+void setDefaults(const std::string& persistentDir, const std::string& configFile)
+{
+    netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_PERSISTENT_DIR,
+                          persistentDir.c_str());
+    netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OPTIONALCONFIG, configFile.c_str());
+    netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX, kMaxResponseOctets);
+    netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_MAX_GETBULKRESPONSES,
+                       kMaxGetBulkResponses);
+    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID,
+                           NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
+    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_NO_ROOT_ACCESS, 1);
+}
+
+/// The library splits the option at commas and reports a missing file in passing only.
+std::string checkedConfigFile(const std::string& path)
+{
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(path, error).string();
+    if (error || !std::filesystem::is_regular_file(absolute, error)) {
+        throw StartupError("cannot read the agent configuration " + path + ": " +
+                           (error ? error.message() : "it is no file"));
+    }
+    if (absolute.find(',') != std::string::npos) {
+        throw StartupError("agent configuration " + absolute +
+                           ": a path with a comma cannot be used, move the file");
+    }
+    return absolute;
+}
+
+std::string join(const std::vector<std::string>& parts, const char* separator)
+{
+    std::string text;
+    for (const auto& part : parts) {
+        text += (text.empty() ? "" : separator) + part;
+    }
+    return text;
+}
+
+std::vector<std::string> textsOf(const std::vector<LibraryLog::Line>& lines,
+                                 LibraryLog::Level level)
+{
+    std::vector<std::string> texts;
+    for (const auto& line : lines) {
+        if (line.level == level) {
+            texts.push_back(line.text);
+        }
+    }
+    return texts;
+}
+
+void checkEngine(const EngineState& engine, const std::string& configFile)
+{
+    unsigned char id[SNMP_MAX_ENG_SIZE];
+    const auto length = snmpv3_get_engineID(id, sizeof(id));
+    if (std::string(id, id + length) != engine.id) {
+        throw StartupError("agent configuration " + configFile +
+                           ": remove engineID, exactEngineID and engineIDType: the agent keeps its "
+                           "engine ID in its state directory");
+    }
+    if (snmpv3_local_snmpEngineBoots() != engine.boots) {
+        throw StartupError(
+            "agent configuration " + configFile +
+            ": remove engineBoots and oldEngineID: the agent counts its boots itself");
+    }
+}
+
+}  // namespace
+
+SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
+{
+    settings_.configFile = checkedConfigFile(settings_.configFile);
+    shieldFromEnvironment(settings_.persistentDir);
+    setDefaults(settings_.persistentDir, settings_.configFile);
+
+    auto* modules = strdup(kLibraryModules);  // the library cuts it up
+    add_to_init_list(modules);
+    free(modules);
+    if (init_agent(kApplicationName) != 0) {
+        throw StartupError("net-snmp's agent library cannot be set up");
+    }
+    bridge_ = std::make_unique<RequestBridge>();
+}
+
+SnmpAgent::~SnmpAgent()
+{
+    bridge_.reset();
+    if (configured_) {
+        snmp_shutdown(kApplicationName);
+    }
+    shutdown_master_agent();
+    shutdown_agent();
+}
+
+int SnmpAgent::feedEngine(int, int, void*, void* self)
+{
+    return guardCallback("engine identity", SNMPERR_GENERR, [&] {
+        const auto& engine = static_cast<SnmpAgent*>(self)->settings_.engine;
+        auto id = "0x" + toHex(engine.id);
+        oldengineID_conf("oldEngineID", id.data());
+        // The library adds one.
+        auto boots = std::to_string(engine.boots - 1);
+        engineBoots_conf("engineBoots", boots.data());
+        return SNMPERR_SUCCESS;
+    });
+}
+
+std::vector<std::string> SnmpAgent::configure()
+{
+    const auto& id = settings_.engine.id;
+    set_exact_engineID(reinterpret_cast<const unsigned char*>(id.data()), id.size());
+    // Runs before the library's own callback, which compares the IDs: that one is registered by
+    // init_snmp.
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG,
+                           &SnmpAgent::feedEngine, this);
+    log_.startKeeping();
+    init_snmp(kApplicationName);
+    configured_ = true;
+    const auto lines = log_.stopKeeping();
+    const auto errors = textsOf(lines, LibraryLog::Level::Error);
+    if (!errors.empty()) {
+        throw StartupError("agent configuration " + settings_.configFile +
+                           " is wrong: " + join(errors, "; "));
+    }
+    checkEngine(settings_.engine, settings_.configFile);
+    return textsOf(lines, LibraryLog::Level::Warning);
+}
+
+std::string SnmpAgent::listen()
+{
+    const auto* configured =
+        netsnmp_ds_get_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS);
+    std::string endpoints = configured == nullptr ? kDefaultListen : configured;
+    if (!settings_.listen.empty()) {
+        endpoints = join(settings_.listen, ",");
+    }
+    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS, endpoints.c_str());
+
+    log_.startKeeping();
+    const int result = init_master_agent();
+    const auto errors = textsOf(log_.stopKeeping(), LibraryLog::Level::Error);
+    if (result != 0) {
+        throw StartupError("cannot listen on " + endpoints + ": " + join(errors, "; ") +
+                           " (is another agent running there?)");
+    }
+    markPersistentFileComplete();
+    snmp_store(kApplicationName);
+    return endpoints;
+}
+
+void SnmpAgent::run(int stopFd)
+{
+    serveUntilReadable(stopFd);
+}
+
+}  // namespace talvik

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "host/snmp/engine_state.h"
+#include "host/snmp/library_log.h"
+#include "host/snmp/request_bridge.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace talvik {
+
+/// How the agent is set up.
+struct AgentSettings {
+    std::string configFile;     ///< access control and all else that net-snmp's configuration knows
+    std::string persistentDir;  ///< of net-snmp's own persistent file; exists
+    std::vector<std::string>
+        listen;  ///< "udp:127.0.0.1:1161"; empty: what the configuration says, or the default
+    EngineState engine;  ///< the engine's identity in this run
+};
+
+/// net-snmp's agent library as one object, one a process. Everything happens on the thread that
+/// makes it. Life: construct, `serve` each table, `configure`, `listen`, `run`.
+class SnmpAgent {
+public:
+    /// Sets the library up; nothing is read yet. Throws `StartupError`.
+    explicit SnmpAgent(AgentSettings settings);
+
+    /// Stops serving, deletes the handlers and shuts the library down.
+    ~SnmpAgent();
+
+    SnmpAgent(const SnmpAgent&) = delete;
+    SnmpAgent& operator=(const SnmpAgent&) = delete;
+
+    /// Serves one table of the module.
+    void serve(std::unique_ptr<TableSource> source) { bridge_->serve(std::move(source)); }
+
+    /// Reads the configuration. Returns the library's warnings about it (unknown words, for
+    /// example), which do not stop the agent. Throws `StartupError` with all errors when the file
+    /// is missing or wrong.
+    std::vector<std::string> configure();
+
+    /// Opens the endpoints and returns them. Throws `StartupError` when one cannot be opened.
+    std::string listen();
+
+    /// Serves requests until `stopFd` can be read.
+    void run(int stopFd);
+
+private:
+    static int feedEngine(int majorId, int minorId, void* unused, void* self);
+
+    AgentSettings settings_;
+    LibraryLog log_;
+    std::unique_ptr<RequestBridge> bridge_;
+    bool configured_ = false;
+};
+
+}  // namespace talvik

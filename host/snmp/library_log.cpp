@@ -1,0 +1,107 @@
+#include "host/snmp/library_log.h"
+
+#include "host/platform/host_log.h"
+#include "host/platform/log_text.h"
+#include "host/snmp/callback_guard.h"
+#include "host/snmp/net_snmp.h"
+
+#include <syslog.h>
+
+#include <utility>
+
+namespace talvik {
+
+namespace {
+
+LibraryLog::Level levelOf(int priority)
+{
+    if (priority <= LOG_ERR) {
+        return LibraryLog::Level::Error;
+    }
+    if (priority == LOG_WARNING) {
+        return LibraryLog::Level::Warning;
+    }
+    return priority == LOG_DEBUG ? LibraryLog::Level::Debug : LibraryLog::Level::Info;
+}
+
+void writeLine(LibraryLog::Level level, const std::string& text)
+{
+    const auto log = makeLogger("net-snmp");
+    switch (level) {
+    case LibraryLog::Level::Error:
+        log->error("{}", oneLine(text));
+        break;
+    case LibraryLog::Level::Warning:
+        log->warn("{}", oneLine(text));
+        break;
+    case LibraryLog::Level::Info:
+        log->info("{}", oneLine(text));
+        break;
+    case LibraryLog::Level::Debug:
+        log->debug("{}", oneLine(text));
+        break;
+    }
+}
+
+}  // namespace
+
+LibraryLog::LibraryLog()
+{
+    snmp_disable_log();
+    snmp_enable_calllog();
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &LibraryLog::onMessage,
+                           this);
+}
+
+LibraryLog::~LibraryLog()
+{
+    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &LibraryLog::onMessage,
+                             this, 1);
+    snmp_disable_log();
+}
+
+void LibraryLog::startKeeping()
+{
+    kept_.clear();
+    keeping_ = true;
+}
+
+std::vector<LibraryLog::Line> LibraryLog::stopKeeping()
+{
+    keeping_ = false;
+    return std::exchange(kept_, {});
+}
+
+int LibraryLog::onMessage(int, int, void* message, void* self)
+{
+    const auto* entry = static_cast<const snmp_log_message*>(message);
+    return guardCallback("net-snmp's log", SNMPERR_GENERR, [&] {
+        static_cast<LibraryLog*>(self)->add(entry->priority, entry->msg);
+        return SNMPERR_SUCCESS;
+    });
+}
+
+void LibraryLog::add(int priority, const char* text)
+{
+    for (; *text != '\0'; ++text) {
+        if (*text == '\n') {
+            finishLine(levelOf(priority));
+        } else {
+            partial_ += *text;
+        }
+    }
+}
+
+void LibraryLog::finishLine(Level level)
+{
+    const auto text = std::exchange(partial_, {});
+    if (text.empty()) {
+        return;
+    }
+    writeLine(level, text);
+    if (keeping_ && (level == Level::Error || level == Level::Warning)) {
+        kept_.push_back({level, text});
+    }
+}
+
+}  // namespace talvik

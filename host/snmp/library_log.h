@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace talvik {
+
+/// Takes net-snmp's log lines into the host's log while it lives, and keeps those of warning level
+/// and worse for whoever has to tell why the library refused something. One instance at a time, on
+/// the agent's thread.
+class LibraryLog {
+public:
+    enum class Level { Error, Warning, Info, Debug };
+
+    struct Line {
+        Level level;
+        std::string text;
+    };
+
+    LibraryLog();
+    ~LibraryLog();
+
+    LibraryLog(const LibraryLog&) = delete;
+    LibraryLog& operator=(const LibraryLog&) = delete;
+
+    /// Begins to keep lines of level warning and error, dropping what was kept.
+    void startKeeping();
+
+    /// Ends keeping and returns the lines.
+    std::vector<Line> stopKeeping();
+
+private:
+    static int onMessage(int majorId, int minorId, void* message, void* self);
+    void add(int priority, const char* text);
+    void finishLine(Level level);
+
+    std::string partial_;  ///< messages may come in pieces
+    bool keeping_ = false;
+    std::vector<Line> kept_;
+};
+
+}  // namespace talvik

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "host/snmp/object_id.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace talvik {
+
+/// What SNMP shows of a cell.
+enum class Syntax { Integer, Unsigned32, Gauge32, Counter32, Counter64, TimeTicks, OctetString };
+
+/// What a manager may do with an object.
+enum class Access { NotAccessible, ReadOnly, ReadWrite, ReadCreate };
+
+/// One column of a table: the cells with `tag` of the handler's rows. The tag is the column's
+/// sub-identifier too.
+struct MibColumn {
+    unsigned short tag = 0;
+    std::string name;
+    Syntax syntax = Syntax::Integer;
+    Access access = Access::ReadOnly;
+    std::map<long, std::string> enumeration;  ///< labels of an enumerated INTEGER
+};
+
+/// One table. An instance is `id`.1.column.index, the index made of the columns that `index` names,
+/// in order.
+struct MibTable {
+    std::string name;
+    ObjectId id;
+    std::vector<MibColumn> columns;  ///< by ascending tag
+    std::vector<std::size_t> index;  ///< positions in `columns`
+
+    /// The column with sub-identifier `tag`, or null.
+    const MibColumn* column(unsigned long tag) const;
+};
+
+/// One scalar; its instance is `id`.0.
+struct MibScalar {
+    std::string name;
+    ObjectId id;
+    unsigned short tag = 0;
+    Syntax syntax = Syntax::Integer;
+    Access access = Access::ReadOnly;
+};
+
+/// The MIB description file of a module: how rows and cells map to object identifiers and SNMP
+/// types.
+///
+/// JSON, no comments, no other members than these:
+///
+///     description ::= {"module": TEXT, "root": OID, "tables": [table...], "scalars": [scalar...]}
+///     table       ::= {"name": TEXT, "oid": OID, "index": [COLUMN NAME...], "columns":
+///     [column...]} column      ::= {"tag": 1..4095, "name": TEXT, "syntax": SYNTAX, "access":
+///     ACCESS,
+///                      "description"?: TEXT, "enumeration"?: {LABEL: NUMBER...}}
+///     scalar      ::= {"name": TEXT, "oid": OID, "tag": 0..4095, "syntax": SYNTAX, "access":
+///     ACCESS,
+///                      "description"?: TEXT}
+///     SYNTAX      ::= "INTEGER" | "Unsigned32" | "Gauge32" | "Counter32" | "Counter64" |
+///     "TimeTicks" | "OCTET STRING" ACCESS      ::= "not-accessible" | "read-only" | "read-write" |
+///     "read-create"
+///
+/// OIDs are dotted decimal and lie under "root"; no object's OID lies under another's.
+class MibDescription {
+public:
+    /// Reads `path`. Throws `StartupError` that names the file, the place within it and the reason
+    /// when the file is missing, is no such JSON or contradicts itself.
+    static MibDescription load(const std::string& path);
+
+    /// The table or scalar at exactly `id`, or null. Valid as long as this object.
+    const MibTable* table(const ObjectId& id) const;
+    const MibScalar* scalar(const ObjectId& id) const;
+
+    const std::string& path() const { return path_; }
+    const std::string& moduleName() const { return moduleName_; }
+    const std::vector<MibTable>& tables() const { return tables_; }
+
+private:
+    friend class MibDescriptionReader;
+
+    std::string path_;
+    std::string moduleName_;
+    ObjectId root_;
+    std::vector<MibTable> tables_;
+    std::vector<MibScalar> scalars_;
+};
+
+}  // namespace talvik

@@ -1,0 +1,62 @@
+#include "host/snmp/varbind.h"
+
+#include <new>
+
+namespace talvik {
+
+namespace {
+
+unsigned char berTypeOf(Syntax syntax)
+{
+    switch (syntax) {
+    case Syntax::Unsigned32:
+    case Syntax::Gauge32:
+        return ASN_GAUGE;
+    case Syntax::Counter32:
+        return ASN_COUNTER;
+    case Syntax::Counter64:
+        return ASN_COUNTER64;
+    case Syntax::TimeTicks:
+        return ASN_TIMETICKS;
+    case Syntax::OctetString:
+        return ASN_OCTET_STR;
+    case Syntax::Integer:
+        break;
+    }
+    return ASN_INTEGER;
+}
+
+void setRaw(netsnmp_variable_list& variable, unsigned char type, const void* value,
+            std::size_t size)
+{
+    if (snmp_set_var_typed_value(&variable, type, value, size) != 0) {
+        throw std::bad_alloc();
+    }
+}
+
+}  // namespace
+
+void setName(netsnmp_variable_list& variable, const ObjectId& name)
+{
+    if (snmp_set_var_objid(&variable, name.data(), name.size()) != 0) {
+        throw std::bad_alloc();
+    }
+}
+
+void setValue(netsnmp_variable_list& variable, const SnmpValue& value)
+{
+    const auto type = berTypeOf(value.syntax);
+    if (value.syntax == Syntax::OctetString) {
+        setRaw(variable, type, value.octets.data(), value.octets.size());
+    } else if (value.syntax == Syntax::Counter64) {
+        const auto bits = static_cast<std::uint64_t>(value.number);
+        const counter64 halves{static_cast<u_long>(bits >> 32U),
+                               static_cast<u_long>(bits & 0xFFFFFFFFU)};
+        setRaw(variable, type, &halves, sizeof(halves));
+    } else {
+        const long number = value.number;  // the library takes every 32-bit number as a long
+        setRaw(variable, type, &number, sizeof(number));
+    }
+}
+
+}  // namespace talvik
