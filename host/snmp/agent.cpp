@@ -117,6 +117,7 @@ SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
     if (init_agent(kApplicationName) != 0) {
         throw StartupError("net-snmp's agent library cannot be set up");
     }
+    init_mib_modules();
     bridge_ = std::make_unique<RequestBridge>();
 }
 
@@ -154,6 +155,9 @@ std::vector<std::string> SnmpAgent::configure()
     log_.startKeeping();
     init_snmp(kApplicationName);
     configured_ = true;
+    // The library would free the argument when it shuts down.
+    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG,
+                             &SnmpAgent::feedEngine, this, 1);
     const auto lines = log_.stopKeeping();
     const auto errors = textsOf(lines, LibraryLog::Level::Error);
     if (!errors.empty()) {

@@ -24,6 +24,9 @@ LibraryLog::Level levelOf(int priority)
     return priority == LOG_DEBUG ? LibraryLog::Level::Debug : LibraryLog::Level::Info;
 }
 
+/// The one instance. The library would free a callback's argument when it shuts down, so it gets none.
+LibraryLog* current = nullptr;
+
 void writeLine(LibraryLog::Level level, const std::string& text)
 {
     const auto log = makeLogger("net-snmp");
@@ -47,17 +50,19 @@ void writeLine(LibraryLog::Level level, const std::string& text)
 
 LibraryLog::LibraryLog()
 {
+    current = this;
     snmp_disable_log();
     snmp_enable_calllog();
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &LibraryLog::onMessage,
-                           this);
+                           nullptr);
 }
 
 LibraryLog::~LibraryLog()
 {
     snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &LibraryLog::onMessage,
-                             this, 1);
+                             nullptr, 0);
     snmp_disable_log();
+    current = nullptr;
 }
 
 void LibraryLog::startKeeping()
@@ -72,11 +77,11 @@ std::vector<LibraryLog::Line> LibraryLog::stopKeeping()
     return std::exchange(kept_, {});
 }
 
-int LibraryLog::onMessage(int, int, void* message, void* self)
+int LibraryLog::onMessage(int, int, void* message, void*)
 {
     const auto* entry = static_cast<const snmp_log_message*>(message);
     return guardCallback("net-snmp's log", SNMPERR_GENERR, [&] {
-        static_cast<LibraryLog*>(self)->add(entry->priority, entry->msg);
+        current->add(entry->priority, entry->msg);
         return SNMPERR_SUCCESS;
     });
 }

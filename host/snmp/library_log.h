@@ -30,7 +30,7 @@ public:
     std::vector<Line> stopKeeping();
 
 private:
-    static int onMessage(int majorId, int minorId, void* message, void* self);
+    static int onMessage(int majorId, int minorId, void* message, void* unused);
     void add(int priority, const char* text);
     void finishLine(Level level);
 
