@@ -27,6 +27,10 @@ constexpr std::size_t kHeaderSize = sizeof(TLVMsgHeadV3);
 /// No package is larger, header included. A header that promises more ends the connection.
 constexpr std::size_t kMaxPackageSize = std::size_t{16} << 20U;
 
+/// No package has more records. An empty record takes 10 bytes on the wire and a hundred times that
+/// in memory.
+constexpr std::size_t kMaxRecords = 65536;
+
 /// No record holds more bytes of cells: a longer one would be refused by the codec.
 constexpr unsigned kMaxRecordLength = 65525;
 

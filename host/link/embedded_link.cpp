@@ -12,13 +12,16 @@ EmbeddedLink::EmbeddedLink(backend::CommandServer commands) : commands_(std::mov
 int EmbeddedLink::exchange(Package& request, Package& answer)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
+    int ifRefused = kProtocolError;
     try {
         auto wire = requestBytes(request, ++exchangeNumber_);
+        ifRefused = kUnreachable;  // as over a socket, where the back end closes the connection
         auto reply = commands_.serve(wire);
+        ifRefused = kProtocolError;
         return takeReply(reply, exchangeNumber_, answer);
     } catch (const backend::ProtocolError& error) {
-        hostLog()->warn("back end {}: {}", name(), error.what());
-        return kProtocolError;
+        hostLog()->warn("an exchange with the embedded back end failed: {}", error.what());
+        return ifRefused;
     }
 }
 
