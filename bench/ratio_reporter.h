@@ -1,0 +1,34 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace talvik::bench {
+
+/// One line of the summary: what is measured, against what, and what it may be at most.
+struct Target {
+    const char* benchmark;
+    const char* reference;  ///< null: the target is in nanoseconds
+    double atMost;          ///< 0: for comparison only
+};
+
+/// Prints what the console reporter says of the repetitions together, then the targets with what
+/// the repetitions gave for them (CPU time).
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    explicit RatioReporter(std::vector<Target> targets) : targets_(std::move(targets)) {}
+
+    void ReportRuns(const std::vector<Run>& runs) override;
+    void Finalize() override;
+
+private:
+    void report(const Target& target);
+
+    std::vector<Target> targets_;
+    std::map<std::string, std::vector<double>> nanoseconds_;  // of each repetition, by benchmark
+};
+
+}  // namespace talvik::bench
