@@ -108,8 +108,8 @@ void logSignal(int signal)
         hostLog()->info("SIGHUP: nothing is read again while the agent runs; restart it to take "
                         "over changes of "
                         "the agent configuration, device configuration, MIB description or module");
-    } else {
-        hostLog()->info("ending on signal {}", signal);
+    } else if (signal != 0) {
+        hostLog()->info("ending on {}", signal == SIGINT ? "SIGINT" : "SIGTERM");
     }
 }
 
@@ -159,7 +159,7 @@ void checkAgent(const AgentOptions& options)
     module.serve(agent);
     const auto warnings = agent.configure();
     if (!warnings.empty()) {
-        throw StartupError("agent configuration " + options.configFile + ": " + warnings.front());
+        throw StartupError("agent configuration " + warnings.front());
     }
 }
 

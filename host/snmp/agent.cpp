@@ -1,12 +1,15 @@
 #include "host/snmp/agent.h"
 
 #include "host/platform/host_log.h"
+#include "host/platform/log_text.h"
 #include "host/snmp/callback_guard.h"
+#include "host/snmp/durable_file.h"
 #include "host/snmp/event_loop.h"
 #include "host/snmp/net_snmp.h"
 #include "host/snmp/net_snmp_persistence.h"
 #include "host/startup_error.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <utility>
@@ -50,14 +53,12 @@ void setDefaults(const std::string& persistentDir, const std::string& configFile
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_NO_ROOT_ACCESS, 1);
 }
 
-/// The library splits the option at commas and reports a missing file in passing only.
+/// The library splits the option at commas and passes over a file that it cannot read.
 std::string checkedConfigFile(const std::string& path)
 {
-    std::error_code error;
-    const auto absolute = std::filesystem::absolute(path, error).string();
-    if (error || !std::filesystem::is_regular_file(absolute, error)) {
-        throw StartupError("cannot read the agent configuration " + path + ": " +
-                           (error ? error.message() : "it is no file"));
+    const auto absolute = std::filesystem::absolute(path).string();
+    if (!readFile(absolute)) {
+        throw StartupError("agent configuration " + absolute + ": no such file");
     }
     if (absolute.find(',') != std::string::npos) {
         throw StartupError("agent configuration " + absolute +
@@ -75,16 +76,26 @@ std::string join(const std::vector<std::string>& parts, const char* separator)
     return text;
 }
 
+/// The texts of `lines` that have `level` and begin with `start`, each once: the library reads its
+/// files twice.
 std::vector<std::string> textsOf(const std::vector<LibraryLog::Line>& lines,
-                                 LibraryLog::Level level)
+                                 LibraryLog::Level level, const std::string& start = "")
 {
     std::vector<std::string> texts;
     for (const auto& line : lines) {
-        if (line.level == level) {
+        if (line.level == level && line.text.compare(0, start.size(), start) == 0 &&
+            std::find(texts.begin(), texts.end(), line.text) == texts.end()) {
             texts.push_back(line.text);
         }
     }
     return texts;
+}
+
+/// The library's own advice on this names files that this agent does not read.
+bool saysNobodyHasAccess(const std::vector<LibraryLog::Line>& lines)
+{
+    return !textsOf(lines, LibraryLog::Level::Warning, "Warning: no access control information")
+                .empty();
 }
 
 void checkEngine(const EngineState& engine, const std::string& configFile)
@@ -165,7 +176,17 @@ std::vector<std::string> SnmpAgent::configure()
                            " is wrong: " + join(errors, "; "));
     }
     checkEngine(settings_.engine, settings_.configFile);
-    return textsOf(lines, LibraryLog::Level::Warning);
+    if (saysNobodyHasAccess(lines)) {
+        hostLog()->warn("agent configuration {} gives access to nobody: every request will be "
+                        "refused; add rouser or "
+                        "rocommunity lines",
+                        settings_.configFile);
+    }
+    const auto warnings = textsOf(lines, LibraryLog::Level::Warning, settings_.configFile);
+    for (const auto& warning : warnings) {
+        hostLog()->warn("{}", oneLine(warning));
+    }
+    return warnings;
 }
 
 std::string SnmpAgent::listen()

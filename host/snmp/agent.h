@@ -35,9 +35,9 @@ public:
     /// Serves one table of the module.
     void serve(std::unique_ptr<TableSource> source) { bridge_->serve(std::move(source)); }
 
-    /// Reads the configuration. Returns the library's warnings about it (unknown words, for
+    /// Reads the configuration. Returns the library's warnings about its lines (unknown words, for
     /// example), which do not stop the agent. Throws `StartupError` with all errors when the file
-    /// is missing or wrong.
+    /// is wrong.
     std::vector<std::string> configure();
 
     /// Opens the endpoints and returns them. Throws `StartupError` when one cannot be opened.

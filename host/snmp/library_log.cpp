@@ -24,7 +24,8 @@ LibraryLog::Level levelOf(int priority)
     return priority == LOG_DEBUG ? LibraryLog::Level::Debug : LibraryLog::Level::Info;
 }
 
-/// The one instance. The library would free a callback's argument when it shuts down, so it gets none.
+/// The one instance. The library would free a callback's argument when it shuts down, so it gets
+/// none.
 LibraryLog* current = nullptr;
 
 void writeLine(LibraryLog::Level level, const std::string& text)
@@ -103,9 +104,10 @@ void LibraryLog::finishLine(Level level)
     if (text.empty()) {
         return;
     }
-    writeLine(level, text);
     if (keeping_ && (level == Level::Error || level == Level::Warning)) {
         kept_.push_back({level, text});
+    } else {
+        writeLine(level, text);
     }
 }
 

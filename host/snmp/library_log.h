@@ -23,10 +23,10 @@ public:
     LibraryLog(const LibraryLog&) = delete;
     LibraryLog& operator=(const LibraryLog&) = delete;
 
-    /// Begins to keep lines of level warning and error, dropping what was kept.
+    /// From now on warnings and errors are kept instead of logged.
     void startKeeping();
 
-    /// Ends keeping and returns the lines.
+    /// Ends that and returns them.
     std::vector<Line> stopKeeping();
 
 private:
