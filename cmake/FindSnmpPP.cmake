@@ -1,6 +1,6 @@
 # Finds SNMP++: target SnmpPP::SnmpPP. Hint: SNMP_PP_ROOT, the folder that holds include/ and lib/.
-find_path(SnmpPP_INCLUDE_DIR snmp_pp/snmp_pp.h HINTS "${SNMP_PP_ROOT}" PATH_SUFFIXES include)
-find_library(SnmpPP_LIBRARY snmp++ HINTS "${SNMP_PP_ROOT}" PATH_SUFFIXES lib lib64)
+find_path(SnmpPP_INCLUDE_DIR snmp_pp/snmp_pp.h HINTS ${SNMP_PP_ROOT} PATH_SUFFIXES include)
+find_library(SnmpPP_LIBRARY snmp++ HINTS ${SNMP_PP_ROOT} PATH_SUFFIXES lib lib64)
 mark_as_advanced(SnmpPP_INCLUDE_DIR SnmpPP_LIBRARY)
 
 include(FindPackageHandleStandardArgs)

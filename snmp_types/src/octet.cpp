@@ -9,6 +9,8 @@ namespace Snmp_pp {
 
 namespace {
 
+constexpr std::size_t kBytesPerLine = 16;
+
 bool isPrintable(unsigned char byte)
 {
     // Not isprint(): the result must not depend on the process's locale.
@@ -24,7 +26,6 @@ bool isText(const std::string& bytes)
 
 void appendDumpLine(std::string& dump, const std::string& bytes, std::size_t begin)
 {
-    constexpr std::size_t kBytesPerLine = 16;
     constexpr char kDigits[] = "0123456789ABCDEF";
 
     const std::size_t count = std::min(kBytesPerLine, bytes.size() - begin);
@@ -44,7 +45,6 @@ void appendDumpLine(std::string& dump, const std::string& bytes, std::size_t beg
 
 std::string hexDump(const std::string& bytes)
 {
-    constexpr std::size_t kBytesPerLine = 16;
     std::string dump;
     for (std::size_t begin = 0; begin < bytes.size(); begin += kBytesPerLine) {
         appendDumpLine(dump, bytes, begin);

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <string>
+#include <type_traits>
 
 namespace {
 
@@ -21,7 +23,23 @@ class Number : public testing::Test {
 };
 
 using Numbers = testing::Types<SnmpInt32, SnmpUInt32, Gauge32, Counter64>;
-TYPED_TEST_SUITE(Number, Numbers);
+struct Names {
+    template <typename Value>
+    static std::string GetName(int)
+    {
+        if constexpr (std::is_same_v<Value, SnmpInt32>) {
+            return "SnmpInt32";
+        } else if constexpr (std::is_same_v<Value, SnmpUInt32>) {
+            return "SnmpUInt32";
+        } else if constexpr (std::is_same_v<Value, Gauge32>) {
+            return "Gauge32";
+        } else {
+            return "Counter64";
+        }
+    }
+};
+
+TYPED_TEST_SUITE(Number, Numbers, Names);
 
 TYPED_TEST(Number, IsZeroAndValidWhenDefaultMadeOrCleared)
 {
@@ -72,7 +90,7 @@ TYPED_TEST(Number, KeepsItsValueWhenAssignedToItself)
     EXPECT_STREQ(number.get_printable(), "7");
 }
 
-TEST(Number, HasTheSyntaxOfItsType)
+TEST(NumberValue, HasTheSyntaxOfItsType)
 {
     EXPECT_EQ(SnmpInt32().get_syntax(), 2u);
     EXPECT_EQ(SnmpUInt32().get_syntax(), 66u);
@@ -80,7 +98,7 @@ TEST(Number, HasTheSyntaxOfItsType)
     EXPECT_EQ(Counter64().get_syntax(), 70u);
 }
 
-TEST(Number, PrintsPlainDecimal)
+TEST(NumberValue, PrintsPlainDecimal)
 {
     EXPECT_STREQ(SnmpInt32(-5).get_printable(), "-5");
     EXPECT_STREQ(SnmpInt32(std::numeric_limits<std::int32_t>::min()).get_printable(),
@@ -90,7 +108,7 @@ TEST(Number, PrintsPlainDecimal)
     EXPECT_STREQ(Counter64(18446744073709551615u).get_printable(), "18446744073709551615");
 }
 
-TEST(Number, ConvertsToItsCppNumber)
+TEST(NumberValue, ConvertsToItsCppNumber)
 {
     const std::int32_t signedNumber = SnmpInt32(-5);
     const std::uint32_t unsignedNumber = SnmpUInt32(4294967295u);
@@ -103,7 +121,7 @@ TEST(Number, ConvertsToItsCppNumber)
     EXPECT_EQ(counter, 1099511627776u);
 }
 
-TEST(Number, OfSixtyFourBitsHasTwoWords)
+TEST(NumberValue, OfSixtyFourBitsHasTwoWords)
 {
     const Counter64 number(0x0000000D, 0x00C900B6);
 
