@@ -102,28 +102,37 @@ int SocketLink::exchange(Package& request, Package& answer)
     if (clock_() < penaltyEnd_) {
         return kTimedOut;
     }
+    const auto number = ++exchangeNumber_;
+    backend::Bytes wire;
     try {
-        return exchangeInTurn(request, answer, deadline);
-    } catch (const Failure& failure) {
-        connection_.reset();
-        return fail(failure.code(), failure.what());
+        wire = requestBytes(request, number);
     } catch (const backend::ProtocolError& error) {
-        connection_.reset();
-        return fail(kProtocolError, error.what());
-    } catch (...) {
-        connection_.reset();  // an answer may still come, and nobody would wait for it
-        throw;
+        hostLog()->warn("a request does not go to the back end {}: {}", name(), error.what());
+        rememberFailure(error.what());
+        return kProtocolError;
     }
+    return exchangeBytes(wire, number, answer, deadline);
 }
 
-int SocketLink::exchangeInTurn(Package& request, Package& answer, Time deadline)
+/// A connection is kept after a whole exchange only: an answer might still come otherwise, for
+/// nobody.
+int SocketLink::exchangeBytes(const backend::Bytes& wire, std::uint32_t number, Package& answer,
+                              Time deadline)
 {
-    const auto number = ++exchangeNumber_;
-    send(requestBytes(request, number), deadline);
-    auto reply = receive(deadline);
-    const int code = takeReply(reply, number, answer);
-    noteUp();
-    return code;
+    try {
+        send(wire, deadline);
+        auto reply = receive(deadline);
+        const int code = takeReply(reply, number, answer);
+        noteUp();
+        return code;
+    } catch (const Failure& failure) {
+        return fail(failure.code(), failure.what());
+    } catch (const backend::ProtocolError& error) {
+        return fail(kProtocolError, error.what());
+    } catch (...) {
+        connection_.reset();
+        throw;
+    }
 }
 
 /// A connection that the peer has closed takes no whole request, so the back end did not act on it
@@ -280,15 +289,19 @@ void SocketLink::noteUp()
     state_ = State::Up;
 }
 
+void SocketLink::rememberFailure(const std::string& reason)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    lastFailure_ = reason;
+}
+
 int SocketLink::fail(int code, const std::string& reason)
 {
+    connection_.reset();
     if (code == kTimedOut) {
         penaltyEnd_ = clock_() + limits_.penalty;
     }
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        lastFailure_ = reason;
-    }
+    rememberFailure(reason);
     if (state_ != State::Down) {
         hostLog()->warn("back end {} is down: {}; commands fail until it answers again", name(),
                         reason);

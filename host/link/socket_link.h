@@ -44,7 +44,8 @@ private:
     class Failure;
     enum class State { Unknown, Up, Down };
 
-    int exchangeInTurn(Package& request, Package& answer, Time deadline);
+    int exchangeBytes(const backend::Bytes& wire, std::uint32_t number, Package& answer,
+                      Time deadline);
     void send(const backend::Bytes& wire, Time deadline);
     bool ensureConnected(Time deadline);
     bool isUsable();
@@ -54,6 +55,7 @@ private:
     std::size_t receiveSome(unsigned char* data, std::size_t size, Time deadline);
     void waitFor(short event, Time deadline, const char* what);
     void noteUp();
+    void rememberFailure(const std::string& reason);
     int fail(int code, const std::string& reason);
 
     const std::string path_;
