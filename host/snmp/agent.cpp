@@ -142,33 +142,14 @@ SnmpAgent::~SnmpAgent()
     shutdown_agent();
 }
 
-int SnmpAgent::feedEngine(int, int, void*, void* self)
-{
-    return guardCallback("engine identity", SNMPERR_GENERR, [&] {
-        const auto& engine = static_cast<SnmpAgent*>(self)->settings_.engine;
-        auto id = "0x" + toHex(engine.id);
-        oldengineID_conf("oldEngineID", id.data());
-        // The library adds one.
-        auto boots = std::to_string(engine.boots - 1);
-        engineBoots_conf("engineBoots", boots.data());
-        return SNMPERR_SUCCESS;
-    });
-}
-
 std::vector<std::string> SnmpAgent::configure()
 {
     const auto& id = settings_.engine.id;
     set_exact_engineID(reinterpret_cast<const unsigned char*>(id.data()), id.size());
-    // Runs before the library's own callback, which compares the IDs: that one is registered by
-    // init_snmp.
-    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG,
-                           &SnmpAgent::feedEngine, this);
+    storeForLibrary(settings_.persistentDir, settings_.engine);
     log_.startKeeping();
     init_snmp(kApplicationName);
     configured_ = true;
-    // The library would free the argument when it shuts down.
-    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG,
-                             &SnmpAgent::feedEngine, this, 1);
     const auto lines = log_.stopKeeping();
     const auto errors = textsOf(lines, LibraryLog::Level::Error);
     if (!errors.empty()) {

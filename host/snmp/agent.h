@@ -47,8 +47,6 @@ public:
     void run(int stopFd);
 
 private:
-    static int feedEngine(int majorId, int minorId, void* unused, void* self);
-
     AgentSettings settings_;
     LibraryLog log_;
     std::unique_ptr<RequestBridge> bridge_;

@@ -13,8 +13,6 @@ extern "C" {
 #include <net-snmp/agent/net-snmp-agent-includes.h>
 #include <net-snmp/agent/mib_modules.h>
 #include <net-snmp/library/large_fd_set.h>
-/// Exported beside `engineBoots_conf`, but left out of the library's headers.
-void oldengineID_conf(const char* word, char* value);
 }
 #pragma GCC diagnostic pop
 // clang-format on

@@ -78,6 +78,11 @@ void repair(const std::filesystem::path& directory)
     removeBackups(directory);
 }
 
+bool tellsTheEngine(const std::string& line)
+{
+    return line.rfind("engineBoots ", 0) == 0 || line.rfind("oldEngineID ", 0) == 0;
+}
+
 int writeEndMark(int, int, void*, void*)
 {
     return guardCallback("net-snmp's persistent file", SNMPERR_GENERR, [] {
@@ -122,6 +127,22 @@ std::optional<EngineState> persistentEngineState(const std::string& directory)
         return std::nullopt;
     }
     return EngineState{*octets, boots};
+}
+
+void storeForLibrary(const std::string& directory, const EngineState& engine)
+{
+    const auto file = persistentFile(directory);
+    std::istringstream lines(readFile(file).value_or(""));
+    std::string content;
+    for (std::string line; std::getline(lines, line);) {
+        if (!tellsTheEngine(line) && line != kEndMark) {
+            content += line + "\n";
+        }
+    }
+    // The library adds one when it reads the number.
+    content += "engineBoots " + std::to_string(engine.boots - 1) + "\n";
+    content += "oldEngineID 0x" + toHex(engine.id) + "\n";
+    writeDurably(file, content + kEndMark + "\n");
 }
 
 void markPersistentFileComplete()

@@ -25,6 +25,11 @@ void preparePersistentDirectory(const std::string& directory);
 /// our form.
 std::optional<EngineState> persistentEngineState(const std::string& directory);
 
+/// Puts `engine` into the persistent file, so that the library, when it reads the file, goes on
+/// with exactly this ID and these boots; nothing else in the file is changed. Throws
+/// `StartupError`.
+void storeForLibrary(const std::string& directory, const EngineState& engine);
+
 /// Makes the library end its persistent file with a mark, from which a complete file is known.
 /// Once, after everything else that stores something is set up.
 void markPersistentFileComplete();
