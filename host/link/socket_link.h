@@ -1,8 +1,8 @@
 #pragma once
 
-#include "backend/file_descriptor.h"
 #include "backend/protocol.h"
 #include "host/link/backend_link.h"
+#include "host/link/socket_connection.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -41,19 +41,13 @@ public:
 
 private:
     class Turn;
-    class Failure;
     enum class State { Unknown, Up, Down };
 
     int exchangeBytes(const backend::Bytes& wire, std::uint32_t number, Package& answer,
-                      Time deadline);
-    void send(const backend::Bytes& wire, Time deadline);
-    bool ensureConnected(Time deadline);
-    bool isUsable();
-    void connect(Time deadline);
-    bool sendAll(const backend::Bytes& wire, Time deadline);
-    backend::Bytes receive(Time deadline);
-    std::size_t receiveSome(unsigned char* data, std::size_t size, Time deadline);
-    void waitFor(short event, Time deadline, const char* what);
+                      const Deadline& deadline);
+    void send(const backend::Bytes& wire, const Deadline& deadline);
+    bool ensureConnected(const Deadline& deadline);
+    void connect(const Deadline& deadline);
     void noteUp();
     void rememberFailure(const std::string& reason);
     int fail(int code, const std::string& reason);
@@ -68,7 +62,7 @@ private:
     std::string lastFailure_;  // guarded by mutex_
 
     // Touched only by the exchange that is under way.
-    backend::FileDescriptor connection_;
+    SocketConnection connection_;
     std::uint32_t exchangeNumber_ = 0;
     Time penaltyEnd_ = Time::min();
     State state_ = State::Unknown;
