@@ -53,6 +53,7 @@ writeDemoFiles()
 # Made by ./dev run, for this machine only: read-only, from this machine, no write access.
 view talvikDemo included .1.3.6.1.2.1.1
 view talvikDemo included .1.3.6.1.4.1.99999.2
+view talvikDemo included .1.3.6.1.6.3.10.2.1
 
 # v2c: the community "public", accepted from loopback alone.
 rocommunity public 127.0.0.1 -V talvikDemo
@@ -61,8 +62,9 @@ rocommunity public 127.0.0.1 -V talvikDemo
 createUser demo SHA-256 "$AUTH" AES "$PRIV"
 rouser demo priv -V talvikDemo
 TEXT
-    # The stock tools read this one: it keeps the passphrases off command lines.
+    # The stock tools read this one: it keeps the passphrases off command lines. No MIB is loaded unless -m names it.
     cat >"$folder/snmp.conf" <<TEXT
+mibs :
 defSecurityName demo
 defSecurityLevel authPriv
 defAuthType SHA-256
