@@ -41,11 +41,22 @@ requirePreset()
     esac
 }
 
+# The words before a command that runs programs of a preset, one a line. The thread sanitizer of this compiler does not cope
+# with a widely randomised address space.
+launcherOf()
+{
+    if [ "$1" = tsan ] && setarch "$(uname -m)" -R true 2>/dev/null; then
+        printf '%s\n' setarch "$(uname -m)" -R
+    fi
+}
+
 # configureAndBuild PRESET [TARGET...]
 configureAndBuild()
 {
-    local preset=$1
+    local preset=$1 launcher
     shift
+    # The build runs test programs as well, to learn their tests.
+    mapfile -t launcher < <(launcherOf "$preset")
     local targets=()
     [ $# = 0 ] || targets=(--target "$@")
     say "build $preset${*:+: $*}"
@@ -54,7 +65,7 @@ configureAndBuild()
         fail "cmake cannot configure the preset \"$preset\" (messages above). After a change of compiler or" \
             "libraries, remove build/$preset and try again."
     }
-    cmake --build "$root/build/$preset" --parallel "$jobs" "${targets[@]}" ||
+    "${launcher[@]}" cmake --build "$root/build/$preset" --parallel "$jobs" "${targets[@]}" ||
         fail "the build of preset \"$preset\" failed (messages above); it is in build/$preset"
 }
 

@@ -13,23 +13,15 @@ testLabels()
     esac
 }
 
-# The thread sanitizer of this compiler does not cope with a widely randomised address space.
-launcher()
-{
-    if [ "$1" = tsan ] && setarch "$(uname -m)" -R true 2>/dev/null; then
-        printf '%s\n' setarch "$(uname -m)" -R
-    fi
-}
-
 # testPreset PRESET [CTEST-ARGUMENTS]
 testPreset()
 {
-    local preset=$1 arguments launch
+    local preset=$1 arguments launcher
     shift
     mapfile -t arguments < <(testLabels "$preset")
-    mapfile -t launch < <(launcher "$preset")
+    mapfile -t launcher < <(launcherOf "$preset")
     say "test $preset"
-    "${launch[@]}" ctest --test-dir "$root/build/$preset" --output-on-failure --no-tests=error \
+    "${launcher[@]}" ctest --test-dir "$root/build/$preset" --output-on-failure --no-tests=error \
         --parallel "$jobs" --timeout 300 "${arguments[@]}" "$@" </dev/null 2>&1 | tee "$logs/$preset.log"
 }
 
