@@ -2,7 +2,7 @@
 """Changelog rule: a change that a host or a user can notice has an entry under "Unreleased" in CHANGELOG.md.
 
 Compares the work tree with the merge base of HEAD and the main branch; TALVIK_BASE names another revision to compare with.
-Without a base (a fresh clone of main, a shallow one) there is nothing to compare, and that is said.
+Without a base (work on main itself in a clone of nothing, a shallow clone) there is nothing to compare, and that is said.
 Usage: check_changelog.py [ROOT]
 """
 
@@ -24,7 +24,8 @@ def git(root, *arguments):
 
 
 def base_of(root):
-    candidates = [os.environ.get("TALVIK_BASE"), "origin/HEAD", "origin/main", "main"]
+    on_main = (git(root, "symbolic-ref", "--short", "HEAD") or "").strip() == "main"
+    candidates = [os.environ.get("TALVIK_BASE"), "origin/HEAD", "origin/main", None if on_main else "main"]
     for candidate in filter(None, candidates):
         found = git(root, "merge-base", "HEAD", candidate)
         if found:
