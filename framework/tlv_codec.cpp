@@ -40,7 +40,7 @@ bool verifyMsgHead(const unsigned char* bytes, unsigned size, TLVMsgHeadV3& head
            head.uiDataLen <= size - kHeaderSize;
 }
 
-/// Magic and version stay the package's own.
+// Contract: magic and version stay the package's own; hosts reuse packages for answers.
 void takeOverWords(TLVMsgHeadV3& own, const TLVMsgHeadV3& received)
 {
     const auto magic = own.uiMagic;

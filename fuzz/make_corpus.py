@@ -76,6 +76,8 @@ SEEDS = {
     "endless-65525": package(wrapping(65525, 65534, 8, identifier=8)),
     "endless-65525-to-itself": package(wrapping(65525, 65532, 65532)),
     "wrapped-and-accepted": package(wrapping(65523, 65532, 65533)[:65536] + b"\0" * 7),
+    "wrapped-through-record-header": package(
+        wrapping(65523, 65532, 0, identifier=65529 << 16 | 0x71)[:65536] + b"\0" * 7),
     "wrapped-three-times-and-accepted": package(three_wraps()),
 }
 

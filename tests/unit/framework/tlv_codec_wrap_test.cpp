@@ -121,6 +121,18 @@ TEST_F(TlvWrap, AcceptsACellThatComesRoundToTheRecordsEnd)
     EXPECT_THAT(texts(), IsEmpty());
 }
 
+TEST_F(TlvWrap, WalksOnThroughTheRecordsOwnHeader)
+{
+    const auto wire = reaching(65529U << 16U | 7U << 4U | 1U, 65523, 65532)
+                          .overwrite(65532, WireBytes().cellHead(1, 2, 0));
+
+    const auto record = get(wire);
+
+    ASSERT_NE(record, nullptr);
+    EXPECT_THAT(lengths(*record), ElementsAre(65518U, 0U, 65529U));
+    EXPECT_EQ((*record)[7], record->pCells->back());
+}
+
 TEST_F(TlvWrap, AcceptsAWalkThatWrapsAtAllThreePlaces)
 {
     // 10 -> 65532 -> 0x64 -> 65533 -> 1 + 0x100 -> 65534 -> 65535; the last length field is the
