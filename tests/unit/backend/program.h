@@ -4,11 +4,11 @@
 #include "tests/unit/backend/socket_kit.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 
 #include <array>
+#include <csignal>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -75,6 +75,7 @@ private:
     void spawn(std::vector<std::string>& words, int input)
     {
         std::vector<char*> argv;
+        argv.reserve(words.size() + 1);
         for (auto& word : words) {
             argv.push_back(word.data());
         }

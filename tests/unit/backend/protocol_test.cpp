@@ -87,7 +87,7 @@ TEST(BackendProtocol, RefusesMoreRecordsThanAPackageMayHaveBeforeItMakesOne)
 {
     const std::uint32_t count = kMaxRecords + 1;
     auto wire = Wire::header(1, 1, 0, count * 10).bytes();
-    wire.resize(kHeaderSize + count * 10);
+    wire.resize(kHeaderSize + std::size_t{count} * 10);
     Package package;
 
     EXPECT_THROW(decodeInto(package, wire), ProtocolError);

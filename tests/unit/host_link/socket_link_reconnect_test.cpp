@@ -99,7 +99,7 @@ TEST_F(SocketLinkReconnect, SendsARequestAgainThatWasHandedOverInPartOnly)
                             }),
               0);
     makeLarge(request_);
-    const std::size_t whole = kRequestSize + 50 * 60014;
+    const std::size_t whole = kRequestSize + std::size_t{50} * 60014;
 
     const int code = exchangeWhile(link, [&] {
         stream->receive(100);

@@ -92,6 +92,7 @@ TEST_F(SocketLinkTimeout, NeverLetsOneThreadWaitForTheTimeoutsOfTheOthers)
     std::atomic<int> timedOut{0};
 
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {
             Package request;
