@@ -2,6 +2,7 @@
 
 #include "host/platform/host_log.h"
 #include "host/platform/log_text.h"
+#include "host/snmp/bulk_response_limit.h"
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/durable_file.h"
 #include "host/snmp/event_loop.h"
@@ -129,6 +130,7 @@ SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
         throw StartupError("net-snmp's agent library cannot be set up");
     }
     init_mib_modules();
+    limitBulkResponses();
     bridge_ = std::make_unique<RequestBridge>();
 }
 

@@ -1,0 +1,129 @@
+#include "host/snmp/bulk_response_limit.h"
+
+#include "host/snmp/net_snmp.h"
+#include "host/startup_error.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <string>
+
+namespace talvik {
+
+namespace {
+
+using BuildPacket = int (*)(session_list*, netsnmp_pdu*, int);
+
+/// Everything of a message but names and variables, all at its largest.
+constexpr unsigned long kV3Overhead = 256;
+constexpr unsigned long kCommunityOverhead = 48;
+
+/// What makes the library cut the answer itself, in a buffer that it may write past.
+constexpr unsigned long kLibraryCuts = UCD_MSG_FLAG_FORWARD_ENCODE | UCD_MSG_FLAG_BULK_TOOBIG;
+
+unsigned long overheadOf(const netsnmp_pdu& pdu)
+{
+    return pdu.version == SNMP_VERSION_3 ? kV3Overhead + pdu.securityNameLen + pdu.contextNameLen
+                                         : kCommunityOverhead + pdu.community_len;
+}
+
+BuildPacket originalBuild()
+{
+    static const auto found =
+        reinterpret_cast<BuildPacket>(dlsym(RTLD_NEXT, "_build_initial_pdu_packet"));
+    return found;
+}
+
+unsigned long nameOctets(const netsnmp_variable_list& variable)
+{
+    unsigned long octets = 0;
+    for (std::size_t i = 0; i < variable.name_length; ++i) {
+        unsigned long rest = variable.name[i];
+        do {
+            ++octets;
+            rest >>= 7U;
+        } while (rest != 0);
+    }
+    return octets;
+}
+
+unsigned long largestMessageFor(const netsnmp_pdu& pdu)
+{
+    auto limit = static_cast<unsigned long>(SNMP_MAX_PACKET_LEN);
+    for (const long configured :
+         {long{netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX)},
+          pdu.msgMaxSize}) {
+        if (configured > 0) {
+            limit = std::min(limit, static_cast<unsigned long>(configured));
+        }
+    }
+    return limit;
+}
+
+/// The last variable that fits, or null when all do or not even the first does.
+netsnmp_variable_list* lastThatFits(const netsnmp_pdu& pdu)
+{
+    const auto limit = largestMessageFor(pdu);
+    auto used = overheadOf(pdu);
+    netsnmp_variable_list* last = nullptr;
+    for (auto* variable = pdu.variables; variable != nullptr; variable = variable->next_variable) {
+        used += encodedSizeOf(nameOctets(*variable), variable->val_len);
+        if (used > limit) {
+            return last;
+        }
+        last = variable;
+    }
+    return nullptr;
+}
+
+/// Leaves out what follows `last` while it lives. The library still refers to these variables and
+/// frees them later.
+class CutAfter {
+public:
+    explicit CutAfter(netsnmp_variable_list* last)
+        : last_(last),
+          rest_(last == nullptr ? nullptr : last->next_variable)
+    {
+        if (last_ != nullptr) {
+            last_->next_variable = nullptr;
+        }
+    }
+
+    ~CutAfter()
+    {
+        if (last_ != nullptr) {
+            last_->next_variable = rest_;
+        }
+    }
+
+    CutAfter(const CutAfter&) = delete;
+    CutAfter& operator=(const CutAfter&) = delete;
+
+private:
+    netsnmp_variable_list* last_;
+    netsnmp_variable_list* rest_;
+};
+
+}  // namespace
+
+void limitBulkResponses()
+{
+    if (originalBuild() == nullptr) {
+        throw StartupError("this release of the net-snmp library builds its answers in another way "
+                           "than this agent knows; use the release that it was built with");
+    }
+}
+
+}  // namespace talvik
+
+// `bulk` is set for the answer to a GETBULK, whose variables may be left out from the end.
+extern "C" __attribute__((visibility("default"))) int
+_build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk)
+{
+    const bool limited = bulk != 0 && pdu->errstat == SNMP_ERR_NOERROR;
+    if (limited) {
+        pdu->flags &= ~talvik::kLibraryCuts;
+    }
+    const talvik::CutAfter cut(limited ? talvik::lastThatFits(*pdu) : nullptr);
+    return talvik::originalBuild()(session, pdu, bulk);
+}
