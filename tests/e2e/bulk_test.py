@@ -2,8 +2,8 @@
 
 import unittest
 
-from talvik_e2e import (ENTRY, OPERATOR, READER, ROOT, TABLE, TEST_MODULES, TalvikTest, increases,
-                        topology)
+from talvik_e2e import (ENTRY, EVERYTHING, OPERATOR, READER, TABLE, TEST_MODULES, TalvikTest, increases,
+                        shown, topology, v3)
 
 
 class Bulk(TalvikTest):
@@ -16,8 +16,8 @@ class Bulk(TalvikTest):
             for repetitions in (1, 10, 25, 100, 1000, 2147483647):
                 with self.subTest(repetitions=repetitions, user=user[0]):
                     lines = self.bulk(agent, repetitions, TABLE, user=user)
-                    shown = [line for line in lines if " = No more" not in line]
-                    self.assertEqual(shown, topology()[:repetitions])
+                    rows = shown(lines)
+                    self.assertEqual(rows, topology()[:repetitions])
 
     def test_zero_repetitions_give_nothing_but_the_non_repeaters(self):
         agent = self.start_agent()
@@ -42,6 +42,20 @@ class Bulk(TalvikTest):
         agent = self.start_agent()
         lines = self.bulk(agent, 1, *[f"{ENTRY}.2"] * 150)
         self.assertEqual(lines, [topology()[1]] * 150)
+
+    def test_answers_too_large_for_one_datagram_are_cut_between_variables(self):
+        agent = self.start_agent()
+        whole = self.lines("snmpwalk", agent, EVERYTHING, ".1.3.6.1.6.3")
+        for user in (EVERYTHING, v3("admin")):
+            for repetitions in (40, 60, 98, 99, 100, 1000, 2147483647):
+                with self.subTest(user=user[0], repetitions=repetitions):
+                    lines = self.bulk(agent, repetitions, ".1.3.6.1.6.3", user=user)
+                    self.assertGreater(len(lines), 15)
+                    names = [line.split(" = ")[0] for line in lines]
+                    self.assertEqual(names, [line.split(" = ")[0] for line in whole][:len(names)])
+            walked = self.lines("snmpbulkwalk", agent, user, "-Cr1000", ".1.3.6.1.6.3.15")
+            self.assertTrue(increases(walked))
+        self.assertEqual(self.walk(agent), topology())
 
     def test_one_answer_sees_one_moment_of_the_table(self):
         agent = self.start_agent(module=TEST_MODULES / "counting.so")

@@ -44,19 +44,22 @@ AUTH = "authentication-passphrase"
 PRIV = "privacy-passphrase"
 
 CONFIG = f"""
-rocommunity reader 127.0.0.1
+view talvik included {ROOT}
+rocommunity reader 127.0.0.1 -V talvik
+rocommunity everything 127.0.0.1
 rwcommunity writer 127.0.0.1
 view noAddress included {ROOT}
 view noAddress excluded {ENTRY}.4
 rocommunity limited 127.0.0.1 -V noAddress
 createUser operator SHA-256 "{AUTH}" AES "{PRIV}"
-rouser operator authPriv
+rouser operator authPriv -V talvik
 createUser admin SHA-256 "{AUTH}" AES "{PRIV}"
 rwuser admin authPriv
 sysDescr end-to-end test
 """
 
 READER = ["-v2c", "-c", "reader"]
+EVERYTHING = ["-v2c", "-c", "everything"]
 WRITER = ["-v2c", "-c", "writer"]
 V1 = ["-v1", "-c", "reader"]
 
@@ -259,17 +262,23 @@ class TalvikTest(unittest.TestCase):
         """The lines of a tool's answer; fails when the tool does."""
         result = self.tool(name, agent, user, *arguments)
         self.assertEqual(result.returncode, 0, f"{name} {arguments}: {result.stdout}{result.stderr}")
-        return result.stdout.splitlines()
+        lines = result.stdout.splitlines()
+        return shown(lines) if name in ("snmpwalk", "snmpbulkwalk") else lines
 
     def walk(self, agent, user=None, start=ROOT):
-        """The lines of a GETNEXT walk, without the one that says that it is over."""
-        return [line for line in self.lines("snmpwalk", agent, user or READER, start) if " = No more" not in line]
+        """The lines of a GETNEXT walk."""
+        return self.lines("snmpwalk", agent, user or READER, start)
 
     def engine(self, agent):
         """The engine's ID and boots as the agent tells them."""
-        engine_id, boots = self.lines("snmpget", agent, READER, ENGINE_ID, ENGINE_BOOTS)
+        engine_id, boots = self.lines("snmpget", agent, EVERYTHING, ENGINE_ID, ENGINE_BOOTS)
         octets = re.sub(r"\s", "", engine_id.split("Hex-STRING:")[1]).lower()
         return octets, int(boots.split("INTEGER:")[1])
+
+
+def shown(lines):
+    """The lines without those that say that there is nothing more."""
+    return [line for line in lines if " = No more" not in line and line != "End of MIB"]
 
 
 def oid_of(line):
