@@ -9,23 +9,9 @@
 #include <functional>
 #include <new>
 
-// With the address sanitizer everything comes from the heap, so that it sees each use after a free.
-#if defined(__SANITIZE_ADDRESS__)
-#define TALVIK_TAG_INDEX_POOL 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TALVIK_TAG_INDEX_POOL 0
-#endif
-#endif
-#ifndef TALVIK_TAG_INDEX_POOL
-#define TALVIK_TAG_INDEX_POOL 1
-#endif
-
 namespace talvik {
 
 namespace {
-
-constexpr bool kPooling = TALVIK_TAG_INDEX_POOL != 0;
 
 constexpr std::size_t kEntrySize = sizeof(CTLVRecordV3::TagIndex::value_type);
 
@@ -138,7 +124,7 @@ BlockStack pool;
 void release(TagIndexMemory* memory)
 {
     memory->~TagIndexMemory();
-    if (!kPooling || !pool.push(memory)) {
+    if (!kTagIndexPooling || !pool.push(memory)) {
         ::operator delete(memory);
     }
 }
@@ -174,9 +160,9 @@ void TagIndexMemory::free(void* block)
 
 ACE_Allocator* obtainTagIndexMemory(std::size_t buckets)
 {
-    const std::size_t entries = kPooling ? buckets : 0;
+    const std::size_t entries = kTagIndexPooling ? buckets : 0;
     void* block = nullptr;
-    if (kPooling && buckets == CTLVRecordV3::MIN_BUCKETS) {
+    if (kTagIndexPooling && buckets == CTLVRecordV3::MIN_BUCKETS) {
         block = pool.pop();
     }
     if (block == nullptr) {

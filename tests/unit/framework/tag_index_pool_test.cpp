@@ -46,28 +46,33 @@ bool findsAll(const CTLVRecordV3& record)
 
 }  // namespace
 
-TEST(TagIndexMemory, ServesTableAndEntriesFromDistinctBlocks)
+class TagIndexBlocks : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(TagIndexBlocks, AreDistinctForTableAndEntries)
 {
-    constexpr std::size_t kTable = 32 * sizeof(CTLVRecordV3::TagIndex::value_type);
-    ACE_Allocator* memory = obtainTagIndexMemory(32);
-    char* table = static_cast<char*>(memory->malloc(kTable));
-    std::memset(table, 0x5A, kTable);
+    constexpr std::size_t kEntry = sizeof(CTLVRecordV3::TagIndex::value_type);
+    const std::size_t tableSize = GetParam() * kEntry;
+    ACE_Allocator* memory = obtainTagIndexMemory(GetParam());
+    char* table = static_cast<char*>(memory->malloc(tableSize));
+    std::memset(table, 0x5A, tableSize);
     std::set<void*> entries;
 
-    for (int i = 0; i < 100; ++i) {
-        void* entry = memory->malloc(sizeof(CTLVRecordV3::TagIndex::value_type));
+    for (std::size_t i = 0; i < GetParam() + 68; ++i) {
+        void* entry = memory->malloc(kEntry);
         ASSERT_NE(entry, nullptr);
-        std::memset(entry, i, sizeof(CTLVRecordV3::TagIndex::value_type));
+        std::memset(entry, 0xA5, kEntry);
         entries.insert(entry);
     }
 
-    EXPECT_EQ(entries.size(), 100U);
-    EXPECT_TRUE(std::all_of(table, table + kTable, [](char byte) { return byte == 0x5A; }));
+    EXPECT_EQ(entries.size(), GetParam() + 68);
+    EXPECT_TRUE(std::all_of(table, table + tableSize, [](char byte) { return byte == 0x5A; }));
     for (void* entry : entries) {
         memory->free(entry);
     }
     memory->free(table);
 }
+
+INSTANTIATE_TEST_SUITE_P(Buckets, TagIndexBlocks, testing::Values(32U, 33U, 4000U));
 
 TEST(TagIndexMemory, HoldsMoreCellsThanTheRecordWasMadeFor)
 {
@@ -94,6 +99,23 @@ TEST(TagIndexMemory, ServesARecordThatIsClearedAndFilledAgain)
     }
 }
 
+TEST(TagIndexMemory, TakesEntriesFromItsBlockAgainAfterAClear)
+{
+    if (!kTagIndexPooling) {
+        GTEST_SKIP() << "entries come from the heap in this build";
+    }
+    auto record = filledRecord(32);
+    record->clear();
+    record->pCells->push_back(new CTLVCell);
+    const AllocationProbe probe;
+
+    for (int tag = 0; tag < 32; ++tag) {
+        record->oTagIndex.bind(tag, record->pCells->begin());
+    }
+
+    EXPECT_EQ(probe.allocations(), 0U);
+}
+
 TEST(TagIndexMemory, ServesSingleEntriesThatComeAndGo)
 {
     auto record = filledRecord(12);
@@ -118,6 +140,25 @@ TEST(TagIndexPool, KeepsNoMoreThanItsBlocks)
         }
     }
     EXPECT_EQ(probe.live(), 0);
+}
+
+TEST(TagIndexPool, SparesTheHeapUntilItsBlocksAreInUse)
+{
+    if (!kTagIndexPooling) {
+        GTEST_SKIP() << "indexes come from the heap in this build";
+    }
+    constexpr std::size_t kTable = 32 * sizeof(CTLVRecordV3::TagIndex::value_type);
+    std::vector<Record> records;
+    records.reserve(kPooledTagIndexes + 1);
+    const AllocationProbe probe;
+
+    for (std::size_t i = 0; i < kPooledTagIndexes; ++i) {
+        records.push_back(filledRecord(1));
+    }
+    EXPECT_LT(probe.largest(), kTable);
+    records.push_back(filledRecord(1));
+
+    EXPECT_GT(probe.largest(), kTable);
 }
 
 TEST(TagIndexPool, SurvivesWhateverAllocationFails)
