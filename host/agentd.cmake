@@ -5,6 +5,7 @@ add_executable(talvik-agentd
     agent_program.cpp
     installation_paths.cpp
     main.cpp
+    module_file.cpp
     module_loader.cpp
     state_directory.cpp
     stop_signals.cpp)

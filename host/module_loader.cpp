@@ -1,6 +1,7 @@
 #include "host/module_loader.h"
 
 #include "framework/snmp_handler.h"
+#include "host/module_file.h"
 #include "host/snmp/handler_boundary.h"
 #include "host/startup_error.h"
 
@@ -37,9 +38,8 @@ void LoadedModule::refuse(const std::string& reason) const
 LoadedModule::LoadedModule(const std::string& path)
     : path_(std::filesystem::absolute(path).string())
 {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path_, error)) {
-        refuse(error ? error.message() : "is no file");
+    if (const auto fault = faultOfModuleFile(path_)) {
+        refuse(*fault);
     }
     // All symbols now, so that a missing one is found here and not in the middle of a request.
     image_.reset(dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL));

@@ -28,8 +28,7 @@ constexpr const char* kLibraryModules =
     "snmpMPDStats,usmStats,usmUser,usmConf";
 
 constexpr int kMaxGetBulkResponses =
-    1000;                                 ///< more than 100 repeaters get an empty answer otherwise
-constexpr int kMaxResponseOctets = 1472;  ///< one Ethernet frame
+    1000;  ///< more than 100 repeaters get an empty answer otherwise
 
 /// The library looks at the environment; whatever is set there is not for this agent.
 void shieldFromEnvironment(const std::string& persistentDir)
@@ -46,7 +45,6 @@ void setDefaults(const std::string& persistentDir, const std::string& configFile
     netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_PERSISTENT_DIR,
                           persistentDir.c_str());
     netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_OPTIONALCONFIG, configFile.c_str());
-    netsnmp_ds_set_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX, kMaxResponseOctets);
     netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_MAX_GETBULKRESPONSES,
                        kMaxGetBulkResponses);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID,

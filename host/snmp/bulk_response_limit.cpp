@@ -18,6 +18,10 @@ using BuildPacket = int (*)(session_list*, netsnmp_pdu*, int);
 constexpr unsigned long kV3Overhead = 256;
 constexpr unsigned long kCommunityOverhead = 48;
 
+/// Content of a UDP datagram in one Ethernet frame: the largest GETBULK answer unless
+/// sendMessageMaxSize says otherwise.
+constexpr unsigned long kOneFrame = 1472;
+
 /// What makes the library cut the answer itself, in a buffer that it may write past.
 constexpr unsigned long kLibraryCuts = UCD_MSG_FLAG_FORWARD_ENCODE | UCD_MSG_FLAG_BULK_TOOBIG;
 
@@ -47,17 +51,13 @@ unsigned long nameOctets(const netsnmp_variable_list& variable)
     return octets;
 }
 
+/// The library's own setting is left alone unless it is configured: it also bounds the number of
+/// repeaters.
 unsigned long largestMessageFor(const netsnmp_pdu& pdu)
 {
-    auto limit = static_cast<unsigned long>(SNMP_MAX_PACKET_LEN);
-    for (const long configured :
-         {long{netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX)},
-          pdu.msgMaxSize}) {
-        if (configured > 0) {
-            limit = std::min(limit, static_cast<unsigned long>(configured));
-        }
-    }
-    return limit;
+    const int configured = netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX);
+    const auto limit = configured > 0 ? static_cast<unsigned long>(configured) : kOneFrame;
+    return pdu.msgMaxSize > 0 ? std::min(limit, static_cast<unsigned long>(pdu.msgMaxSize)) : limit;
 }
 
 /// The last variable that fits, or null when all do or not even the first does.

@@ -58,7 +58,7 @@ std::string joinLines(const std::string& text)
 {
     std::string joined;
     for (const char c : text) {
-        const bool blank = c == '\n' || c == ' ';
+        const bool blank = c == '\n' || c == ' ' || c == '*';
         if (!blank) {
             joined += c;
         } else if (!joined.empty() && joined.back() != ' ') {

@@ -47,7 +47,7 @@ class BadInput(TalvikTest):
     def test_mib_description_that_is_no_json(self):
         self.assert_refuses_to_start(self.folder / MIB, "No such file", mib_dir=self.folder)
         self.refuse_description("", "value, object or array expected")
-        self.refuse_description('{"module": "X",\n "root": }', "Line 2, Column 11")
+        self.refuse_description('{"module": "X",\n "root": }', "Line 2, Column 10")
         self.refuse_description('{"module": "X", "module": "Y"}', "module")
         self.refuse_description("[" * 5000, "tack")
         self.refuse_description("[]", "expected an object")

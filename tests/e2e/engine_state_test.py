@@ -84,7 +84,7 @@ class EngineStateTest(TalvikTest):
         self.first.write_text("garbage")
         self.second.write_text("garbage")
         self.library.unlink()
-        self.assert_refuses_to_start("engine state", self.first, self.second, "Restore")
+        self.assert_refuses_to_start("engine's state is damaged", self.first, self.second, "Restore")
 
     def test_survives_a_cut_while_the_library_stores(self):
         last = self.boot()
