@@ -3,6 +3,7 @@
 #include "backend/socket_server.h"
 #include "backend/system_commands.h"
 #include "host/installation_paths.h"
+#include "host/platform/ace_log_route.h"
 #include "host/platform/host_log.h"
 #include "host/startup_error.h"
 
@@ -77,6 +78,7 @@ void serve(const Options& options)
 {
     const auto stop = stopSignals();
     talvik::configureLog(options.log);
+    talvik::routeAceLog();
     const auto commands =
         talvik::backend::makeCommandServer(talvik::DeviceConfigFile::load(options.device));
     talvik::backend::SocketServer server(commands, options.socket);

@@ -1,5 +1,6 @@
 #include "host/agent_options.h"
 #include "host/agent_program.h"
+#include "host/platform/ace_log_route.h"
 #include "host/platform/host_log.h"
 #include "host/startup_error.h"
 #include "host/stop_signals.h"
@@ -16,6 +17,7 @@ int main(int argc, char** argv)
     try {
         const talvik::StopSignals signals;
         talvik::configureLog(options.log);
+        talvik::routeAceLog();
         if (options.checkOnly) {
             talvik::checkAgent(options);
             std::cout << "OK\n";

@@ -80,7 +80,8 @@ int CTLVCell::set_i(ETLVType type, unsigned short tag, const void* data, unsigne
         throw CKEL_Exception("CTLVCell can't have a tag above 4095! tag equal to " +
                              std::to_string(tag));
     }
-    const auto tagWord = static_cast<unsigned short>((tag << kTypeBits) | (type & kTypeMask));
+    const auto tagWord =
+        static_cast<unsigned short>((unsigned{tag} << kTypeBits) | (type & kTypeMask));
     return setCell(tagWord, static_cast<const char*>(data), len);
 }
 
