@@ -1,0 +1,93 @@
+#include "host/snmp/snmp_value.h"
+
+#include "framework/tlv_cell.h"
+#include "tests/unit/host_snmp/table_kit.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <optional>
+#include <ostream>
+#include <string>
+
+namespace {
+
+using talvik::SnmpValue;
+using talvik::Syntax;
+using talvik::test::bytesOf;
+using talvik::test::cell;
+
+std::optional<SnmpValue> convert(CTLVCell::ETLVType type, const std::string& bytes, Syntax syntax)
+{
+    std::string problem;
+    auto value = talvik::toSnmpValue(*cell(type, 1, bytes), syntax, problem);
+    EXPECT_EQ(value.has_value(), problem.empty()) << problem;
+    return value;
+}
+
+struct Number {
+    const char* name;
+    CTLVCell::ETLVType type;
+    std::string bytes;
+    Syntax syntax;
+    std::optional<std::int64_t> expected;
+
+    friend std::ostream& operator<<(std::ostream& os, const Number& row) { return os << row.name; }
+};
+
+class SnmpNumber : public testing::TestWithParam<Number> {};
+
+TEST_P(SnmpNumber, FollowsTheSyntax)
+{
+    const auto& row = GetParam();
+
+    const auto value = convert(row.type, row.bytes, row.syntax);
+
+    EXPECT_EQ(value ? std::optional(value->number) : std::nullopt, row.expected);
+}
+
+const Number kNumbers[] = {
+    {"MinusOneInFourBytes", CTLVCell::TLV_INT, bytesOf(std::int32_t{-1}), Syntax::Integer, -1},
+    {"MinusTwoInTwoBytes", CTLVCell::TLV_INT, bytesOf(std::int16_t{-2}), Syntax::Integer, -2},
+    {"MinusThreeInEightBytes", CTLVCell::TLV_INT, bytesOf(std::int64_t{-3}), Syntax::Integer, -3},
+    {"UnsignedBeyondInteger", CTLVCell::TLV_UINT, bytesOf(std::uint32_t{0x80000000U}),
+     Syntax::Integer, std::nullopt},
+    {"UnsignedAtItsLargest", CTLVCell::TLV_UINT, bytesOf(std::uint32_t{0xFFFFFFFFU}),
+     Syntax::Gauge32, 4294967295},
+    {"UnsignedTooLarge", CTLVCell::TLV_UINT, bytesOf(std::uint64_t{1} << 32U), Syntax::Unsigned32,
+     std::nullopt},
+    {"NegativeForUnsigned", CTLVCell::TLV_INT, bytesOf(std::int32_t{-1}), Syntax::Unsigned32,
+     std::nullopt},
+    {"SixtyFourBits", CTLVCell::TLV_UINT, bytesOf(~std::uint64_t{0}), Syntax::Counter64, -1},
+    {"NoBytesAreZero", CTLVCell::TLV_INT, "", Syntax::Integer, 0},
+    {"TextForANumber", CTLVCell::TLV_STRING, "12", Syntax::Integer, std::nullopt},
+    {"OctetsForANumber", CTLVCell::TLV_OCTETS, "12", Syntax::TimeTicks, std::nullopt},
+};
+
+INSTANTIATE_TEST_SUITE_P(Cells, SnmpNumber, testing::ValuesIn(kNumbers),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(SnmpText, LosesItsTerminatingNulOnly)
+{
+    EXPECT_EQ(convert(CTLVCell::TLV_STRING, std::string("ab\0", 3), Syntax::OctetString)->octets,
+              "ab");
+    EXPECT_EQ(convert(CTLVCell::TLV_STRING, "ab", Syntax::OctetString)->octets, "ab");
+    EXPECT_EQ(convert(CTLVCell::TLV_STRING, "", Syntax::OctetString)->octets, "");
+    EXPECT_EQ(convert(CTLVCell::TLV_OCTETS, std::string("a\0", 2), Syntax::OctetString)->octets,
+              std::string("a\0", 2));
+    EXPECT_FALSE(convert(CTLVCell::TLV_INT, "ab", Syntax::OctetString).has_value());
+    EXPECT_FALSE(convert(CTLVCell::TLV_NONE, "ab", Syntax::OctetString).has_value());
+}
+
+TEST(SnmpIndex, IsANumberOrCountedOctets)
+{
+    talvik::ObjectId index;
+
+    EXPECT_TRUE(talvik::appendIndex({Syntax::Integer, 7, ""}, index));
+    EXPECT_TRUE(talvik::appendIndex({Syntax::OctetString, 0, "A\xFF"}, index));
+    EXPECT_FALSE(talvik::appendIndex({Syntax::Integer, -1, ""}, index));
+
+    EXPECT_EQ(index, (talvik::ObjectId{7, 2, 65, 255}));
+}
+
+}  // namespace
