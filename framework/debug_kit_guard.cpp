@@ -7,10 +7,12 @@
 #include <ace/Thread_Mutex.h>
 
 #include <cstdarg>
+#include <new>
 
-// Contract: both singletons are carried and exported, so that host and module agree on one manager a process
-// whichever of them instantiates it first.
-template class __attribute__((visibility("default"))) ACE_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
+// Contract: both singletons are carried and exported, so that host and module agree on one manager
+// a process whichever of them instantiates it first.
+template class __attribute__((visibility("default")))
+ACE_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
 template class __attribute__((visibility("default")))
 ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
 
@@ -19,13 +21,18 @@ namespace {
 CKELDebugKit* kitOf(int moduleId)
 {
     auto* manager = ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>::instance();
+    if (manager == nullptr) {  // the singleton answers so when memory is out
+        throw std::bad_alloc();
+    }
     return manager->find(static_cast<unsigned int>(moduleId));
 }
 
 }  // namespace
 
 CKELDebugKitGuard::CKELDebugKitGuard(int moduleId, const std::string& functionName)
-    : m_pKit(kitOf(moduleId)), m_sFunctionName(functionName), m_iOutcome(1)
+    : m_pKit(kitOf(moduleId)),
+      m_sFunctionName(functionName),
+      m_iOutcome(1)
 {
     m_pKit->trace("enter " + m_sFunctionName + "...");
 }
@@ -35,7 +42,8 @@ CKELDebugKitGuard::~CKELDebugKitGuard()
     try {
         m_pKit->trace("leave " + m_sFunctionName + ": " + (m_iOutcome != 0 ? "OK" : "NOK"));
     } catch (...) {
-        // Nothing may leave a destructor that also runs while an exception passes; the line is lost.
+        // Nothing may leave a destructor that also runs while an exception passes; the line is
+        // lost.
     }
 }
 

@@ -25,7 +25,9 @@ template <typename T>
 T readBytes(const CTLVCell& cell, std::size_t count)
 {
     T value = 0;
-    std::memcpy(&value, cell.pData, count);
+    if (count != 0) {  // a cell without bytes has no pointer either
+        std::memcpy(&value, cell.pData, count);
+    }
     return value;
 }
 

@@ -29,10 +29,11 @@ bool verifyMsgHead(const unsigned char* bytes, unsigned size, TLVMsgHeadV3& head
 {
     if (bytes == nullptr || size < kHeaderSize) {
         // Contract: "equal zero" for every size below a header; log filters match on it.
-        logCodecError(__LINE__,
+        constexpr int kLine = __LINE__;
+        logCodecError(kLine,
                       "%D %M (%t) at File=%s,Line=%d,Function=CTLVPackageV3::verifyMsgHead: "
                       "pBuf is null or uiBufSize equal zero!\n",
-                      kCodecSource, __LINE__);
+                      kCodecSource, kLine);
         return false;
     }
     std::memcpy(&head, bytes, kHeaderSize);
@@ -116,18 +117,18 @@ u_int appendRecords(CTLVPackageV3<MSG_S_HEAD>& package, const MSG_S_HEAD& head,
         const u_int remaining = head.uiDataLen - pos;
         if (remaining < talvik::kRecordHeaderSize) {
             logCodecText(__LINE__,
-                         "at File=%s,Line=%d: MIN_RECORD_SIZE(10) > uiRemainLen, "
+                         ": MIN_RECORD_SIZE(10) > uiRemainLen, "
                          "buf size=%u, parsing pos=%u",
-                         kCodecSource, __LINE__, size, pos + kHeaderSize);
+                         size, pos + kHeaderSize);
             return CTLVPackageV3<MSG_S_HEAD>::FAILED;
         }
         CTLVRecordV3* record = nullptr;
         const u_int taken = package.getRecord(bytes + kHeaderSize + pos, remaining, record);
         if (record == nullptr) {
             logCodecText(__LINE__,
-                         "at File=%s,Line=%d : it failed to parse record, "
+                         " : it failed to parse record, "
                          "buf size=%u, parsing pos=%u",
-                         kCodecSource, __LINE__, size, pos + kHeaderSize);
+                         size, pos + kHeaderSize);
             return CTLVPackageV3<MSG_S_HEAD>::FAILED;
         }
         std::unique_ptr<CTLVRecordV3> owner(record);

@@ -12,8 +12,9 @@ inline constexpr char kCodecSource[] = "om/snmpagent/common/include/kelpub/kel_m
 /// (%D, %M, %t and the printf conversions), its arguments follow.
 void logCodecError(int line, const char* format, ...);
 
-/// Composes a text the way printf does and logs it as "date priority (thread) text". Allocates
-/// nothing of its own; a text beyond 1023 characters is cut.
+/// Logs "date priority (thread) at File=SOURCE,Line=LINE" and, right behind it, what `format` and
+/// its arguments make the way printf does. Allocates nothing of its own; a text beyond 1023
+/// characters is cut.
 [[gnu::format(printf, 2, 3)]] void logCodecText(int line, const char* format, ...);
 
 }  // namespace talvik

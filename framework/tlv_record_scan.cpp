@@ -29,44 +29,39 @@ void logTooLong(std::uint16_t recordLen, std::uint32_t available)
 {
     // Contract: " < " although the text says ">"; log filters match on both.
     logCodecText(__LINE__,
-                 "at File=%s,Line=%d,Function=%s : record length is too long, "
+                 ",Function=%s : record length is too long, "
                  "(usRecordLen + MIN_RECORD_SIZE) > uiBufSize ->%u+%u < %u",
-                 kCodecSource, __LINE__, kSignature, unsigned{recordLen}, kRecordHeaderSize,
-                 available);
+                 kSignature, unsigned{recordLen}, kRecordHeaderSize, available);
 }
 
 void logCellTooShort(std::uint16_t position)
 {
     // Contract: " < " although the text says ">", and the word "uiBufSize" instead of its value.
-    logCodecText(
-        __LINE__,
-        "at File=%s,Line=%d,Function=%s : (MIN_TLV_SIZE > uiBufSize - pos) ->%u < uiBufSize - %u",
-        kCodecSource, __LINE__, kSignature, kCellHeaderSize, unsigned{position});
+    logCodecText(__LINE__, ",Function=%s : (MIN_TLV_SIZE > uiBufSize - pos) ->%u < uiBufSize - %u",
+                 kSignature, kCellHeaderSize, unsigned{position});
 }
 
 void logTypeUnknown(unsigned type)
 {
-    logCodecText(__LINE__,
-                 "at File=%s,Line=%d,Function=%s : data type unmated, received type is %u",
-                 kCodecSource, __LINE__, kSignature, type);
+    logCodecText(__LINE__, ",Function=%s : data type unmated, received type is %u", kSignature,
+                 type);
 }
 
 void logValueTooLong(const WireCell& cell, std::uint16_t recordLen)
 {
     logCodecText(__LINE__,
-                 "at File=%s,Line=%d,Function=%s : data length is too long, "
+                 ",Function=%s : data length is too long, "
                  "((sDataLen + pos) > usRecordLen + MIN_RECORD_SIZE) ->%u+%u > %u+%u",
-                 kCodecSource, __LINE__, kSignature, unsigned{cell.dataLen}, unsigned{cell.valueAt},
-                 unsigned{recordLen}, kRecordHeaderSize);
+                 kSignature, unsigned{cell.dataLen}, unsigned{cell.valueAt}, unsigned{recordLen},
+                 kRecordHeaderSize);
 }
 
 void logEndless(std::uint16_t recordLen, std::uint16_t position)
 {
-    logCodecText(
-        __LINE__,
-        "at File=%s,Line=%d,Function=%s : cells never end, pos wraps for more than %u times, "
-        "(usRecordLen, pos) ->%u, %u",
-        kCodecSource, __LINE__, kSignature, kMaxWraps, unsigned{recordLen}, unsigned{position});
+    logCodecText(__LINE__,
+                 ",Function=%s : cells never end, pos wraps for more than %u times, "
+                 "(usRecordLen, pos) ->%u, %u",
+                 kSignature, kMaxWraps, unsigned{recordLen}, unsigned{position});
 }
 
 /// Walks the cells of one record in the record's own positions.

@@ -73,6 +73,8 @@ void appendNumber(CTLVRecordV3& row, CTLVCell::ETLVType type, unsigned short tag
 
 }  // namespace
 
+// Contract: the request's cells are not looked at; hosts' table engines pick what they want from
+// the whole table.
 int CSnmpTopoHandler::OnQueryTable(const CKEL_SnmpContext&, const CTLVPackageV3<TLVMsgHeadV3>&,
                                    CTLVPackageV3<TLVMsgHeadV3>& rsp)
 {

@@ -16,7 +16,8 @@ class Oidx;
 /// order of members and of virtual operations is binary contract. Like every handler it serves one
 /// request at a time.
 ///
-/// Operations with a body here are compiled into the module; the host supplies all others.
+/// Operations with a body here are compiled into the module. The host supplies all others, and with
+/// them the class's vtable and type information and `INVALID_KEY`, and must export these too.
 class CSnmpTableBase : public CSnmpTableHandler {
 public:
     CSnmpTableBase() = default;
@@ -43,8 +44,8 @@ public:
     virtual int GetBatchTableInfo(std::string key, unsigned int count,
                                   CTLVPackageV3<TLVMsgHeadV3>& pkg);
 
-    /// One step of the above: sends `req`, decodes into `rsp` and reports the key it asked for, the
-    /// next key, the record identifier, the number of rows and a result code.
+    /// One step of the above: sends one request and reports the next key, the number of rows and a
+    /// result code through its reference arguments. What `key` and `recordId` carry is the host's.
     virtual int GetBatchTableInfo_i(CTLVPackageV3<TLVMsgHeadV3>& req, std::string& key,
                                     std::string& nextKey, unsigned long long& recordId,
                                     unsigned int& count, int& result,

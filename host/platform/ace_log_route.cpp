@@ -4,7 +4,7 @@
 #include "host/platform/log_text.h"
 
 #include <ace/Log_Msg.h>
-#include <ace/Log_Msg_Callback.h>
+#include <ace/Log_Msg_Backend.h>
 #include <ace/Log_Record.h>
 
 namespace talvik {
@@ -19,11 +19,18 @@ spdlog::level::level_enum levelOf(unsigned long priority)
     return priority >= LM_WARNING ? spdlog::level::warn : spdlog::level::info;
 }
 
-class Route : public ACE_Log_Msg_Callback {
+/// A back end and not a callback: ACE keeps callbacks for each thread apart, back ends for all.
+class Route : public ACE_Log_Msg_Backend {
 public:
-    void log(ACE_Log_Record& record) override
+    int open(const char*) override { return 0; }
+    int reset() override { return 0; }
+    int close() override { return 0; }
+
+    ssize_t log(ACE_Log_Record& record) override
     {
-        logger_->log(levelOf(record.type()), "{}", oneLine(record.msg_data()));
+        const std::string text = record.msg_data();
+        logger_->log(levelOf(record.type()), "{}", oneLine(text));
+        return static_cast<ssize_t>(text.size());
     }
 
 private:
@@ -34,10 +41,11 @@ private:
 
 void routeAceLog()
 {
-    static Route route;
+    // Never destroyed: ACE may log until the very end of the process.
+    static auto* const route = new Route;
+    ACE_Log_Msg::msg_backend(route);
     ACE_Log_Msg* log = ACE_Log_Msg::instance();
-    log->msg_callback(&route);
-    log->set_flags(ACE_Log_Msg::MSG_CALLBACK);
+    log->set_flags(ACE_Log_Msg::CUSTOM);
     log->clr_flags(ACE_Log_Msg::STDERR);
 }
 

@@ -21,7 +21,7 @@ std::string readFile(const std::string& path)
     std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
     text << in.rdbuf();
-    if (!in.is_open() || text.bad() || errno != 0) {
+    if (!in.is_open() || text.bad()) {
         throw StartupError("cannot read the device configuration " + path + ": " +
                            std::strerror(errno));
     }

@@ -8,6 +8,7 @@
 #include <spdlog/spdlog.h>
 
 #include <array>
+#include <mutex>
 #include <vector>
 
 namespace talvik {
@@ -60,6 +61,8 @@ std::vector<spdlog::sink_ptr> sinksOf(const LogSettings& settings)
 
 std::shared_ptr<spdlog::logger> makeLogger(const std::string& name)
 {
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> lock(mutex);
     if (auto known = spdlog::get(name)) {
         return known;
     }

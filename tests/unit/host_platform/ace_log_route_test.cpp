@@ -4,6 +4,7 @@
 #include "host/platform/host_log.h"
 #include "tests/support/temp_dir.h"
 
+#include <ace/Log_Msg.h>
 #include <gmock/gmock.h>
 
 #include <string>
@@ -13,25 +14,46 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(AceLogRoute, PutsWhatTheCodecRefusesIntoTheHostsLog)
-{
-    const talvik::test::TempDir dir;
-    talvik::LogSettings settings;
-    settings.file = dir.path("agent.log");
-    settings.toStderr = false;
-    talvik::configureLog(settings);
-
-    // A thread of its own: the route holds for the rest of a thread's life.
-    std::thread([] {
+class AceLogRoute : public testing::Test {
+protected:
+    AceLogRoute()
+    {
+        talvik::LogSettings settings;
+        settings.file = dir.path("agent.log");
+        settings.toStderr = false;
+        talvik::configureLog(settings);
         talvik::routeAceLog();
+    }
+
+    ~AceLogRoute() override
+    {
+        ACE_Log_Msg::instance()->clr_flags(ACE_Log_Msg::CUSTOM);
+        ACE_Log_Msg::instance()->set_flags(ACE_Log_Msg::STDERR);
+        talvik::configureLog({});
+    }
+
+    static void decodeNothing()
+    {
         CTLVPackageV3<TLVMsgHeadV3> package;
         package.decode(nullptr, 0);
-    }).join();
-    const auto text = dir.read("agent.log");
-    talvik::configureLog({});
+    }
 
-    EXPECT_THAT(text, HasSubstr(" error codec "));
-    EXPECT_THAT(text, HasSubstr("invalid MSG header!\n"));
+    talvik::test::TempDir dir;
+};
+
+TEST_F(AceLogRoute, PutsWhatTheCodecRefusesIntoTheHostsLog)
+{
+    decodeNothing();
+
+    EXPECT_THAT(dir.read("agent.log"), HasSubstr(" error codec "));
+    EXPECT_THAT(dir.read("agent.log"), HasSubstr("invalid MSG header!\n"));
+}
+
+TEST_F(AceLogRoute, HoldsForThreadsThatStartLater)
+{
+    std::thread(decodeNothing).join();
+
+    EXPECT_THAT(dir.read("agent.log"), HasSubstr("invalid MSG header!\n"));
 }
 
 }  // namespace
