@@ -254,7 +254,7 @@ class TalvikTest(unittest.TestCase):
             environment["MIBS"] = "KEL-TALVIK-MIB"
         options = [argument for argument in arguments if argument.startswith("-")]
         objects = [argument for argument in arguments if not argument.startswith("-")]
-        command = [name, *user, "-t", "5", "-r", "1", *(["-On"] if numeric else []), *options,
+        command = [name, "-t", "5", "-r", "1", *user, *(["-On"] if numeric else []), *options,
                    f"udp:127.0.0.1:{agent.port}", *objects]
         return subprocess.run(command, env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True,
                               timeout=LIMIT)
