@@ -2,8 +2,18 @@
 
 #include "platform/debug_kit.h"
 
+#include <ace/Singleton.h>
+#include <ace/Thread_Mutex.h>
+
 #include <map>
 #include <mutex>
+
+// The process's one manager, for every module that the host loads: the dynamic linker prefers the
+// program's instance to a module's own.
+template class __attribute__((visibility("default")))
+ACE_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
+template class __attribute__((visibility("default")))
+ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
 
 class CKELDebugKitMgr::Registry {
 public:
