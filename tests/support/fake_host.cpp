@@ -11,8 +11,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 namespace talvik::test {
+
+namespace {
+
+std::mutex recordingMutex;  // of all that the host's calls add to
+
+}  // namespace
 
 std::ostream& operator<<(std::ostream& os, const LogLine& line)
 {
@@ -28,12 +35,36 @@ void FakeHost::reset()
 void FakeHost::enter(const char* call)
 {
     if (recording) {
+        const std::lock_guard<std::mutex> lock(recordingMutex);
         calls.emplace_back(call);
     }
+    act(call);
+}
+
+void FakeHost::act(const char* call) const
+{
     const auto action = actions_.find(call);
     if (action != actions_.end()) {
         action->second();
     }
+}
+
+void FakeHost::keep(LogLine line)
+{
+    const std::lock_guard<std::mutex> lock(recordingMutex);
+    log.push_back(std::move(line));
+}
+
+void FakeHost::keep(Command command)
+{
+    const std::lock_guard<std::mutex> lock(recordingMutex);
+    commands.push_back(std::move(command));
+}
+
+void FakeHost::keepItemRead(const std::string& section, const std::string& key)
+{
+    const std::lock_guard<std::mutex> lock(recordingMutex);
+    itemsRead.emplace_back(section, key);
 }
 
 void FakeHost::onCall(const std::string& call, std::function<void()> action)
@@ -77,8 +108,7 @@ void record(const char* level, unsigned moduleId, unsigned long long messageId, 
 {
     fakeHost().enter(level);
     if (fakeHost().recording) {
-        fakeHost().log.push_back(
-            {level, moduleId, messageId, label, line, formatted(format, args)});
+        fakeHost().keep(LogLine{level, moduleId, messageId, label, line, formatted(format, args)});
     }
 }
 
@@ -104,7 +134,7 @@ void CKELDebugKit::trace(const std::string& text)
 {
     fakeHost().enter("trace");
     if (fakeHost().recording) {
-        fakeHost().log.push_back({"trace", m_pSink->moduleId, 0, "", 0, text});
+        fakeHost().keep(talvik::test::LogLine{"trace", m_pSink->moduleId, 0, "", 0, text});
     }
 }
 
@@ -128,7 +158,8 @@ void CKELDebugKit::error(unsigned long long messageId, const char* label, unsign
 
 class CKELDebugKitMgr::Registry {
 public:
-    std::map<unsigned, CKELDebugKit> kits;
+    std::mutex mutex;
+    std::map<unsigned, CKELDebugKit> kits;  // under mutex
 };
 
 CKELDebugKitMgr::CKELDebugKitMgr() : m_pRegistry(new Registry) {}
@@ -141,6 +172,7 @@ CKELDebugKitMgr::~CKELDebugKitMgr()
 CKELDebugKit* CKELDebugKitMgr::find(unsigned int moduleId)
 {
     fakeHost().enter("find");
+    const std::lock_guard<std::mutex> lock(m_pRegistry->mutex);
     return &m_pRegistry->kits.try_emplace(moduleId, moduleId).first->second;
 }
 
@@ -157,6 +189,9 @@ int CKELXmlConfig::getDeviceItem(const std::string& section, const std::string& 
                                  std::string& value)
 {
     fakeHost().enter("getDeviceItem");
+    if (fakeHost().recording) {
+        fakeHost().keepItemRead(section, key);
+    }
     const auto item = fakeHost().deviceItems.find({section, key});
     value = item == fakeHost().deviceItems.end() ? "" : item->second;
     return item == fakeHost().deviceItems.end() ? -1 : 0;
@@ -177,10 +212,12 @@ int CSNMP_Configuration::configure(CTLVPackageV3<TLVMsgHeadV3>& request,
 {
     auto& host = fakeHost();
     host.enter("configure");
-    unsigned char* bytes = nullptr;
-    const u_int size = request.encode(bytes);
-    host.commands.push_back({{bytes, bytes + size}, bAsync, bBroadcast});
-    delete[] bytes;
+    if (host.recording) {
+        unsigned char* bytes = nullptr;
+        const u_int size = request.encode(bytes);
+        host.keep(talvik::test::Command{{bytes, bytes + size}, bAsync, bBroadcast});
+        delete[] bytes;
+    }
     if (host.fillAnswer) {
         host.fillAnswer(answer);
     }

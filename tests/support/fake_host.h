@@ -34,7 +34,8 @@ struct Command {
 
 /// Everything that a host supplies, under a test's control: it records calls and log lines, answers
 /// what the test set and fails where the test says so. One for the process; `FakeHostTest` resets
-/// it before each test. Calls may come from several threads only while nothing is changed here.
+/// it before each test. Several threads may call it at once while the test changes and reads
+/// nothing here.
 class FakeHost {
 public:
     /// Back to no calls, no lines, no items, no failures, and the defaults below.
@@ -42,6 +43,14 @@ public:
 
     /// Recorded at the start of every host call: runs the failure set for `call`, which may throw.
     void enter(const char* call);
+
+    /// As `enter` without recording, for calls that tests make while they count allocations.
+    void act(const char* call) const;
+
+    /// Records one thing that came in; whoever calls these looks at `recording` first.
+    void keep(LogLine line);
+    void keep(Command command);
+    void keepItemRead(const std::string& section, const std::string& key);
 
     /// Makes every further call of `call` run `action` first (throw from it to fail). Names are the
     /// operations' own, as in "configure", "getDeviceItem", "trace", "set_i".
@@ -53,13 +62,14 @@ public:
     /// The texts of the lines of one level, in order.
     std::vector<std::string> texts(const std::string& level) const;
 
-    /// False while a test makes allocations fail: calls and lines are then not recorded, failures
-    /// still happen.
+    /// False while a test makes allocations fail: calls, lines, commands and items are then not
+    /// recorded, failures still happen.
     bool recording = true;
 
     std::vector<LogLine> log;
     std::vector<std::string> calls;
     std::vector<Command> commands;
+    std::vector<std::pair<std::string, std::string>> itemsRead;  ///< section and key, in order
 
     std::map<std::pair<std::string, std::string>, std::string> deviceItems;
     std::optional<std::string> nodeCode = "NODE-1";

@@ -3,7 +3,8 @@ function(talvik_wrap_host_calls target)
     foreach(symbol IN ITEMS
             _ZN8CTLVCell5set_iENS_8ETLVTypeEtPKvm
             _ZN8CTLVCell7setCellEtPKcm
-            _ZN12CTLVRecordV36appendEPK8CTLVCell)
+            _ZN12CTLVRecordV36appendEPK8CTLVCell
+            _ZN12CTLVRecordV35clearEv)
         target_link_options(${target} PRIVATE "-Wl,--wrap=${symbol}")
     endforeach()
 endfunction()

@@ -13,6 +13,7 @@ int __real__ZN8CTLVCell5set_iENS_8ETLVTypeEtPKvm(CTLVCell* self, CTLVCell::ETLVT
 int __real__ZN8CTLVCell7setCellEtPKcm(CTLVCell* self, unsigned short tagWord, const char* data,
                                       unsigned long len);
 void __real__ZN12CTLVRecordV36appendEPK8CTLVCell(CTLVRecordV3* self, const CTLVCell* cell);
+void __real__ZN12CTLVRecordV35clearEv(CTLVRecordV3* self);
 
 int __wrap__ZN8CTLVCell5set_iENS_8ETLVTypeEtPKvm(CTLVCell* self, CTLVCell::ETLVType type,
                                                  unsigned short tag, const void* data,
@@ -33,6 +34,13 @@ void __wrap__ZN12CTLVRecordV36appendEPK8CTLVCell(CTLVRecordV3* self, const CTLVC
 {
     talvik::test::fakeHost().enter("append");
     __real__ZN12CTLVRecordV36appendEPK8CTLVCell(self, cell);
+}
+
+// Not recorded: every record's destruction comes here, also where allocations are counted.
+void __wrap__ZN12CTLVRecordV35clearEv(CTLVRecordV3* self)
+{
+    talvik::test::fakeHost().act("clear");
+    __real__ZN12CTLVRecordV35clearEv(self);
 }
 
 }  // extern "C"

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -91,6 +92,27 @@ TEST_F(DebugKitGuard, PassesEachLevelOnUnchanged)
     EXPECT_EQ(host.log[3].level, "error");
     EXPECT_EQ(host.log[3].messageId, 0x1234567890ABCDEFULL);
     EXPECT_EQ(host.log[3].text, "-1%");
+}
+
+TEST_F(DebugKitGuard, ServesSeveralThreadsAtOnce)
+{
+    constexpr std::size_t kThreads = 8;
+    constexpr std::size_t kRounds = 500;
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < kThreads; ++i) {
+        threads.emplace_back([] {
+            for (std::size_t round = 0; round < kRounds; ++round) {
+                CKELDebugKitGuard(4, "f").debug(1, "l", 1, "x");
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_EQ(host.count("find"), kThreads * kRounds);
+    EXPECT_EQ(host.texts("debug"), Texts(kThreads * kRounds, "x"));
+    EXPECT_EQ(host.texts("trace").size(), 2 * kThreads * kRounds);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "framework/snmp_leaf_handler.h"
 
+#include "tests/support/allocation_probe.h"
 #include "tests/support/fake_host_test.h"
 #include "tests/support/throw_text.h"
 
@@ -11,6 +12,7 @@
 namespace {
 
 using Package = CTLVPackageV3<TLVMsgHeadV3>;
+using talvik::test::AllocationProbe;
 using talvik::test::textOfThrown;
 
 class Leaf : public CSnmpLeafHandler {
@@ -25,6 +27,15 @@ CTLVCell* numberCell(unsigned short tag, unsigned value)
 {
     auto cell = std::make_unique<CTLVCell>();
     cell->set_i(CTLVCell::TLV_UINT, tag, &value, sizeof value);
+    return cell.release();
+}
+
+constexpr char kSecret[] = "a community name nobody may read";
+
+CTLVCell* secretCell()
+{
+    auto cell = std::make_unique<CTLVCell>();
+    cell->set(7, kSecret);
     return cell.release();
 }
 
@@ -77,15 +88,44 @@ TEST_F(SnmpLeafHandler, AFailedQueryIsMinusOneWhateverItsCode)
     EXPECT_TRUE(response.oRecords.empty());
 }
 
-TEST_F(SnmpLeafHandler, AFailedQueryThatMadeACellFreesIt)
+/// What a query made before it failed must not stay behind, neither in memory in use nor as bytes
+/// in memory that is freed.
+class SnmpLeafFailure : public SnmpLeafHandler {
+protected:
+    SnmpLeafFailure()
+    {
+        host.recording = false;
+        leaf.query = [](CTLVCell*& cell) {
+            cell = secretCell();
+            return 0;
+        };
+    }
+
+    /// Allocations that an answer takes, the place in the response last.
+    std::size_t allocationsOfAnAnswer()
+    {
+        Package other;
+        const AllocationProbe probe;
+        leaf.OnQueryLeaf(context, request, other);
+        return probe.allocations();
+    }
+};
+
+TEST_F(SnmpLeafFailure, OfAQueryThatMadeACellFreesIt)
 {
     leaf.query = [](CTLVCell*& cell) {
-        cell = numberCell(7, 1);
+        cell = secretCell();
         return 5;
     };
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
 
     EXPECT_EQ(ask(), -1);
+
     EXPECT_TRUE(response.oRecords.empty());
+    EXPECT_GT(probe.allocations(), 0U);
+    EXPECT_EQ(probe.live(), 0);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
 }
 
 TEST_F(SnmpLeafHandler, ASuccessWithoutACellIsMinusOne)
@@ -96,27 +136,70 @@ TEST_F(SnmpLeafHandler, ASuccessWithoutACellIsMinusOne)
     EXPECT_TRUE(response.oRecords.empty());
 }
 
-TEST_F(SnmpLeafHandler, AnExceptionPassesOnAndTheCellIsFreed)
+TEST_F(SnmpLeafFailure, ByAnExceptionPassesItOnAndFreesTheCell)
 {
     leaf.query = [](CTLVCell*& cell) -> int {
-        cell = numberCell(7, 1);
+        cell = secretCell();
         throw std::runtime_error("lost");
     };
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
 
     EXPECT_THROW(ask(), std::runtime_error);
+
     EXPECT_TRUE(response.oRecords.empty());
+    EXPECT_GT(probe.allocations(), 0U);
+    EXPECT_EQ(probe.live(), 0);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
 }
 
-TEST_F(SnmpLeafHandler, AnAppendThatFailsLeavesTheResponseUntouched)
+TEST_F(SnmpLeafFailure, OfAnAppendLeavesTheResponseUntouchedAndFreesTheCell)
 {
-    leaf.query = [](CTLVCell*& cell) {
-        cell = numberCell(7, 1);
-        return 0;
-    };
     host.onCall("append", [] { throw std::bad_alloc(); });
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
 
     EXPECT_THROW(ask(), std::bad_alloc);
+
     EXPECT_TRUE(response.oRecords.empty());
+    EXPECT_GT(probe.allocations(), 0U);
+    EXPECT_EQ(probe.live(), 0);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
+}
+
+TEST_F(SnmpLeafFailure, OfAResponseThatCannotGrowFreesRecordAndCell)
+{
+    const auto last = allocationsOfAnAnswer() - 1;
+    response.oRecords.reserve(1);
+    response.oRecords.push_back(new CTLVRecordV3(5));
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
+    probe.failAfter(last);
+
+    EXPECT_THROW(ask(), std::bad_alloc);
+
+    EXPECT_TRUE(probe.failed());
+    EXPECT_EQ(probe.allocations(), last);
+    ASSERT_EQ(response.oRecords.size(), 1U);
+    EXPECT_EQ(response[0]->ullRecordId, 5U);
+    EXPECT_EQ(probe.live(), 0);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
+}
+
+TEST_F(SnmpLeafFailure, OfAnyAllocationLeavesTheResponseUntouchedAndNothingElse)
+{
+    const auto all = allocationsOfAnAnswer();
+    for (std::size_t count = 0; count < all; ++count) {
+        AllocationProbe probe;
+        probe.watchFor(kSecret);
+        probe.failAfter(count);
+
+        EXPECT_THROW(ask(), std::bad_alloc) << "allocation " << count;
+
+        EXPECT_TRUE(response.oRecords.empty());
+        EXPECT_EQ(probe.live(), 0) << "allocation " << count;
+        EXPECT_EQ(probe.freedWithBytes(), 0U) << "allocation " << count;
+    }
 }
 
 TEST_F(SnmpLeafHandler, RefusesTableOperationsWithTheirTexts)

@@ -1,14 +1,18 @@
 #include "framework/tlv_cell.h"
 
+#include "tests/support/allocation_probe.h"
 #include "tests/support/fake_host_test.h"
 #include "tests/support/throw_text.h"
 
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
 namespace {
 
+using talvik::test::AllocationProbe;
 using talvik::test::textOfThrown;
 
 constexpr unsigned kUnknownType = 5;
@@ -144,6 +148,79 @@ TEST_F(TlvCell, RefusesATagOfMoreThanTwelveBits)
     EXPECT_EQ(textOfThrown([this] { cell.set(4096, "x"); }),
               "CKEL_Exception: CTLVCell can't have a tag above 4095! tag equal to 4096");
     EXPECT_EQ(cell.usTagWord >> 4, 4094);
+}
+
+/// A cell with a value that must not stay in memory that is freed.
+class TlvCellReplacement : public TlvCell {
+protected:
+    TlvCellReplacement()
+    {
+        host.recording = false;
+        cell.set(5, kSecret);
+    }
+
+    static constexpr char kSecret[] = "a community name nobody may read";
+};
+
+TEST_F(TlvCellReplacement, BySetIZeroesTheFormerBytesBeforeTheyAreFreed)
+{
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
+
+    cell.set_i(CTLVCell::TLV_OCTETS, 6, "b", 1);
+
+    EXPECT_EQ(probe.allocations(), 1U);
+    EXPECT_EQ(probe.live(), 0);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
+}
+
+TEST_F(TlvCellReplacement, BySetCellZeroesTheFormerBytesBeforeTheyAreFreed)
+{
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
+
+    cell.setCell(6 << 4 | 1, "b", 1);
+
+    EXPECT_EQ(probe.allocations(), 1U);
+    EXPECT_EQ(probe.live(), 0);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
+}
+
+TEST_F(TlvCellReplacement, ByNothingZeroesTheFormerBytesBeforeTheyAreFreed)
+{
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
+
+    cell.setCell(6 << 4 | 1, nullptr, 0);
+
+    EXPECT_EQ(probe.live(), -1);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
+    EXPECT_EQ(cell.pData, nullptr);
+}
+
+TEST_F(TlvCellReplacement, ThatFailsToAllocateKeepsTheFormerValue)
+{
+    AllocationProbe probe;
+    probe.failAfter(0);
+
+    EXPECT_THROW(cell.set_i(CTLVCell::TLV_OCTETS, 6, "b", 1), std::bad_alloc);
+
+    EXPECT_EQ(probe.live(), 0);
+    EXPECT_EQ(cell.usTagWord, 5 << 4 | 2);
+    EXPECT_STREQ(reinterpret_cast<const char*>(cell.pData), kSecret);
+}
+
+TEST_F(TlvCellReplacement, ByDestructionZeroesTheBytesBeforeTheyAreFreed)
+{
+    auto owned = std::make_unique<CTLVCell>();
+    owned->set(5, kSecret);
+    AllocationProbe probe;
+    probe.watchFor(kSecret);
+
+    owned.reset();
+
+    EXPECT_EQ(probe.live(), -2);
+    EXPECT_EQ(probe.freedWithBytes(), 0U);
 }
 
 struct Conversion {

@@ -15,7 +15,7 @@ protected:
     {
         // What the fake host and ACE allocate for themselves is none of the codec's.
         host.calls.reserve(4096);
-        aceLog.lines.reserve(64);
+        aceLog.reserve(64);
         decode(WireBytes());
     }
 

@@ -116,6 +116,7 @@ TEST_F(TlvEncode, GoesOnWhenTheHostsCopyFails)
     EXPECT_EQ(package.encode(buffer.data(), 38), 38U);
 
     EXPECT_THAT(aceLog.lines, ElementsAre("memcpy_s is failed!\n"));
+    EXPECT_EQ(aceLog.facts.front().priority, LM_ERROR);
     EXPECT_EQ(buffer[27], 0xEE);
     EXPECT_EQ(buffer[28], 0x0A);
     EXPECT_EQ(package.oHead.uiDataLen, 10U);

@@ -62,9 +62,27 @@ class TlvRefusal : public CodecTest {};
 
 TEST_F(TlvRefusal, OfANullBufferIsLoggedTwice)
 {
+    ASSERT_TRUE(accepts(WireBytes::record(7, WireBytes().cell(2, 1, "held"))));
+    CTLVRecordV3* const held = package[0];
+    package.oHead = {};
+    package.oHead.uiMagic = 1;
+    package.oHead.uiVersion = 2;
+    package.oHead.uiWord2 = 3;
+    package.oHead.uiWord3 = 4;
+    package.oHead.usShort0 = 5;
+    package.oHead.usShort1 = 6;
+    package.oHead.usShort2 = 7;
+    package.oHead.usShort3 = 8;
+    package.oHead.uiDataLen = 9;
+    const auto before = headerBytes();
+
     EXPECT_EQ(package.decode(nullptr, 100), kCodecFailed);
 
     EXPECT_THAT(texts(), ElementsAre(kShortHeader, kInvalidHeader));
+    EXPECT_THAT(package.oRecords, ElementsAre(held));
+    EXPECT_EQ(held->ullRecordId, 7U);
+    EXPECT_THAT(cells(*held), ElementsAre("2:1=held"));
+    EXPECT_EQ(headerBytes(), before);
 }
 
 TEST_F(TlvRefusal, NamesTheThreadThatLogs)
@@ -122,10 +140,6 @@ const RecordRefusal kRecordRefusals[] = {
      WireBytes::record(1, WireBytes().cell(2, 1, "ab").u8(0)),
      {" : (MIN_TLV_SIZE > uiBufSize - pos) ->4 < uiBufSize - 16"},
      28},
-    {"TypeTen",
-     WireBytes::record(1, WireBytes().cell(10, 1, "")),
-     {" : data type unmated, received type is 10"},
-     28},
     {"TypeFifteenBehindAGoodCell",
      WireBytes::record(1, WireBytes().cell(2, 1, "ab").cell(15, 1, "abc")),
      {" : data type unmated, received type is 15"},
@@ -150,6 +164,41 @@ const RecordRefusal kRecordRefusals[] = {
 
 INSTANTIATE_TEST_SUITE_P(Wire, TlvRecordRefusal, testing::ValuesIn(kRecordRefusals),
                          [](const auto& row) { return row.param.name; });
+
+/// The type codes that no cell may have.
+class TlvUnknownType : public CodecTest, public testing::WithParamInterface<unsigned> {
+protected:
+    std::string typeLine() const
+    {
+        return recordLine(" : data type unmated, received type is " + std::to_string(GetParam()));
+    }
+};
+
+TEST_P(TlvUnknownType, IsRefused)
+{
+    const auto wire = WireBytes::package(WireBytes::record(1, WireBytes().cell(GetParam(), 1, "")));
+
+    EXPECT_EQ(decode(wire), kCodecFailed);
+
+    EXPECT_THAT(texts(), ElementsAre(typeLine(), recordFailedLine(wire.size(), 28)));
+    EXPECT_THAT(package.oRecords, IsEmpty());
+}
+
+TEST_P(TlvUnknownType, IsAcceptedRightBehindTheTagWordAtTheRecordsEnd)
+{
+    const auto tagWord = static_cast<std::uint16_t>(1U << 4U | GetParam());
+    const auto records = WireBytes::record(1, WireBytes().cell(2, 3, "kept").u16(tagWord))
+                             .append(WireBytes::record(2, {}));
+
+    EXPECT_TRUE(accepts(records));
+
+    ASSERT_EQ(package.oRecords.size(), 2U);
+    EXPECT_THAT(cells(*package[0]), ElementsAre("2:3=kept"));
+    EXPECT_EQ(package[1]->ullRecordId, 2U);
+    EXPECT_THAT(texts(), ElementsAre(typeLine()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Codes, TlvUnknownType, testing::Range(10U, 16U));
 
 class TlvRemainder : public CodecTest, public testing::WithParamInterface<unsigned> {};
 

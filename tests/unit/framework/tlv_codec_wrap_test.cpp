@@ -11,18 +11,6 @@ namespace talvik::test {
 /// bits.
 class TlvAcceptance : public CodecTest {};
 
-TEST_F(TlvAcceptance, OfARecordThatEndsRightBehindATagWordOfABadType)
-{
-    const auto records =
-        WireBytes::record(1, WireBytes().u16(0x001A)).append(WireBytes::record(2, {}));
-
-    EXPECT_TRUE(accepts(records));
-
-    ASSERT_EQ(package.oRecords.size(), 2U);
-    EXPECT_THAT(*package[0]->pCells, IsEmpty());
-    EXPECT_THAT(texts(), ElementsAre(recordLine(" : data type unmated, received type is 10")));
-}
-
 TEST_F(TlvAcceptance, OfARecordThatEndsRightBehindALengthThatIsTooLong)
 {
     EXPECT_TRUE(accepts(WireBytes::record(1, WireBytes().cellHead(2, 1, 1))));

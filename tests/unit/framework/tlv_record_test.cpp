@@ -1,5 +1,6 @@
 #include "framework/tlv_record.h"
 
+#include "tests/support/allocation_probe.h"
 #include "tests/support/fake_host_test.h"
 #include "tests/support/throw_text.h"
 
@@ -78,6 +79,70 @@ TEST_F(TlvRecord, ATagThatComesTwiceIsFoundAtItsFirstPlace)
 
     EXPECT_EQ(*record.find(7), first);
     EXPECT_EQ(record.pCells->size(), 2U);
+}
+
+/// A record whose index has used up the entries of its own block, where those are pooled: each
+/// further cell takes one allocation for its place in the list and one for its entry.
+class TlvFullRecord : public TlvRecord {
+protected:
+    TlvFullRecord()
+    {
+        host.recording = false;
+        for (unsigned short tag = 0; tag < CTLVRecordV3::MIN_BUCKETS; ++tag) {
+            append(tag, "held");
+        }
+        cell.set(32, "mine");
+    }
+
+    void expectUnchanged() const
+    {
+        EXPECT_EQ(record.pCells->size(), CTLVRecordV3::MIN_BUCKETS);
+        EXPECT_EQ(record.oTagIndex.current_size(), CTLVRecordV3::MIN_BUCKETS);
+        EXPECT_EQ(record.pCells->back(), record[31]);
+        EXPECT_EQ(record.find(32), record.pCells->end());
+        EXPECT_EQ(cell.usTagWord, 32 << 4 | 2);
+        EXPECT_STREQ(reinterpret_cast<const char*>(cell.pData), "mine");
+    }
+
+    CTLVCell cell;
+};
+
+TEST_F(TlvFullRecord, WithoutMemoryForTheIndexEntryTakesTheCellOffItsListAgain)
+{
+    talvik::test::AllocationProbe probe;
+    probe.failAfter(1);
+
+    EXPECT_THROW(record.append(&cell), std::bad_alloc);
+
+    EXPECT_TRUE(probe.failed());
+    EXPECT_EQ(probe.allocations(), 1U);
+    EXPECT_EQ(probe.live(), 0);
+    expectUnchanged();
+}
+
+TEST_F(TlvFullRecord, WithoutMemoryForThePlaceInTheListIsUnchanged)
+{
+    talvik::test::AllocationProbe probe;
+    probe.failAfter(0);
+
+    EXPECT_THROW(record.append(&cell), std::bad_alloc);
+
+    EXPECT_EQ(probe.live(), 0);
+    expectUnchanged();
+}
+
+TEST_F(TlvFullRecord, TakesTheCellOnceThereIsMemoryAgain)
+{
+    {
+        talvik::test::AllocationProbe probe;
+        probe.failAfter(1);
+        EXPECT_THROW(record.append(&cell), std::bad_alloc);
+    }
+
+    auto* added = append(32, "again");
+
+    EXPECT_EQ(record[32], added);
+    EXPECT_EQ(record.pCells->size(), CTLVRecordV3::MIN_BUCKETS + 1);
 }
 
 TEST_F(TlvRecord, LookUpOfAnAbsentTagThrows)

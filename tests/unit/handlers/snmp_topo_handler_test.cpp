@@ -1,16 +1,19 @@
 #include "handlers/snmp_topo_handler.h"
 
+#include "tests/support/allocation_probe.h"
 #include "tests/support/fake_host_test.h"
 
 #include <iterator>
 #include <new>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using Package = CTLVPackageV3<TLVMsgHeadV3>;
+using talvik::test::AllocationProbe;
 
 /// Tag, type code, length and text form of one cell.
 using CellFacts = std::tuple<int, int, int, std::string>;
@@ -30,6 +33,15 @@ protected:
     SnmpTopoHandler() { host.deviceItems[{"COMMAND", "GET_SYSTEM_WWN"}] = "4001"; }
 
     int ask() { return handler.OnQueryTable(context, request, response); }
+
+    /// From here on nothing is recorded, and what the host makes on its first use is there.
+    void prepareForCounting()
+    {
+        host.recording = false;
+        ask();
+        response.clear();
+        response.oRecords.shrink_to_fit();
+    }
 
     std::string status() { return (*response[0])[8]->toString(); }
 
@@ -88,6 +100,8 @@ TEST_F(SnmpTopoHandler, TheAddressIsTheLiteralWhateverTheDeviceSays)
     ASSERT_EQ(ask(), 0);
 
     EXPECT_EQ((*response[0])[4]->toString(), "192.168.2.10");
+    const std::vector<std::pair<std::string, std::string>> read = {{"COMMAND", "GET_SYSTEM_WWN"}};
+    EXPECT_EQ(host.itemsRead, read);
 }
 
 TEST_F(SnmpTopoHandler, AQueryThatNamesAnotherRowGetsTheSameRow)
@@ -211,21 +225,70 @@ TEST_P(SnmpTopoFailure, PassesOnAndLeavesTheResponseUntouched)
     EXPECT_EQ(host.texts("trace").back().substr(0, 5), "leave");
 }
 
+TEST_P(SnmpTopoFailure, LeavesNothingAllocated)
+{
+    prepareForCounting();
+    host.onCall(GetParam(), [] { throw std::bad_alloc(); });
+    const AllocationProbe probe;
+
+    EXPECT_THROW(ask(), std::bad_alloc);
+
+    EXPECT_GT(probe.allocations(), 0U);
+    EXPECT_EQ(probe.live(), 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Calls, SnmpTopoFailure,
                          testing::Values("getDeviceItem", "configure", "getNodeCode", "getNodeType",
                                          "set_i", "append"));
 
-TEST_F(SnmpTopoHandler, ACellThatFailsHalfWayLeavesTheResponseUntouched)
+TEST_F(SnmpTopoHandler, ACellThatFailsHalfWayLeavesTheResponseUntouchedAndNothingAllocated)
 {
+    prepareForCounting();
     int left = 5;
     host.onCall("append", [&left] {
         if (left-- == 0) {
             throw std::bad_alloc();
         }
     });
+    const AllocationProbe probe;
 
     EXPECT_THROW(ask(), std::bad_alloc);
+
     EXPECT_TRUE(response.oRecords.empty());
+    EXPECT_GT(probe.allocations(), 0U);
+    EXPECT_EQ(probe.live(), 0);
+}
+
+TEST_F(SnmpTopoHandler, IsBalancedWhicheverAllocationFails)
+{
+    prepareForCounting();
+    bool failed = true;
+    for (std::size_t count = 0; failed; ++count) {
+        Package answer;
+        answer.oRecords.reserve(1);
+        answer.oRecords.push_back(new CTLVRecordV3(5));
+        CTLVRecordV3* const held = answer[0];
+        AllocationProbe probe;
+        probe.failAfter(count);
+        bool answered = false;
+        try {
+            handler.OnQueryTable(context, request, answer);
+            answered = true;
+        } catch (const std::bad_alloc&) {
+        }
+        failed = probe.failed();
+
+        EXPECT_TRUE(answered || failed) << "allocation " << count;
+        ASSERT_EQ(answer.oRecords.size(), answered ? 2U : 1U) << "allocation " << count;
+        EXPECT_EQ(answer[0], held) << "allocation " << count;
+        if (answered) {  // what the answer holds goes, the record that was there before stays
+            EXPECT_EQ(answer[1]->pCells->size(), 8U) << "allocation " << count;
+            delete answer.oRecords.back();
+            answer.oRecords.pop_back();
+            answer.oRecords.shrink_to_fit();
+        }
+        EXPECT_EQ(probe.live(), 0) << "allocation " << count;
+    }
 }
 
 }  // namespace

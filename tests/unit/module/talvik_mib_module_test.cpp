@@ -2,15 +2,18 @@
 
 #include "framework/snmp_handler.h"
 #include "handlers/snmp_topo_handler.h"
+#include "tests/support/allocation_probe.h"
 #include "tests/support/fake_host_test.h"
 
 #include <memory>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace {
 
+using talvik::test::AllocationProbe;
 using HandlerList = std::list<std::pair<const std::string, CSnmpHandler*>>;
 
 class TalvikMibModule : public talvik::test::FakeHostTest {
@@ -86,12 +89,61 @@ TEST_F(TalvikMibModule, MakesNewHandlersOnEveryCall)
     EXPECT_EQ(distinct.size(), 2 * kSubtrees.size());
 }
 
+long blocksFreedWith(std::unique_ptr<CSNMP_Svc_Module>& module)
+{
+    const AllocationProbe probe;
+    module.reset();
+    return -probe.live();
+}
+
 TEST_F(TalvikMibModule, DestroyingTheModuleLeavesTheHandlersAlive)
 {
+    std::unique_ptr<CSNMP_Svc_Module> unused(SNMP_SvcModuleCreator());
+    const long own = blocksFreedWith(unused);
     module->getSvcHandler(handlers);
-    module.reset();
 
+    EXPECT_EQ(blocksFreedWith(module), own);
+
+    EXPECT_EQ(own, 1);
     EXPECT_EQ(handlers.front().second->getSnmpOIDVersion(), 1);
+}
+
+TEST_F(TalvikMibModule, KeepsEarlierEntriesAndLeaksNothingWhicheverAllocationFails)
+{
+    bool failed = true;
+    for (std::size_t count = 0; failed; ++count) {
+        HandlerList list;
+        list.emplace_back("1.2.3", nullptr);
+        AllocationProbe probe;
+        probe.failAfter(count);
+        bool complete = false;
+        try {
+            module->getSvcHandler(list);
+            complete = true;
+        } catch (const std::bad_alloc&) {
+        }
+        failed = probe.failed();
+
+        EXPECT_EQ(complete, !failed) << "allocation " << count;
+        EXPECT_EQ(list.front().first, "1.2.3") << "allocation " << count;
+        EXPECT_LE(list.size(), failed ? kSubtrees.size() : 1 + kSubtrees.size());
+        while (list.size() > 1) {  // entries made before the failure are whole, and the list's
+            ASSERT_NE(list.back().second, nullptr) << "allocation " << count;
+            delete list.back().second;
+            list.pop_back();
+        }
+        EXPECT_EQ(probe.live(), 0) << "allocation " << count;
+    }
+}
+
+TEST_F(TalvikMibModule, IsNotLeftBehindByAFactoryThatFails)
+{
+    AllocationProbe probe;
+    probe.failAfter(0);
+
+    EXPECT_THROW(SNMP_SvcModuleCreator(), std::bad_alloc);
+
+    EXPECT_EQ(probe.live(), 0);
 }
 
 }  // namespace
