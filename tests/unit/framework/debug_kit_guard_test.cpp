@@ -2,6 +2,7 @@
 
 #include "tests/support/fake_host_test.h"
 
+#include <future>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -97,15 +98,19 @@ TEST_F(DebugKitGuard, PassesEachLevelOnUnchanged)
 TEST_F(DebugKitGuard, ServesSeveralThreadsAtOnce)
 {
     constexpr std::size_t kThreads = 8;
-    constexpr std::size_t kRounds = 500;
+    constexpr std::size_t kRounds = 2000;
+    std::promise<void> start;
+    const std::shared_future<void> started = start.get_future().share();
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < kThreads; ++i) {
-        threads.emplace_back([] {
+        threads.emplace_back([started] {
+            started.wait();
             for (std::size_t round = 0; round < kRounds; ++round) {
                 CKELDebugKitGuard(4, "f").debug(1, "l", 1, "x");
             }
         });
     }
+    start.set_value();
     for (std::thread& thread : threads) {
         thread.join();
     }

@@ -79,7 +79,7 @@ TEST_F(TlvRefusal, OfANullBufferIsLoggedTwice)
     EXPECT_EQ(package.decode(nullptr, 100), kCodecFailed);
 
     EXPECT_THAT(texts(), ElementsAre(kShortHeader, kInvalidHeader));
-    EXPECT_THAT(package.oRecords, ElementsAre(held));
+    ASSERT_THAT(package.oRecords, ElementsAre(held));
     EXPECT_EQ(held->ullRecordId, 7U);
     EXPECT_THAT(cells(*held), ElementsAre("2:1=held"));
     EXPECT_EQ(headerBytes(), before);

@@ -4,6 +4,7 @@
 #include "tests/support/fake_host_test.h"
 #include "tests/support/throw_text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <iterator>
 #include <memory>
@@ -91,7 +92,15 @@ protected:
         for (unsigned short tag = 0; tag < CTLVRecordV3::MIN_BUCKETS; ++tag) {
             append(tag, "held");
         }
-        cell.set(32, "mine");
+        cell->set(32, "mine");
+    }
+
+    ~TlvFullRecord() override
+    {
+        const auto& held = *record.pCells;
+        if (std::find(held.begin(), held.end(), cell.get()) != held.end()) {
+            cell.release();  // kept against the rule: the test failed, and need not crash as well
+        }
     }
 
     void expectUnchanged() const
@@ -100,11 +109,11 @@ protected:
         EXPECT_EQ(record.oTagIndex.current_size(), CTLVRecordV3::MIN_BUCKETS);
         EXPECT_EQ(record.pCells->back(), record[31]);
         EXPECT_EQ(record.find(32), record.pCells->end());
-        EXPECT_EQ(cell.usTagWord, 32 << 4 | 2);
-        EXPECT_STREQ(reinterpret_cast<const char*>(cell.pData), "mine");
+        EXPECT_EQ(cell->usTagWord, 32 << 4 | 2);
+        EXPECT_STREQ(reinterpret_cast<const char*>(cell->pData), "mine");
     }
 
-    CTLVCell cell;
+    std::unique_ptr<CTLVCell> cell = std::make_unique<CTLVCell>();
 };
 
 TEST_F(TlvFullRecord, WithoutMemoryForTheIndexEntryTakesTheCellOffItsListAgain)
@@ -112,7 +121,7 @@ TEST_F(TlvFullRecord, WithoutMemoryForTheIndexEntryTakesTheCellOffItsListAgain)
     talvik::test::AllocationProbe probe;
     probe.failAfter(1);
 
-    EXPECT_THROW(record.append(&cell), std::bad_alloc);
+    EXPECT_THROW(record.append(cell.get()), std::bad_alloc);
 
     EXPECT_TRUE(probe.failed());
     EXPECT_EQ(probe.allocations(), 1U);
@@ -125,7 +134,7 @@ TEST_F(TlvFullRecord, WithoutMemoryForThePlaceInTheListIsUnchanged)
     talvik::test::AllocationProbe probe;
     probe.failAfter(0);
 
-    EXPECT_THROW(record.append(&cell), std::bad_alloc);
+    EXPECT_THROW(record.append(cell.get()), std::bad_alloc);
 
     EXPECT_EQ(probe.live(), 0);
     expectUnchanged();
@@ -136,7 +145,7 @@ TEST_F(TlvFullRecord, TakesTheCellOnceThereIsMemoryAgain)
     {
         talvik::test::AllocationProbe probe;
         probe.failAfter(1);
-        EXPECT_THROW(record.append(&cell), std::bad_alloc);
+        EXPECT_THROW(record.append(cell.get()), std::bad_alloc);
     }
 
     auto* added = append(32, "again");

@@ -125,6 +125,7 @@ TEST_F(TalvikMibModule, KeepsEarlierEntriesAndLeaksNothingWhicheverAllocationFai
         failed = probe.failed();
 
         EXPECT_EQ(complete, !failed) << "allocation " << count;
+        ASSERT_FALSE(list.empty()) << "allocation " << count;
         EXPECT_EQ(list.front().first, "1.2.3") << "allocation " << count;
         EXPECT_LE(list.size(), failed ? kSubtrees.size() : 1 + kSubtrees.size());
         while (list.size() > 1) {  // entries made before the failure are whole, and the list's
