@@ -35,6 +35,11 @@ target_compile_options(talvik_warnings INTERFACE
     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2 -Wundef
     $<$<BOOL:${TALVIK_WERROR}>:-Werror>)
 
+if(TALVIK_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # With sanitizers g++ reports the standard library's own templates.
+    target_compile_options(talvik_warnings INTERFACE -Wno-maybe-uninitialized)
+endif()
+
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(ACE REQUIRED IMPORTED_TARGET ACE)
