@@ -98,8 +98,9 @@ private:
 
 EngineStateStore engineStore(const AgentOptions& options)
 {
-    return {options.stateDir,
-            [dir = persistentDirectory(options.stateDir)] { return persistentEngineState(dir); }};
+    const auto directory = persistentDirectory(options.stateDir);
+    return {options.stateDir, [directory] { return persistentEngineState(directory); },
+            persistentFileIn(directory)};
 }
 
 void logSignal(int signal)

@@ -70,6 +70,16 @@ std::string format(const EngineState& state)
     return Json::writeString(builder, document) + "\n";
 }
 
+/// The one with the higher boots; nothing if there is neither.
+std::optional<EngineState> laterRun(const std::optional<EngineState>& one,
+                                    const std::optional<EngineState>& other)
+{
+    if (!one || (other && other->boots > one->boots)) {
+        return other;
+    }
+    return one;
+}
+
 EngineState nextRun(EngineState state)
 {
     if (state.boots < kMaxEngineBoots) {
@@ -138,29 +148,29 @@ EngineStateStore::Copy EngineStateStore::read(const char* name) const
 
 std::optional<EngineState> EngineStateStore::choose(const Copy& first, const Copy& second) const
 {
-    if (first.state && second.state) {
-        if (first.state->id != second.state->id) {
-            throw StartupError(path(kFirst) + " and " + path(kSecond) +
-                               " hold different engine IDs: remove the one that does not belong to "
-                               "this controller");
-        }
-        return first.state->boots >= second.state->boots ? first.state : second.state;
+    if (first.state && second.state && first.state->id != second.state->id) {
+        throw StartupError(path(kFirst) + " and " + path(kSecond) +
+                           " hold different engine IDs: remove the one that does not belong to "
+                           "this controller");
     }
-    if (first.state || second.state) {
-        return first.state ? first.state : second.state;
+    const auto library = fallback_();
+    if (const auto own = laterRun(first.state, second.state)) {
+        // An old copy may be all that is left, or have been put back: boots must not fall behind.
+        return library && library->id == own->id ? laterRun(own, library) : own;
     }
-    if (auto state = fallback_()) {
+    if (library) {
         hostLog()->warn("engine state in {} is lost; continuing with what net-snmp's own file "
                         "still holds: engine ID {}, boots {}",
-                        directory_, toHex(state->id), state->boots);
-        return state;
+                        directory_, toHex(library->id), library->boots);
+        return library;
     }
-    if (first.exists || second.exists) {
+    if (first.exists || second.exists || std::filesystem::exists(usedMark_)) {
         throw StartupError(
-            "the SNMP engine's state is damaged: neither " + path(kFirst) + " nor " +
+            "the SNMP engine's state is lost or damaged: neither " + path(kFirst) + " nor " +
             path(kSecond) +
             " can be used. Restore one of them from a backup; or, if managers may take this "
-            "controller for a new engine, remove both: a new engine ID is made then");
+            "controller for a new engine, remove everything in " +
+            directory_ + ": a new engine ID is made then");
     }
     return std::nullopt;
 }

@@ -36,13 +36,16 @@ bool isOwnEngineId(const std::string& id);
 /// anew from the other one.
 class EngineStateStore {
 public:
-    /// A last resort when both copies are damaged: what net-snmp itself still knows. Nothing if it
-    /// knows no ID of ours.
+    /// What net-snmp itself still knows: counts for the boots, and is the last resort when both
+    /// copies are damaged. Nothing if it knows no ID of ours.
     using Fallback = std::function<std::optional<EngineState>()>;
 
-    EngineStateStore(std::string directory, Fallback fallback)
+    /// `usedMark` is a file that earlier runs leave behind: beside it, missing copies are lost
+    /// ones. Empty for none.
+    EngineStateStore(std::string directory, Fallback fallback, std::string usedMark = "")
         : directory_(std::move(directory)),
-          fallback_(std::move(fallback))
+          fallback_(std::move(fallback)),
+          usedMark_(std::move(usedMark))
     {
     }
 
@@ -65,6 +68,7 @@ private:
 
     std::string directory_;
     Fallback fallback_;
+    std::string usedMark_;
 };
 
 }  // namespace talvik

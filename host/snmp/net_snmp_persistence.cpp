@@ -98,6 +98,11 @@ std::string persistentDirectory(const std::string& stateDir)
     return std::filesystem::absolute(std::filesystem::path(stateDir) / "net-snmp").string();
 }
 
+std::string persistentFileIn(const std::string& directory)
+{
+    return persistentFile(directory).string();
+}
+
 void preparePersistentDirectory(const std::string& directory)
 {
     makePrivateDirectory(directory);

@@ -25,6 +25,9 @@ void preparePersistentDirectory(const std::string& directory);
 /// our form.
 std::optional<EngineState> persistentEngineState(const std::string& directory);
 
+/// The file itself, which every run leaves behind.
+std::string persistentFileIn(const std::string& directory);
+
 /// Puts `engine` into the persistent file, so that the library, when it reads the file, goes on
 /// with exactly this ID and these boots; nothing else in the file is changed. Throws
 /// `StartupError`.

@@ -125,6 +125,35 @@ TEST_F(EngineStateFiles, OfWhichTheOnlyOneIsDamagedAreNoNewEngine)
     EXPECT_THROW(store().begin(), StartupError);
 }
 
+TEST_F(EngineStateFiles, ThatAreOlderThanTheLibrarysOwnFileDoNotTurnTheBootsBack)
+{
+    write("engine.bak.json", stateText(kId, "3"));
+    fallback = EngineState{*talvik::fromHex(kId), 13};
+
+    EXPECT_EQ(store().begin().boots, 14u);
+}
+
+TEST_F(EngineStateFiles, DoNotTakeTheBootsOfAnotherEngine)
+{
+    write("engine.json", stateText(kId, "3"));
+    fallback = EngineState{*talvik::fromHex("8001869f05ffffffffffffffff"), 13};
+
+    EXPECT_EQ(store().begin().boots, 4u);
+}
+
+TEST_F(EngineStateFiles, ThatAreGoneFromAUsedFolderAreLost)
+{
+    write("mark", "");
+    const EngineStateStore used(
+        dir.path(), [] { return std::nullopt; }, dir.path("mark"));
+
+    EXPECT_THROW(used.begin(), StartupError);
+
+    const EngineStateStore fresh(
+        dir.path(), [] { return std::nullopt; }, dir.path("no mark"));
+    EXPECT_EQ(fresh.begin().boots, 1u);
+}
+
 TEST_F(EngineStateFiles, WithDifferentIdsAreRefused)
 {
     write("engine.json", stateText(kId, "4"));
