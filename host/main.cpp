@@ -1,6 +1,7 @@
 #include "host/agent_options.h"
 #include "host/agent_program.h"
 #include "host/platform/ace_log_route.h"
+#include "host/platform/debug_kits.h"
 #include "host/platform/host_log.h"
 #include "host/startup_error.h"
 #include "host/stop_signals.h"
@@ -18,6 +19,7 @@ int main(int argc, char** argv)
         const talvik::StopSignals signals;
         talvik::configureLog(options.log);
         talvik::routeAceLog();
+        talvik::makeDebugKits();
         if (options.checkOnly) {
             talvik::checkAgent(options);
             std::cout << "OK\n";

@@ -1,5 +1,6 @@
 #include "platform/debug_kit_mgr.h"
 
+#include "host/platform/debug_kits.h"
 #include "platform/debug_kit.h"
 
 #include <ace/Singleton.h>
@@ -38,4 +39,9 @@ CKELDebugKitMgr::~CKELDebugKitMgr()
 CKELDebugKit* CKELDebugKitMgr::find(unsigned int moduleId)
 {
     return m_pRegistry->find(moduleId);
+}
+
+void talvik::makeDebugKits()
+{
+    ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>::instance();
 }

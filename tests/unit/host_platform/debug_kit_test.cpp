@@ -1,6 +1,7 @@
 #include "platform/debug_kit.h"
 
 #include "framework/debug_kit_guard.h"
+#include "host/platform/debug_kits.h"
 #include "host/platform/host_log.h"
 #include "host/startup_error.h"
 #include "platform/debug_kit_mgr.h"
@@ -83,6 +84,7 @@ TEST_F(DebugKit, IsOneAModuleIdAndNeverNull)
 TEST_F(DebugKit, TakesLinesFromManyThreads)
 {
     logTo("warn");
+    talvik::makeDebugKits();
     std::vector<std::thread> threads;
     for (unsigned thread = 0; thread < 8; ++thread) {
         threads.emplace_back([thread] {
