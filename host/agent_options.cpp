@@ -1,6 +1,8 @@
 #include "host/agent_options.h"
 
 #include "host/installation_paths.h"
+#include "host/link/backend_choice.h"
+#include "host/startup_error.h"
 
 #include <CLI/CLI.hpp>
 
@@ -9,6 +11,21 @@
 namespace talvik {
 
 namespace {
+
+std::string notEmpty(const std::string& value)
+{
+    return value.empty() ? "an endpoint is due, for example udp:127.0.0.1:1161" : "";
+}
+
+std::string backendName(const std::string& value)
+{
+    try {
+        parseBackendName(value);
+        return {};
+    } catch (const StartupError& error) {
+        return error.what();
+    }
+}
 
 void declare(CLI::App& app, AgentOptions& options)
 {
@@ -36,13 +53,16 @@ void declare(CLI::App& app, AgentOptions& options)
                    "given several times. Default: agentAddress of the agent configuration, or "
                    "udp:127.0.0.1:1161")
         ->type_name("ADDR")
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check(notEmpty, "not empty");
     app.add_option("--backend", options.backend,
                    "Management back end: embedded, or unix:PATH of its socket")
         ->type_name("BACKEND")
+        ->check(backendName, "embedded or unix:PATH")
         ->capture_default_str();
     app.add_option("--log-level", options.log.level, "trace, debug, info, warn or error")
         ->type_name("LEVEL")
+        ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error"}))
         ->capture_default_str();
     app.add_option("--log-file", options.log.file,
                    "Log file, rotated; lines go to standard error as well")

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -15,8 +16,26 @@ namespace talvik {
 
 namespace {
 
+constexpr std::uintmax_t kMaxFileSize = std::uintmax_t{16} << 20U;
+
+/// A pipe would hold the start up until somebody writes to it, a device may have no end.
+void requireOrdinaryFile(const std::string& path)
+{
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    const std::string start = "cannot read the device configuration " + path + ": ";
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw StartupError(start + "it is no regular file");
+    }
+    const auto size = std::filesystem::file_size(path, error);
+    if (!error && size > kMaxFileSize) {
+        throw StartupError(start + "it is larger than 16 MiB");
+    }
+}
+
 std::string readFile(const std::string& path)
 {
+    requireOrdinaryFile(path);
     errno = 0;
     std::ifstream in(path, std::ios::binary);
     std::ostringstream text;

@@ -17,6 +17,7 @@ namespace {
 
 constexpr mode_t kOwnerFile = 0600;
 constexpr mode_t kOwnerDirectory = 0700;
+constexpr off_t kMaxFileSize = off_t{16} << 20U;
 
 [[noreturn]] void refuse(const char* what, const std::string& path)
 {
@@ -48,6 +49,20 @@ private:
     int value_;
 };
 
+void requireOrdinaryFile(const Descriptor& file, const std::string& path)
+{
+    struct stat facts = {};
+    if (::fstat(file.get(), &facts) != 0) {
+        refuse("read", path);
+    }
+    if (!S_ISREG(facts.st_mode)) {
+        throw StartupError("cannot read " + path + ": it is no regular file");
+    }
+    if (facts.st_size > kMaxFileSize) {
+        throw StartupError("cannot read " + path + ": it is larger than 16 MiB");
+    }
+}
+
 void syncDirectoryOf(const std::string& path)
 {
     const auto parent = std::filesystem::path(path).parent_path().string();
@@ -73,13 +88,15 @@ void writeAll(const Descriptor& file, const std::string& content, const std::str
 
 std::optional<std::string> readFile(const std::string& path)
 {
-    const Descriptor file(path, O_RDONLY);
+    // Without O_NONBLOCK a pipe would hold the start up until somebody writes to it.
+    const Descriptor file(path, O_RDONLY | O_NONBLOCK);
     if (!file.isOpen()) {
         if (errno == ENOENT) {
             return std::nullopt;
         }
         refuse("read", path);
     }
+    requireOrdinaryFile(file, path);
     std::string content;
     char buffer[4096];
     while (true) {

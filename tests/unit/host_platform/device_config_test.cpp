@@ -9,6 +9,8 @@
 
 #include <string>
 
+#include <sys/stat.h>
+
 namespace {
 
 using talvik::DeviceConfigFile;
@@ -99,6 +101,14 @@ TEST_F(DeviceConfig, AMissingFileIsNamed)
 TEST_F(DeviceConfig, AFolderIsNoFile)
 {
     EXPECT_THROW(DeviceConfigFile::load(dir.path()), StartupError);
+}
+
+TEST_F(DeviceConfig, APipeOrADeviceIsNoFileAndIsNotWaitedFor)
+{
+    ASSERT_EQ(mkfifo(dir.path("pipe").c_str(), 0600), 0);
+
+    EXPECT_THROW(DeviceConfigFile::load(dir.path("pipe")), StartupError);
+    EXPECT_THROW(DeviceConfigFile::load("/dev/zero"), StartupError);
 }
 
 TEST_F(DeviceConfig, BrokenXmlIsRefusedWithItsLine)
