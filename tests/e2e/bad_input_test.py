@@ -1,6 +1,7 @@
 """Files that are missing or broken: the agent says which and why, and ends."""
 
 import json
+import os
 import unittest
 
 from talvik_e2e import BIN, SOURCE, TalvikTest
@@ -28,7 +29,10 @@ class BadInput(TalvikTest):
 
     def test_agent_configuration(self):
         self.assert_refuses_to_start(self.folder / "none.conf", "no such file", config=self.folder / "none.conf")
-        self.assert_refuses_to_start(self.folder, "Is a directory", config=self.folder)
+        self.assert_refuses_to_start(self.folder, "no regular file", config=self.folder)
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        self.assert_refuses_to_start(pipe, "no regular file", config=pipe)
         broken = self.write("broken.conf", "rocommunity reader\n\nview incomplete\n")
         self.assert_refuses_to_start(broken, "line 3", config=broken)
         weak = self.write("weak.conf", 'createUser operator SHA-256 "short" AES "short"\n')
@@ -89,8 +93,16 @@ class BadInput(TalvikTest):
         for extra in (["--nonsense"], ["stray"], ["--config"]):
             with self.subTest(extra=extra):
                 self.assertEqual(self.run_agent(*extra).returncode, 2)
-        self.assert_refuses_to_start("loud", "trace, debug, info, warn, error", log_level="loud")
-        self.assert_refuses_to_start("pigeon", backend="pigeon")
+
+        def refused(*expected, **changes):
+            result = self.run_agent(**changes)
+            self.assertEqual(result.returncode, 2, result.stderr)
+            for text in expected:
+                self.assertIn(text, result.stderr)
+
+        refused("loud", "trace,debug,info,warn,error", log_level="loud")
+        refused("pigeon", "embedded or unix:PATH", backend="pigeon")
+        self.assertEqual(self.run_agent("--listen", "").returncode, 2)
 
     def test_state_directory_that_cannot_be_used(self):
         occupied = self.write("occupied", "a file")

@@ -84,7 +84,22 @@ class EngineStateTest(TalvikTest):
         self.first.write_text("garbage")
         self.second.write_text("garbage")
         self.library.unlink()
-        self.assert_refuses_to_start("engine's state is damaged", self.first, self.second, "Restore")
+        self.assert_refuses_to_start("engine's state is lost or damaged", self.first, self.second, "Restore")
+
+    def test_is_not_made_anew_in_a_folder_that_was_in_use(self):
+        self.boot()
+        self.first.unlink()
+        self.second.unlink()
+        self.library.write_text("garbage")
+        self.assert_refuses_to_start("engine's state is lost or damaged", self.first, self.second, "Restore")
+
+    def test_an_old_copy_that_is_put_back_does_not_turn_the_boots_back(self):
+        old = self.first.read_text() if self.boot() else ""
+        self.boot()
+        last = self.boot()
+        self.first.write_text(old)
+        self.second.unlink()
+        self.assert_goes_on(last, self.boot())
 
     def test_survives_a_cut_while_the_library_stores(self):
         last = self.boot()
