@@ -45,7 +45,8 @@ int CSnmpLeafHandler::OnQueryLeaf(const CKEL_SnmpContext& ctx, const CTLVPackage
     return talvik::result_code::kSuccess;
 }
 
-// Contract: the word "leaf" stands in the four texts about table operations; hosts' log filters match on it.
+// Contract: the word "leaf" stands in the four texts about table operations; hosts' log filters
+// match on it.
 int CSnmpLeafHandler::OnQueryTable(const CKEL_SnmpContext&, const CTLVPackageV3<TLVMsgHeadV3>&,
                                    CTLVPackageV3<TLVMsgHeadV3>&)
 {

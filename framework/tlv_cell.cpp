@@ -42,7 +42,8 @@ T readShort(const CTLVCell& cell)
     return raw;
 }
 
-/// Contract: only a two-byte signed value is sign-extended; existing handlers read shorter and longer ones unsigned.
+/// Contract: only a two-byte signed value is sign-extended; existing handlers read shorter and
+/// longer ones unsigned.
 template <typename T>
 T readNumber(const CTLVCell& cell)
 {

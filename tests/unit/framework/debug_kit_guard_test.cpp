@@ -100,7 +100,7 @@ TEST_F(DebugKitGuard, ServesSeveralThreadsAtOnce)
     constexpr std::size_t kThreads = 8;
     constexpr std::size_t kRounds = 2000;
     // Hosts make the manager before their threads: ACE's double check alone does not order it.
-    CKELDebugKitGuard(4, "first");
+    CKELDebugKitGuard(4, "first").debug(1, "l", 1, "x");
     host.reset();
     std::promise<void> start;
     const std::shared_future<void> started = start.get_future().share();
