@@ -40,6 +40,13 @@ class BadInput(TalvikTest):
         own = self.write("own.conf", "rocommunity reader\nexactEngineID 0x80001f8880aabbccdd\n")
         self.assert_refuses_to_start(own, "exactEngineID", config=own)
 
+    def test_words_of_the_agent_configuration_that_are_not_supported(self):
+        elsewhere = self.folder / "elsewhere"
+        moved = self.write("moved.conf", f"rocommunity reader\npersistentDir {elsewhere}\n")
+        self.assert_refuses_to_start(moved, "persistentDir", config=moved)
+        master = self.write("master.conf", "rocommunity reader\nmaster agentx\n")
+        self.assert_refuses_to_start(master, "master agentx", config=master)
+
     def test_unknown_words_are_logged_and_fail_a_check(self):
         config = self.write("words.conf", "rocommunity reader\nnonsense 1\n")
         agent = self.start_agent(config=config)
