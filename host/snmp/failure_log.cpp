@@ -15,22 +15,23 @@ constexpr std::size_t kMaxReported = 100;
 void FailureLog::failed(const std::string& reason)
 {
     ++failures_;
-    const bool changed = failures_ == 1 || reason != reason_;
-    if (changed) {
-        hostLog()->error("{}: {}; answered genErr", subject_, oneLine(reason));
-        reason_ = reason;
+    if (logged_ != reason) {
+        if (write(spdlog::level::err, oneLine(reason) + "; answered genErr")) {
+            logged_ = reason;
+        }
     } else if (failures_ % kRepeatEvery == 0) {
-        hostLog()->error("{}: {}; {} failures in a row", subject_, oneLine(reason), failures_);
+        write(spdlog::level::err, oneLine(reason) + "; " + std::to_string(failures_) + " failures");
     }
 }
 
 void FailureLog::succeeded()
 {
-    if (failures_ != 0) {
-        hostLog()->info("{}: works again after {} failures", subject_, failures_);
+    if (logged_ && !write(spdlog::level::info,
+                          "works again after " + std::to_string(failures_) + " failures")) {
+        return;
     }
+    logged_.reset();
     failures_ = 0;
-    reason_.clear();
 }
 
 void FailureLog::once(const std::string& problem)
@@ -38,6 +39,17 @@ void FailureLog::once(const std::string& problem)
     if (reported_.size() < kMaxReported && reported_.insert(problem).second) {
         hostLog()->warn("{}: {} (reported once)", subject_, oneLine(problem));
     }
+}
+
+bool FailureLog::write(spdlog::level::level_enum level, const std::string& text)
+{
+    const auto leftOut = budget_.take();
+    if (leftOut) {
+        const auto note =
+            *leftOut == 0 ? "" : " (" + std::to_string(*leftOut) + " further reports left out)";
+        hostLog()->log(level, "{}: {}{}", subject_, text, note);
+    }
+    return leftOut.has_value();
 }
 
 }  // namespace talvik

@@ -28,28 +28,39 @@ LibraryLog::Level levelOf(int priority)
 /// none.
 LibraryLog* current = nullptr;
 
-void writeLine(LibraryLog::Level level, const std::string& text)
+std::shared_ptr<spdlog::logger> libraryLogger()
 {
-    const auto log = makeLogger("net-snmp");
+    return makeLogger("net-snmp");
+}
+
+spdlog::level::level_enum logLevel(LibraryLog::Level level)
+{
     switch (level) {
     case LibraryLog::Level::Error:
-        log->error("{}", oneLine(text));
-        break;
+        return spdlog::level::err;
     case LibraryLog::Level::Warning:
-        log->warn("{}", oneLine(text));
-        break;
+        return spdlog::level::warn;
     case LibraryLog::Level::Info:
-        log->info("{}", oneLine(text));
-        break;
+        return spdlog::level::info;
     case LibraryLog::Level::Debug:
-        log->debug("{}", oneLine(text));
         break;
     }
+    return spdlog::level::debug;
+}
+
+void writeLine(LibraryLog::Level level, const std::string& text)
+{
+    libraryLogger()->log(logLevel(level), "{}", oneLine(text));
+}
+
+std::string leftOutText(std::uint64_t lines)
+{
+    return std::to_string(lines) + " more lines of net-snmp were left out";
 }
 
 }  // namespace
 
-LibraryLog::LibraryLog()
+LibraryLog::LibraryLog(LineBudget budget) : budget_(std::move(budget))
 {
     current = this;
     snmp_disable_log();
@@ -64,6 +75,9 @@ LibraryLog::~LibraryLog()
                              nullptr, 0);
     snmp_disable_log();
     current = nullptr;
+    if (budget_.leftOut() != 0) {
+        writeLine(Level::Warning, leftOutText(budget_.leftOut()));
+    }
 }
 
 void LibraryLog::startKeeping()
@@ -104,10 +118,22 @@ void LibraryLog::finishLine(Level level)
     if (text.empty()) {
         return;
     }
-    if (keeping_ && (level == Level::Error || level == Level::Warning)) {
+    if (!keeping_) {
+        writeWithinBudget(level, text);
+    } else if (level == Level::Error || level == Level::Warning) {
         kept_.push_back({level, text});
     } else {
         writeLine(level, text);
+    }
+}
+
+void LibraryLog::writeWithinBudget(Level level, const std::string& text)
+{
+    if (!libraryLogger()->should_log(logLevel(level))) {
+        return;
+    }
+    if (const auto leftOut = budget_.take()) {
+        writeLine(level, *leftOut == 0 ? text : text + " (" + leftOutText(*leftOut) + ")");
     }
 }
 
