@@ -31,10 +31,11 @@ unsigned long overheadOf(const netsnmp_pdu& pdu)
                                          : kCommunityOverhead + pdu.community_len;
 }
 
+constexpr const char* kBuildName = "_build_initial_pdu_packet";
+
 BuildPacket originalBuild()
 {
-    static const auto found =
-        reinterpret_cast<BuildPacket>(dlsym(RTLD_NEXT, "_build_initial_pdu_packet"));
+    static const auto found = reinterpret_cast<BuildPacket>(dlsym(RTLD_NEXT, kBuildName));
     return found;
 }
 
@@ -106,11 +107,24 @@ private:
 
 }  // namespace
 
+}  // namespace talvik
+
+extern "C" __attribute__((visibility("default"))) int
+_build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk);
+
+namespace talvik {
+
 void limitBulkResponses()
 {
     if (originalBuild() == nullptr) {
         throw StartupError("this release of the net-snmp library builds its answers in another way "
                            "than this agent knows; use the release that it was built with");
+    }
+    const auto called = reinterpret_cast<BuildPacket>(dlsym(RTLD_DEFAULT, kBuildName));
+    if (called != &_build_initial_pdu_packet) {
+        throw StartupError(std::string("the net-snmp library would call another ") + kBuildName +
+                           " than the agent's, so that GETBULK answers would not be limited; start "
+                           "the agent without preloaded libraries and with its symbols exported");
     }
 }
 

@@ -10,7 +10,8 @@ namespace talvik {
 /// The library has no hook for this. This unit therefore defines the function that the library's
 /// agent builds a GETBULK answer with, `_build_initial_pdu_packet`, itself and in front of the
 /// original, which it calls. Calling this function makes sure that the unit is part of the program,
-/// and throws `StartupError` when the library has no such original.
+/// and throws `StartupError` when the library has no such original or would call another than this
+/// one.
 void limitBulkResponses();
 
 /// Octets that a variable of these sizes takes at most in a message: `nameOctets` and `valueOctets`
