@@ -113,6 +113,25 @@ void checkEngine(const EngineState& engine, const std::string& configFile)
     }
 }
 
+/// What the library would do at its words but this agent does not support.
+void checkUnsupported(const AgentSettings& settings)
+{
+    const auto* directory =
+        netsnmp_ds_get_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_PERSISTENT_DIR);
+    if (directory == nullptr || settings.persistentDir != directory) {
+        // The library writes there when it is shut down.
+        netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_PERSISTENT_DIR,
+                              settings.persistentDir.c_str());
+        throw StartupError("agent configuration " + settings.configFile +
+                           ": remove persistentDir: the agent keeps everything in its state "
+                           "directory");
+    }
+    if (netsnmp_ds_get_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_AGENTX_MASTER) != 0) {
+        throw StartupError("agent configuration " + settings.configFile +
+                           ": remove \"master agentx\": this agent takes no subagents");
+    }
+}
+
 }  // namespace
 
 SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
@@ -151,6 +170,7 @@ std::vector<std::string> SnmpAgent::configure()
     init_snmp(kApplicationName);
     configured_ = true;
     const auto lines = log_.stopKeeping();
+    checkUnsupported(settings_);
     const auto errors = textsOf(lines, LibraryLog::Level::Error);
     if (!errors.empty()) {
         throw StartupError("agent configuration " + settings_.configFile +

@@ -42,7 +42,7 @@ class BadInput(TalvikTest):
 
     def test_words_of_the_agent_configuration_that_are_not_supported(self):
         elsewhere = self.folder / "elsewhere"
-        moved = self.write("moved.conf", f"rocommunity reader\npersistentDir {elsewhere}\n")
+        moved = self.write("moved.conf", f"rocommunity reader\n[snmp] persistentDir {elsewhere}\n")
         self.assert_refuses_to_start(moved, "persistentDir", config=moved)
         master = self.write("master.conf", "rocommunity reader\nmaster agentx\n")
         self.assert_refuses_to_start(master, "master agentx", config=master)
