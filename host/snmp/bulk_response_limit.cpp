@@ -109,8 +109,17 @@ private:
 
 }  // namespace talvik
 
+// `bulk` is set for the answer to a GETBULK, whose variables may be left out from the end.
 extern "C" __attribute__((visibility("default"))) int
-_build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk);
+_build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk)
+{
+    const bool limited = bulk != 0 && pdu->errstat == SNMP_ERR_NOERROR;
+    if (limited) {
+        pdu->flags &= ~talvik::kLibraryCuts;
+    }
+    const talvik::CutAfter cut(limited ? talvik::lastThatFits(*pdu) : nullptr);
+    return talvik::originalBuild()(session, pdu, bulk);
+}
 
 namespace talvik {
 
@@ -129,15 +138,3 @@ void limitBulkResponses()
 }
 
 }  // namespace talvik
-
-// `bulk` is set for the answer to a GETBULK, whose variables may be left out from the end.
-extern "C" __attribute__((visibility("default"))) int
-_build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk)
-{
-    const bool limited = bulk != 0 && pdu->errstat == SNMP_ERR_NOERROR;
-    if (limited) {
-        pdu->flags &= ~talvik::kLibraryCuts;
-    }
-    const talvik::CutAfter cut(limited ? talvik::lastThatFits(*pdu) : nullptr);
-    return talvik::originalBuild()(session, pdu, bulk);
-}
