@@ -21,11 +21,11 @@ public:
     /// tagged with the message identifier, label and source line. `args` is consumed (the caller
     /// ends it).
     void debug(unsigned long long messageId, const char* label, unsigned int line,
-               const char* format, va_list args);
+               const char* format, va_list args) __attribute__((format(printf, 5, 0)));
     void warn(unsigned long long messageId, const char* label, unsigned int line,
-              const char* format, va_list args);
+              const char* format, va_list args) __attribute__((format(printf, 5, 0)));
     void error(unsigned long long messageId, const char* label, unsigned int line,
-               const char* format, va_list args);
+               const char* format, va_list args) __attribute__((format(printf, 5, 0)));
 
 private:
     CKELDebugKit(const CKELDebugKit&) = delete;

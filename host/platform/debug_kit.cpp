@@ -10,8 +10,10 @@ public:
     {
     }
 
-    void write(spdlog::level::level_enum level, unsigned long long messageId, const char* label,
-               unsigned int line, const char* format, va_list args)
+    __attribute__((format(printf, 6, 0))) void write(spdlog::level::level_enum level,
+                                                     unsigned long long messageId,
+                                                     const char* label, unsigned int line,
+                                                     const char* format, va_list args)
     {
         if (logger_->should_log(level)) {
             logger_->log(level, "0x{:X} [{}:{}] {}", messageId, label == nullptr ? "" : label, line,
