@@ -1,6 +1,7 @@
-// record ::= ullRecordId:u64 usRecordLen:u16 cell*       usRecordLen = bytes of cells
-// cell   ::= tagWord:u16 sDataLen:u16 value:sDataLen     tagWord = tag << 4 | type code, type code
-// 0 to 9 Little-endian, no padding. The long version is docs/tlv-format.md.
+// record ::= ullRecordId:u64 usRecordLen:u16 cell*    usRecordLen = bytes of cells
+// cell   ::= tagWord:u16 sDataLen:u16 value:sDataLen  tagWord = tag << 4 | type code (0 to 9)
+//
+// Little-endian, no padding. The long version is docs/tlv-format.md.
 
 #include "framework/tlv_record_scan.h"
 

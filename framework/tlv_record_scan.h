@@ -24,9 +24,8 @@ struct WireCell {
     std::uint16_t tagWord = 0;
     std::uint16_t dataLen = 0;
     std::uint16_t lengthAt = 0;  ///< position of the length field
-    std::uint16_t valueAt =
-        0;  ///< position of the value; has wrapped when it lies below the cell's own position
-    std::uint16_t next = 0;  ///< position behind the value
+    std::uint16_t valueAt = 0;   ///< position of the value; below the cell's own once it wrapped
+    std::uint16_t next = 0;      ///< position behind the value
 };
 
 /// Reads the cell at `position` without any check; positions wrap at 65536.
