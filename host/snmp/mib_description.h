@@ -2,8 +2,10 @@
 
 #include "host/snmp/object_id.h"
 
+#include <chrono>
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,12 @@ enum class Syntax { Integer, Unsigned32, Gauge32, Counter32, Counter64, TimeTick
 /// What a manager may do with an object.
 enum class Access { NotAccessible, ReadOnly, ReadWrite, ReadCreate };
 
+/// The least and the greatest of something, both included.
+struct Bounds {
+    long low = 0;
+    long high = 0;
+};
+
 /// One column of a table: the cells with `tag` of the handler's rows. The tag is the column's
 /// sub-identifier too.
 struct MibColumn {
@@ -22,7 +30,13 @@ struct MibColumn {
     std::string name;
     Syntax syntax = Syntax::Integer;
     Access access = Access::ReadOnly;
-    std::map<long, std::string> enumeration;  ///< labels of an enumerated INTEGER
+    std::map<long, std::string> enumeration;     ///< labels of an enumerated INTEGER
+    std::optional<Bounds> range = std::nullopt;  ///< of a number; its syntax's own when absent
+    std::optional<Bounds> size = std::nullopt;   ///< octets of an OCTET STRING
+    bool textCell = false;       ///< a number that the handler's cells carry as decimal text
+    bool isDestination = false;  ///< an address or a domain name
+    bool required = false;       ///< a create must name it
+    unsigned short aliasOf = 0;  ///< tag of the column that a SET of this one changes; 0: itself
 };
 
 /// One table. An instance is `id`.1.column.index, the index made of the columns that `index` names,
@@ -32,6 +46,8 @@ struct MibTable {
     ObjectId id;
     std::vector<MibColumn> columns;  ///< by ascending tag
     std::vector<std::size_t> index;  ///< positions in `columns`
+    unsigned short rowStatus = 0;    ///< tag of the RowStatus column; 0: rows cannot be changed
+    std::chrono::milliseconds answerLifetime{0};  ///< how long a query's answer may serve again
 
     /// The column with sub-identifier `tag`, or null.
     const MibColumn* column(unsigned long tag) const;
@@ -52,16 +68,18 @@ struct MibScalar {
 /// JSON, no comments, no other members than these:
 ///
 ///     description ::= {"module": TEXT, "root": OID, "tables": [table...], "scalars": [scalar...]}
-///     table       ::= {"name": TEXT, "oid": OID, "index": [COLUMN NAME...], "columns":
-///     [column...]} column      ::= {"tag": 1..4095, "name": TEXT, "syntax": SYNTAX, "access":
-///     ACCESS,
-///                      "description"?: TEXT, "enumeration"?: {LABEL: NUMBER...}}
-///     scalar      ::= {"name": TEXT, "oid": OID, "tag": 0..4095, "syntax": SYNTAX, "access":
-///     ACCESS,
-///                      "description"?: TEXT}
+///     table       ::= {"name": TEXT, "oid": OID, "index": [COLUMN NAME...],
+///                      "columns": [column...], "rowStatus"?: COLUMN NAME,
+///                      "answerLifetimeMs"?: 0..60000, "description"?: TEXT}
+///     column      ::= {"tag": 1..4095, "name": TEXT, "syntax": SYNTAX, "access": ACCESS,
+///                      "description"?: TEXT, "enumeration"?: {LABEL: NUMBER...},
+///                      "range"?: [LOW, HIGH], "size"?: [LOW, HIGH], "cell"?: "text",
+///                      "format"?: "destination", "required"?: BOOLEAN, "aliasOf"?: COLUMN NAME}
+///     scalar      ::= {"name": TEXT, "oid": OID, "tag": 0..4095, "syntax": SYNTAX,
+///                      "access": ACCESS, "description"?: TEXT}
 ///     SYNTAX      ::= "INTEGER" | "Unsigned32" | "Gauge32" | "Counter32" | "Counter64" |
-///     "TimeTicks" | "OCTET STRING" ACCESS      ::= "not-accessible" | "read-only" | "read-write" |
-///     "read-create"
+///                     "TimeTicks" | "OCTET STRING"
+///     ACCESS      ::= "not-accessible" | "read-only" | "read-write" | "read-create"
 ///
 /// OIDs are dotted decimal and lie under "root"; no object's OID lies under another's.
 class MibDescription {
