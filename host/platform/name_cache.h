@@ -7,11 +7,11 @@
 namespace talvik {
 
 /// What is known of the names of trap destinations. Names are looked up by a thread of this
-/// object's own and again from time to time; asking never waits for a look-up. Callable from any
-/// thread.
+/// object's own, which starts at the first name, and again from time to time: `NameLimits` in
+/// name_table.h says when. Asking never waits for a look-up. Callable from any thread.
 class NameCache {
 public:
-    /// How long things last, in milliseconds.
+    /// In name_cache_settings.h.
     struct Settings;
 
     NameCache();
@@ -36,6 +36,10 @@ public:
     /// Empty while it does not resolve.
     std::vector<std::string> addressesOf(const std::string& address);
 
+    /// Ends the look-ups under way without waiting for their answers, and the thread. What is known
+    /// by then stays; every later call is harmless and looks nothing up.
+    void stop();
+
 private:
     class Worker;
 
@@ -43,8 +47,11 @@ private:
 };
 
 /// The process's cache: what `SnmpUtil::TestDomainConnectivity` asks and the trap store feeds.
-/// Never null; made at the first call. Call `stopNameCache` before `main` ends.
+/// Made at the first call, usable until the process is gone, and stopped at its end if nobody did.
 NameCache& nameCache();
+
+/// Stops the process's cache. Call it before `main` ends: later its thread meets a process that is
+/// being taken down.
 void stopNameCache();
 
 }  // namespace talvik
