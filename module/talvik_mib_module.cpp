@@ -1,6 +1,7 @@
 #include "module/talvik_mib_module.h"
 
 #include "handlers/snmp_topo_handler.h"
+#include "trap/talvik_trap_addr_handler.h"
 
 #include <memory>
 
@@ -32,6 +33,7 @@ std::string CSNMP_Talvik_Mib_Module::getMibFileName()
 void CSNMP_Talvik_Mib_Module::getSvcHandler(HandlerList& handlers)
 {
     appendHandler<CSnmpTopoHandler>(handlers, "1.3.6.1.4.1.99999.2.91.9.1");
+    appendHandler<CTalvikTrapAddrHandler>(handlers, "1.3.6.1.4.1.99999.2.91.10.4.1");
 }
 
 extern "C" __attribute__((visibility("default"))) CSNMP_Svc_Module* SNMP_SvcModuleCreator()

@@ -4,6 +4,7 @@
 #include "handlers/snmp_topo_handler.h"
 #include "tests/support/allocation_probe.h"
 #include "tests/support/fake_host_test.h"
+#include "trap/talvik_trap_addr_handler.h"
 
 #include <memory>
 #include <new>
@@ -39,7 +40,8 @@ protected:
     HandlerList handlers;
 };
 
-const std::vector<std::string> kSubtrees = {"1.3.6.1.4.1.99999.2.91.9.1"};
+const std::vector<std::string> kSubtrees = {"1.3.6.1.4.1.99999.2.91.9.1",
+                                            "1.3.6.1.4.1.99999.2.91.10.4.1"};
 
 TEST_F(TalvikMibModule, IsMadeByTheFactory)
 {
@@ -64,6 +66,7 @@ TEST_F(TalvikMibModule, HandsOutItsSubtreesInOrder)
 
     EXPECT_EQ(keys(), kSubtrees);
     EXPECT_NE(dynamic_cast<CSnmpTopoHandler*>(handlers.front().second), nullptr);
+    EXPECT_NE(dynamic_cast<CTalvikTrapAddrHandler*>(handlers.back().second), nullptr);
 }
 
 TEST_F(TalvikMibModule, AppendsAfterTheEntriesThatTheListHolds)
