@@ -1,3 +1,4 @@
+#include "tests/contract/handler_slots.h"
 #include "tests/contract/loaded_module.h"
 #include "tests/contract/vtable.h"
 
@@ -22,6 +23,7 @@ ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
 
 namespace {
 
+using talvik::contract::HandlerSlot;
 using talvik::contract::imageOf;
 using talvik::contract::LoadedModule;
 using talvik::contract::operationAt;
@@ -33,19 +35,6 @@ using testing::SizeIs;
 using Package = CTLVPackageV3<TLVMsgHeadV3>;
 
 constexpr const char* kTopology = "1.3.6.1.4.1.99999.2.91.9.1";
-
-/// Where a handler's operations stand in its table.
-enum HandlerSlot : std::size_t {
-    OnQueryLeaf = 2,
-    OnQueryTable,
-    OnSetLeaf,
-    OnCreateTable,
-    OnModifyTable,
-    OnDeleteTable,
-    Strategy,
-    IsWholeTable,
-    GetSnmpOidVersion
-};
 
 /// Where a package's operations stand in its table.
 enum PackageSlot : std::size_t { Decode = 2, EncodeIntoNewBuffer, EncodeIntoBuffer, Clear, Dump };
@@ -111,16 +100,16 @@ protected:
 
 TEST_F(HostBorder, EveryOperationOfTheHandlersTableIsTheModulesOwn)
 {
-    for (std::size_t slot = 0; slot <= GetSnmpOidVersion; ++slot) {
+    for (std::size_t slot = 0; slot <= HandlerSlot::GetSnmpOidVersion; ++slot) {
         EXPECT_EQ(imageOf(virtualEntry(&topology, slot)), LoadedModule::file()) << "slot " << slot;
     }
 }
 
 TEST_F(HostBorder, LeafOperationsAreRefusedWithAnExceptionThatTheHostCatches)
 {
-    EXPECT_EQ(refusalOf(OnQueryLeaf),
+    EXPECT_EQ(refusalOf(HandlerSlot::OnQueryLeaf),
               "CKEL_Exception: CSnmpTableHandler can't support leaf OnQueryLeaf!");
-    EXPECT_EQ(refusalOf(OnSetLeaf),
+    EXPECT_EQ(refusalOf(HandlerSlot::OnSetLeaf),
               "CKEL_Exception: CSnmpTableHandler can't support leaf OnSetLeaf!");
     EXPECT_TRUE(response.oRecords.empty());
 }
@@ -129,7 +118,7 @@ TEST_F(HostBorder, TheExceptionIsTheModulesObjectAndSaysWhatBySlot)
 {
     bool caught = false;
     try {
-        callPackages(OnSetLeaf);
+        callPackages(HandlerSlot::OnSetLeaf);
     } catch (const std::exception& error) {
         caught = true;
         EXPECT_EQ(imageOf(virtualEntry(&error, 2)), LoadedModule::file());
@@ -141,22 +130,22 @@ TEST_F(HostBorder, TheExceptionIsTheModulesObjectAndSaysWhatBySlot)
 
 TEST_F(HostBorder, ChangesThatTheTableDoesNotSupportFailAndTouchNothing)
 {
-    EXPECT_EQ(callPackages(OnCreateTable), -1);
-    EXPECT_EQ(callPackages(OnModifyTable), -1);
-    EXPECT_EQ(callPackages(OnDeleteTable), -1);
+    EXPECT_EQ(callPackages(HandlerSlot::OnCreateTable), -1);
+    EXPECT_EQ(callPackages(HandlerSlot::OnModifyTable), -1);
+    EXPECT_EQ(callPackages(HandlerSlot::OnDeleteTable), -1);
     EXPECT_TRUE(response.oRecords.empty());
 }
 
 TEST_F(HostBorder, TheHandlerSaysHowItIsDriven)
 {
-    EXPECT_EQ(operationAt<unsigned long long>(&topology, Strategy)(&topology), 0U);
-    EXPECT_TRUE(operationAt<bool>(&topology, IsWholeTable)(&topology));
-    EXPECT_EQ(operationAt<int>(&topology, GetSnmpOidVersion)(&topology), 1);
+    EXPECT_EQ(operationAt<unsigned long long>(&topology, HandlerSlot::Strategy)(&topology), 0U);
+    EXPECT_TRUE(operationAt<bool>(&topology, HandlerSlot::IsWholeTable)(&topology));
+    EXPECT_EQ(operationAt<int>(&topology, HandlerSlot::GetSnmpOidVersion)(&topology), 1);
 }
 
 TEST_F(HostBorder, AQueryAnswersOneRowThatTheHostCanRead)
 {
-    ASSERT_EQ(callPackages(OnQueryTable), 0);
+    ASSERT_EQ(callPackages(HandlerSlot::OnQueryTable), 0);
 
     ASSERT_THAT(response.oRecords, SizeIs(1));
     const auto& row = *response[0];
@@ -171,7 +160,7 @@ TEST_F(HostBorder, ABackEndThatRefusesOnlyTurnsTheStatus)
 {
     answerWith([](Package&, Package&) { return 7; });
 
-    ASSERT_EQ(callPackages(OnQueryTable), 0);
+    ASSERT_EQ(callPackages(HandlerSlot::OnQueryTable), 0);
     ASSERT_THAT(response.oRecords, SizeIs(1));
     EXPECT_EQ((*response[0])[8]->toString(), "2");
 }
@@ -193,7 +182,7 @@ TEST_F(HostBorder, EveryOperationOfAPackagesTableIsTheModulesOwn)
         return 0;
     });
 
-    ASSERT_EQ(callPackages(OnQueryTable), 0);
+    ASSERT_EQ(callPackages(HandlerSlot::OnQueryTable), 0);
     EXPECT_EQ(images, std::vector<std::string>(Dump + 1, LoadedModule::file()));
 }
 
@@ -217,7 +206,7 @@ TEST_F(HostBorder, APackageOfTheModuleEncodesBySlot)
         return 0;
     });
 
-    ASSERT_EQ(callPackages(OnQueryTable), 0);
+    ASSERT_EQ(callPackages(HandlerSlot::OnQueryTable), 0);
     EXPECT_THAT(intoNewBuffer, ElementsAreArray(kWwnCommand));
     EXPECT_THAT(intoBuffer, ElementsAreArray(kWwnCommand));
     EXPECT_EQ(intoShortBuffer, 0xFFFFFFFFU);
@@ -240,7 +229,7 @@ TEST_F(HostBorder, APackageOfTheModuleDecodesAndClearsBySlot)
         return 0;
     });
 
-    ASSERT_EQ(callPackages(OnQueryTable), 0);
+    ASSERT_EQ(callPackages(HandlerSlot::OnQueryTable), 0);
     EXPECT_EQ(consumed, 10U);
     EXPECT_THAT(ids, ElementsAre(4001U));
     EXPECT_EQ(recordsAfterClear, 0U);
@@ -256,7 +245,7 @@ TEST_F(HostBorder, APackageOfTheModuleDumpsBySlot)
         return 0;
     });
 
-    ASSERT_EQ(callPackages(OnQueryTable), 0);
+    ASSERT_EQ(callPackages(HandlerSlot::OnQueryTable), 0);
     EXPECT_EQ(text.substr(0, 2), "{\n");
     EXPECT_EQ(text.substr(text.size() - 2), "}\n");
 }
@@ -272,7 +261,7 @@ TEST_F(HostBorder, HostAndModuleShareOneDebugKitManager)
         << "the module exports no singleton that could be merged with the host's";
     ASSERT_NE(hosts, nullptr) << "this program exports no singleton";
 
-    ASSERT_EQ(callPackages(OnQueryTable), 0);
+    ASSERT_EQ(callPackages(HandlerSlot::OnQueryTable), 0);
 
     EXPECT_NE(*hosts, nullptr) << "the module's log lines went past the host's manager";
     EXPECT_EQ(*modulesOwn, nullptr) << "the module made a manager of its own";

@@ -12,6 +12,9 @@ using talvik::contract::LoadedModule;
 using talvik::contract::OwnedHandlers;
 using testing::ElementsAre;
 
+constexpr const char* kTopology = "1.3.6.1.4.1.99999.2.91.9.1";
+constexpr const char* kTrapDestinations = "1.3.6.1.4.1.99999.2.91.10.4.1";
+
 std::vector<std::string> keysOf(const HandlerList& handlers)
 {
     std::vector<std::string> keys;
@@ -31,20 +34,19 @@ TEST(ModuleEntry, ServesItsSubtreesInOrder)
 {
     LoadedModule loaded;
     const OwnedHandlers handlers(loaded.module());
-    EXPECT_THAT(keysOf(handlers.list()), ElementsAre("1.3.6.1.4.1.99999.2.91.9.1"));
+    EXPECT_THAT(keysOf(handlers.list()), ElementsAre(kTopology, kTrapDestinations));
 }
 
 TEST(ModuleEntry, AppendsBehindWhatTheListHolds)
 {
     LoadedModule loaded;
     HandlerList handlers;
-    handlers.emplace_back("1.3.6.1.4.1.99999.2.91.9.1", nullptr);
+    handlers.emplace_back(kTopology, nullptr);
     handlers.emplace_back("1.2.3", nullptr);
 
     loaded.module().getSvcHandler(handlers);
 
-    EXPECT_THAT(keysOf(handlers),
-                ElementsAre("1.3.6.1.4.1.99999.2.91.9.1", "1.2.3", "1.3.6.1.4.1.99999.2.91.9.1"));
+    EXPECT_THAT(keysOf(handlers), ElementsAre(kTopology, "1.2.3", kTopology, kTrapDestinations));
     EXPECT_EQ(handlers.front().second, nullptr);
     for (const auto& entry : handlers) {
         delete entry.second;
@@ -93,7 +95,7 @@ TEST(ModuleEntry, ItsOperationsAreCalledBySlot)
     const auto getSvcHandler =
         talvik::contract::operationAt<void, HandlerList&>(&loaded.module(), 3);
     getSvcHandler(&loaded.module(), handlers);
-    EXPECT_THAT(keysOf(handlers), ElementsAre("1.3.6.1.4.1.99999.2.91.9.1"));
+    EXPECT_THAT(keysOf(handlers), ElementsAre(kTopology, kTrapDestinations));
     for (const auto& entry : handlers) {
         delete entry.second;
     }

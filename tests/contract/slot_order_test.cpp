@@ -9,6 +9,7 @@
 #include "module/talvik_mib_module.h"
 #include "platform/snmp_table_base.h"
 #include "platform/svc_module.h"
+#include "trap/talvik_trap_addr_handler.h"
 
 #include <gtest/gtest.h>
 
@@ -73,6 +74,8 @@ INSTANTIATE_TEST_SUITE_P(SnmpHandler, SlotOrder, handlerSlots<CSnmpHandler>(), n
 INSTANTIATE_TEST_SUITE_P(SnmpTableHandler, SlotOrder, handlerSlots<CSnmpTableHandler>(), nameOf);
 INSTANTIATE_TEST_SUITE_P(SnmpLeafHandler, SlotOrder, handlerSlots<CSnmpLeafHandler>(), nameOf);
 INSTANTIATE_TEST_SUITE_P(SnmpTopoHandler, SlotOrder, handlerSlots<CSnmpTopoHandler>(), nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikTrapAddrHandler, SlotOrder, handlerSlots<CTalvikTrapAddrHandler>(),
+                         nameOf);
 INSTANTIATE_TEST_SUITE_P(SnmpTableBase, SlotOrder, handlerSlots<CSnmpTableBase>(), nameOf);
 
 INSTANTIATE_TEST_SUITE_P(SnmpLeafHandlerOwn, SlotOrder,
