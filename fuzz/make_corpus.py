@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes the seeds of the decode target into corpus/decode/: one file a rule of the wire format, named after it."""
+"""Writes the seeds of the targets into corpus/TARGET/: one file a rule, named after it."""
 
 import pathlib
 import struct
 
-CORPUS = pathlib.Path(__file__).parent / "corpus" / "decode"
+CORPUS = pathlib.Path(__file__).parent / "corpus"
 
 
 def header(data_len, magic=0x55555555, version=3):
@@ -47,7 +47,7 @@ def mixed_record(identifier):
         cell(3 if size < 9 else 2, tag, b"a" * (size - 1) + b"\0") for tag, size in enumerate(sizes, 1)))
 
 
-SEEDS = {
+DECODE = {
     "no-byte": b"",
     "header-one-byte-short": header(0)[:27],
     "header-only": header(0),
@@ -82,10 +82,86 @@ SEEDS = {
 }
 
 
+# What the trap table target reads: properties/trap_table_property.h has the grammar.
+QUERY, CREATE, MODIFY, DELETE = range(4)
+UNREADABLE, NO_RECORD = 4, 8
+
+
+def operation(what, *cells, word3=1):
+    return bytes([what | len(cells) << 4, word3]) + b"".join(cells)
+
+
+def column(tag, kind, value):
+    return bytes([kind << 4 | tag, len(value)]) + value
+
+
+def text(tag, value):
+    return column(tag, 2, value + b"\0")
+
+
+def number(tag, value, kind=3, width=4):
+    return column(tag, kind, value.to_bytes(width, "little"))
+
+
+ADDRESS, OTHER, REFUSED, UNREACHABLE = text(1, b"a"), text(1, b"b"), text(1, b"!"), text(1, b"?")
+PORT = number(2, 162)
+ASK = operation(QUERY)
+MAKE = operation(CREATE, ADDRESS, PORT)
+
+TRAP_TABLE = {
+    "empty-list": ASK,
+    "list-unreadable": MAKE + operation(QUERY | UNREADABLE) + operation(DELETE | UNREADABLE, ADDRESS, PORT),
+    "no-record": b"".join(operation(kind | NO_RECORD) for kind in (QUERY, CREATE, MODIFY, DELETE)),
+    "create-with-defaults": MAKE + ASK,
+    "create-every-column": operation(
+        CREATE, ADDRESS, PORT, number(3, 1), text(4, b"7"), number(5, 3), text(6, b"c"), number(7, 7),
+        text(8, b"u")) + ASK,
+    "create-without-a-port": operation(CREATE, ADDRESS),
+    "create-without-an-address": operation(CREATE, PORT),
+    "create-tag-six-alone": operation(CREATE, PORT, text(6, b"c")) + ASK,
+    "create-tag-six-refused": operation(CREATE, PORT, text(6, b"!")) + ASK,
+    "create-tag-six-refused-beside-tag-one": operation(CREATE, ADDRESS, PORT, text(6, b"!")) + ASK,
+    "create-tag-one-refused-beside-tag-six": operation(CREATE, REFUSED, PORT, text(6, b"c")) + ASK,
+    "create-version-refused": operation(CREATE, ADDRESS, PORT, number(5, 9)),
+    "create-type-refused": operation(CREATE, ADDRESS, PORT, number(7, 9)),
+    "create-user-refused": operation(CREATE, ADDRESS, PORT, text(8, b"too long")) + ASK,
+    "create-user-number": operation(CREATE, ADDRESS, PORT, number(8, 42)) + ASK,
+    "create-port-refused": operation(CREATE, ADDRESS, number(2, 0)),
+    "create-signed-short-port": operation(CREATE, ADDRESS, number(2, 0xFFFE, kind=4, width=2)),
+    "create-wide-port": operation(CREATE, ADDRESS, number(2, 162, width=8)) + ASK,
+    "create-text-for-a-port": operation(CREATE, ADDRESS, text(2, b"162")),
+    "create-number-for-an-address": operation(CREATE, number(1, 1), PORT),
+    "create-number-for-tag-six": operation(CREATE, ADDRESS, PORT, number(6, 1)),
+    "create-same-tag-twice": operation(CREATE, ADDRESS, OTHER, PORT) + ASK,
+    "create-taken-index": MAKE + MAKE + ASK,
+    "create-full-list": b"".join(operation(CREATE, ADDRESS, PORT, word3=i) for i in range(10)) + ASK,
+    "unreachable": operation(CREATE, UNREACHABLE, PORT) + ASK,
+    "modify-whole-row": operation(CREATE, ADDRESS, PORT, number(5, 3), number(7, 7), text(8, b"u"))
+    + operation(MODIFY, OTHER, PORT, text(4, b"1")) + ASK,
+    "modify-without-an-index": MAKE + operation(MODIFY, OTHER, PORT) + ASK,
+    "modify-index-refused": MAKE + operation(MODIFY, OTHER, PORT, text(4, b"x")) + ASK,
+    "modify-index-unknown": MAKE + operation(MODIFY, OTHER, PORT, text(4, b"9")) + ASK,
+    "modify-number-for-an-index": MAKE + operation(MODIFY, OTHER, PORT, number(4, 1)),
+    "delete-by-address": MAKE + operation(DELETE, ADDRESS, PORT) + ASK,
+    "delete-by-address-before-index": MAKE + operation(CREATE, OTHER, PORT, word3=2)
+    + operation(DELETE, ADDRESS, PORT, text(4, b"2")) + ASK,
+    "delete-first-of-two": operation(CREATE, ADDRESS, PORT, word3=5) + MAKE + operation(DELETE, ADDRESS, PORT) + ASK,
+    "delete-by-index": MAKE + operation(DELETE, text(4, b"1")) + ASK,
+    "delete-by-index-without-a-match": MAKE + operation(DELETE, OTHER, PORT, text(4, b"1")) + ASK,
+    "delete-index-refused": MAKE + operation(DELETE, text(4, b"x")) + ASK,
+    "delete-without-a-match": MAKE + operation(DELETE, OTHER, PORT) + ASK,
+    "delete-address-alone": MAKE + operation(DELETE, ADDRESS) + ASK,
+    "delete-longer-address": MAKE + operation(DELETE, text(1, b"ab"), PORT) + ASK,
+    "ends-within-an-operation": MAKE + operation(DELETE, ADDRESS, PORT)[:-1],
+}
+
+
 def main():
-    CORPUS.mkdir(parents=True, exist_ok=True)
-    for name, data in SEEDS.items():
-        (CORPUS / name).write_bytes(data)
+    for target, seeds in {"decode": DECODE, "trap_table": TRAP_TABLE}.items():
+        folder = CORPUS / target
+        folder.mkdir(parents=True, exist_ok=True)
+        for name, data in seeds.items():
+            (folder / name).write_bytes(data)
 
 
 if __name__ == "__main__":
