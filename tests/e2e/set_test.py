@@ -1,4 +1,4 @@
-"""The tables are read-only, whoever writes."""
+"""The topology table is read-only, whoever writes."""
 
 import unittest
 

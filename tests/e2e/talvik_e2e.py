@@ -3,6 +3,7 @@
 TALVIK_BIN_DIR names the folder of the built programs; the module lies in ../lib from there.
 """
 
+import itertools
 import os
 import pathlib
 import re
@@ -245,16 +246,19 @@ class TalvikTest(unittest.TestCase):
         return errors[0]
 
     def tool(self, name, agent, user, *arguments, mib_text=False, numeric=True):
-        """Runs a stock SNMP tool against the agent; nothing of this machine's SNMP set-up takes part."""
+        """Runs a stock SNMP tool against the agent; nothing of this machine's SNMP set-up takes part.
+
+        What stands first in `arguments` and begins with a hyphen is an option, the rest are objects and values.
+        """
         client = self.folder / "client"
         environment = dict(os.environ, SNMPCONFPATH=str(client), SNMP_PERSISTENT_DIR=str(client), LC_ALL="C", MIBS="",
                            MIBDIRS=str(client))
         if mib_text:
             environment["MIBDIRS"] = f"{SOURCE / 'mibs'}:{SOURCE / 'mibs' / 'base'}"
             environment["MIBS"] = "KEL-TALVIK-MIB"
-        options = [argument for argument in arguments if argument.startswith("-")]
-        objects = [argument for argument in arguments if not argument.startswith("-")]
-        command = [name, "-t", "5", "-r", "1", *user, *(["-On"] if numeric else []), *options,
+        options = list(itertools.takewhile(lambda argument: argument.startswith("-"), arguments))
+        objects = arguments[len(options):]
+        command = [name, "-t", "5", "-r", "1", *user, *(["-On"] if numeric else []), *options, "--",
                    f"udp:127.0.0.1:{agent.port}", *objects]
         return subprocess.run(command, env=environment, stdin=subprocess.DEVNULL, capture_output=True, text=True,
                               timeout=LIMIT)
