@@ -6,6 +6,8 @@
 #include "host/module_loader.h"
 #include "host/platform/device_config_file.h"
 #include "host/platform/host_log.h"
+#include "host/platform/name_cache.h"
+#include "host/platform/trap_store.h"
 #include "host/snmp/agent.h"
 #include "host/snmp/durable_file.h"
 #include "host/snmp/mib_description.h"
@@ -60,6 +62,26 @@ public:
 
     InstalledBackend(const InstalledBackend&) = delete;
     InstalledBackend& operator=(const InstalledBackend&) = delete;
+};
+
+/// The list of trap destinations is installed while this lives.
+class InstalledTrapStore {
+public:
+    explicit InstalledTrapStore(const std::string& directory)
+    {
+        auto store = std::make_unique<TrapStore>(directory);
+        hostLog()->info("trap destinations: {}", store->all().size());
+        installTrapStore(std::move(store));
+    }
+
+    ~InstalledTrapStore()
+    {
+        installTrapStore(nullptr);
+        stopNameCache();
+    }
+
+    InstalledTrapStore(const InstalledTrapStore&) = delete;
+    InstalledTrapStore& operator=(const InstalledTrapStore&) = delete;
 };
 
 /// The module with its MIB description, ready to be served.
@@ -132,6 +154,7 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     installDeviceConfig(device);
     const StateDirectory state(options.stateDir);
     const InstalledBackend backend(options.backend, device);
+    const InstalledTrapStore trapStore(options.stateDir);
     const ServedModule module(options.moduleFile, options.mibDir);
 
     const auto persistentDir = persistentDirectory(options.stateDir);

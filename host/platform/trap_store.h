@@ -43,9 +43,9 @@ public:
     int remove(const std::string& index);
 
 private:
-    class Database;
+    class List;
 
-    std::unique_ptr<Database> database_;
+    std::unique_ptr<List> list_;
 };
 
 /// The store that `CSNMP_TrapApi` works on from now on, or none. Call it while no request is under
