@@ -70,11 +70,12 @@ LookupAnswer answerOf(int status, const ares_addrinfo* result)
 
 }  // namespace
 
-/// A look-up under way. c-ares holds it between `ask` and `onAnswer`.
+/// A look-up under way. c-ares owns it from `ask` to `onAnswer`.
 struct AresChannel::Request {
     AresChannel& channel;
     std::string name;
     NameLookup::Done done;
+    int family = AF_UNSPEC;  ///< that is asked for
 };
 
 AresChannel::AresChannel(const AresSettings& settings)
@@ -89,20 +90,14 @@ AresChannel::AresChannel(const AresSettings& settings)
     options.sock_state_cb_data = this;
     std::string lookups = "fb";  // /etc/hosts, then DNS
     options.lookups = lookups.data();
-    int mask = ARES_OPT_TIMEOUTMS | ARES_OPT_TRIES | ARES_OPT_SOCK_STATE_CB | ARES_OPT_LOOKUPS;
     auto resolvConf = settings.resolvConf;
-    if (!resolvConf.empty()) {
-        options.resolvconf_path = resolvConf.data();
-        mask |= ARES_OPT_RESOLVCONF;
-    }
-    require(ares_init_options(&channel_, &options, mask), "read the settings of the name servers");
-    if (!settings.servers.empty()) {
-        const int status = ares_set_servers_ports_csv(channel_, settings.servers.c_str());
-        if (status != ARES_SUCCESS) {
-            ares_destroy(channel_);
-        }
-        require(status, "use the name servers given");
-    }
+    options.resolvconf_path = resolvConf.data();
+    options.udp_port = settings.port;
+    options.tcp_port = settings.port;
+    constexpr int kMask = ARES_OPT_TIMEOUTMS | ARES_OPT_TRIES | ARES_OPT_SOCK_STATE_CB |
+                          ARES_OPT_LOOKUPS | ARES_OPT_RESOLVCONF | ARES_OPT_UDP_PORT |
+                          ARES_OPT_TCP_PORT;
+    require(ares_init_options(&channel_, &options, kMask), "read the settings of the name servers");
 }
 
 AresChannel::~AresChannel()
@@ -112,34 +107,42 @@ AresChannel::~AresChannel()
 
 void AresChannel::start(const std::string& name, NameLookup::Done done)
 {
-    auto request = std::make_unique<Request>(Request{*this, name, std::move(done)});
     ++underWay_;
-    ask(*request.release(), AF_UNSPEC);
+    ask(std::make_unique<Request>(Request{*this, name, std::move(done)}));
 }
 
-void AresChannel::ask(Request& request, int family)
+void AresChannel::ask(std::unique_ptr<Request> request)
 {
     ares_addrinfo_hints hints{};
-    hints.ai_family = family;
+    hints.ai_family = request->family;
     hints.ai_socktype = SOCK_DGRAM;
-    ares_getaddrinfo(channel_, request.name.c_str(), nullptr, &hints, &AresChannel::onAnswer,
-                     &request);
+    const auto& name = request->name;
+    ares_getaddrinfo(channel_, name.c_str(), nullptr, &hints, &AresChannel::onAnswer,
+                     request.release());
 }
 
 void AresChannel::onAnswer(void* request, int status, int /*timeouts*/,
                            ares_addrinfo* result) noexcept
 {
     const Result owned(result);
-    const std::unique_ptr<Request> ended(static_cast<Request*>(request));
-    --ended->channel.underWay_;
-    if (status == ARES_EDESTRUCTION || status == ARES_ECANCELLED) {
-        return;
-    }
+    std::unique_ptr<Request> ended(static_cast<Request*>(request));
+    auto& self = ended->channel;
     try {
-        ended->done(answerOf(status, result));
+        if (status != ARES_EDESTRUCTION && status != ARES_ECANCELLED) {
+            const auto answer = answerOf(status, result);
+            if (answer.outcome == LookupOutcome::NoSuchName && ended->family != AF_INET6) {
+                // For both families c-ares tells how the one that came last ended, even if a
+                // server failed for the other. So each has to say it for itself.
+                ended->family = ended->family == AF_UNSPEC ? AF_INET : AF_INET6;
+                self.ask(std::move(ended));
+                return;
+            }
+            ended->done(answer);
+        }
     } catch (const std::exception& error) {
         hostLog()->error("cannot take the answer of a name server: {}", error.what());
     }
+    --self.underWay_;
 }
 
 void AresChannel::onSocket(void* self, int socket, int readable, int writable) noexcept

@@ -6,7 +6,9 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,8 +23,8 @@ struct AresSettings {
     int tries = 2;  ///< of each server
     /// How long look-ups may begin on a channel.
     std::chrono::milliseconds channelAge = std::chrono::seconds(30);
-    std::string servers;     ///< "ADDRESS:PORT", comma-separated; the system's if empty
-    std::string resolvConf;  ///< read in place of /etc/resolv.conf unless empty
+    std::string resolvConf = "/etc/resolv.conf";
+    std::uint16_t port = 53;  ///< of the servers that it names
 };
 
 /// One c-ares channel. Used by one thread.
@@ -58,7 +60,7 @@ private:
     static void onSocket(void* self, int socket, int readable, int writable) noexcept;
     static void onAnswer(void* request, int status, int timeouts, ares_addrinfo* result) noexcept;
 
-    void ask(Request& request, int family);
+    void ask(std::unique_ptr<Request> request);
 
     ares_channeldata* channel_ = nullptr;
     std::map<int, short> sockets_;  ///< what poll should wait for
