@@ -2,6 +2,7 @@
 
 #include "framework/tlv_cell.h"
 
+#include <charconv>
 #include <limits>
 
 namespace talvik {
@@ -40,32 +41,24 @@ std::int64_t signedNumberOf(const CTLVCell& cell)
     return static_cast<std::int64_t>(CTLVCell::ValueCast<unsigned long long>()(&cell));
 }
 
-struct Range {
-    std::int64_t low;
-    std::int64_t high;
-};
-
-Range rangeOf(Syntax syntax)
+/// The number that strictly decimal `text` names: one way to write each.
+std::optional<std::int64_t> parseNumber(const std::string& text)
 {
-    if (syntax == Syntax::Integer) {
-        return {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
-    }
-    return {0, std::numeric_limits<std::uint32_t>::max()};
+    std::int64_t number = 0;
+    const auto* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && rest == end && std::to_string(number) == text
+               ? std::optional(number)
+               : std::nullopt;
 }
 
-}  // namespace
-
-std::optional<SnmpValue> toSnmpValue(const CTLVCell& cell, Syntax syntax, std::string& problem)
+/// What the cell says of a number, whatever its range; nothing with the reason in `problem`.
+std::optional<std::int64_t> numberOf(const CTLVCell& cell, bool asText, std::string& problem)
 {
-    SnmpValue value;
-    value.syntax = syntax;
-    if (syntax == Syntax::OctetString) {
-        if (!isText(cell)) {
-            problem = "cell of type " + std::to_string(typeOf(cell)) + " where text is due";
-            return std::nullopt;
-        }
-        value.octets = octetsOf(cell);
-        return value;
+    if (asText) {
+        const auto number = isText(cell) ? parseNumber(octetsOf(cell)) : std::nullopt;
+        problem = number ? "" : "cell is no decimal text";
+        return number;
     }
     try {
         cell.checkNumerical();
@@ -73,16 +66,61 @@ std::optional<SnmpValue> toSnmpValue(const CTLVCell& cell, Syntax syntax, std::s
         problem = error.what();
         return std::nullopt;
     }
-    value.number = signedNumberOf(cell);
+    return signedNumberOf(cell);
+}
+
+}  // namespace
+
+Bounds boundsOf(Syntax syntax)
+{
+    if (syntax == Syntax::Integer) {
+        return {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()};
+    }
     if (syntax == Syntax::Counter64) {
+        return {0, std::numeric_limits<long>::max()};
+    }
+    return {0, std::numeric_limits<std::uint32_t>::max()};
+}
+
+std::optional<SnmpValue> toSnmpValue(const CTLVCell& cell, const MibColumn& column,
+                                     std::string& problem)
+{
+    SnmpValue value;
+    value.syntax = column.syntax;
+    if (column.syntax == Syntax::OctetString) {
+        if (!isText(cell)) {
+            problem = "cell of type " + std::to_string(typeOf(cell)) + " where text is due";
+            return std::nullopt;
+        }
+        value.octets = octetsOf(cell);
         return value;
     }
-    const auto range = rangeOf(syntax);
-    if (value.number < range.low || value.number > range.high) {
+    const auto number = numberOf(cell, column.textCell, problem);
+    if (!number) {
+        return std::nullopt;
+    }
+    value.number = *number;
+    const auto bounds = boundsOf(column.syntax);
+    if (column.syntax != Syntax::Counter64 &&
+        (value.number < bounds.low || value.number > bounds.high)) {
         problem = "value " + std::to_string(value.number) + " is out of range";
         return std::nullopt;
     }
     return value;
+}
+
+std::unique_ptr<CTLVCell> toCell(const SnmpValue& value, const MibColumn& column)
+{
+    auto cell = std::make_unique<CTLVCell>();
+    if (column.syntax == Syntax::OctetString || column.textCell) {
+        const auto text = column.textCell ? std::to_string(value.number) : value.octets;
+        cell->set_i(CTLVCell::TLV_STRING, column.tag, text.c_str(), text.size() + 1);
+    } else {
+        const auto bits = static_cast<std::uint32_t>(value.number);
+        const auto type = column.syntax == Syntax::Integer ? CTLVCell::TLV_INT : CTLVCell::TLV_UINT;
+        cell->set_i(type, column.tag, &bits, sizeof(bits));
+    }
+    return cell;
 }
 
 bool appendIndex(const SnmpValue& value, ObjectId& index)

@@ -53,7 +53,7 @@ private:
             return std::nullopt;
         }
         std::string reason;
-        auto value = toSnmpValue(**place, column.syntax, reason);
+        auto value = toSnmpValue(**place, column, reason);
         if (!value) {
             problem_("column " + column.name + ": " + reason);
         }

@@ -7,11 +7,25 @@ import shutil
 import subprocess
 import unittest
 
-from talvik_e2e import LIMIT, READER, SOURCE, TABLE, TalvikTest
+from talvik_e2e import LIMIT, READER, ROOT, SOURCE, TABLE, TalvikTest
 
 MIBS = SOURCE / "mibs"
 TEXT_SYNTAX = {"SnmpAdminString": "OCTET STRING", "Unsigned32": "Unsigned32", "Integer32": "INTEGER",
-               "INTEGER": "INTEGER"}
+               "INTEGER": "INTEGER", "RowStatus": "INTEGER"}
+ROW_STATUS = {"active": 1, "notInService": 2, "notReady": 3, "createAndGo": 4, "createAndWait": 5, "destroy": 6}
+# The tables, with the only constraint that the text has beyond the description: it says of the number what numbers rows.
+TABLES = {"talvikTopology": {"talvikTopologyNodeIndex": {"range": [1, 2147483647]}}, "talvikTrap": {}}
+
+
+def constraint(syntax, text):
+    """What the text behind an object's syntax allows, as the description says it."""
+    if syntax == "RowStatus":
+        return {"enumeration": ROW_STATUS}
+    bounds = [int(number) for number in re.findall(r"\d+(?=\.\.)|(?<=\.\.)\d+", text)]
+    if bounds:
+        return {"size" if "SIZE" in text else "range": bounds}
+    labels = re.findall(r"(\w+)\((\d+)\)", text)
+    return {"enumeration": {label: int(number) for label, number in labels}} if labels else {}
 
 
 class MibText(TalvikTest):
@@ -32,18 +46,34 @@ class MibText(TalvikTest):
         result = self.run_tool("smilint", "-s", "-l", "6", MIBS / "KEL-TALVIK-MIB.txt",
                                SMIPATH=f"{MIBS}:{MIBS / 'base'}")
         findings = (result.stdout + result.stderr).splitlines()
-        # The index can be read: managers rely on it.
-        self.assertEqual([line for line in findings if "talvikTopologyNodeIndex" not in line], [])
-        self.assertEqual(len(findings), 1, findings)
+        # The indexes can be read: managers rely on it.
+        indexes = ("talvikTopologyNodeIndex", "talvikTrapIndex")
+        self.assertEqual([line for line in findings if not any(index in line for index in indexes)], [])
+        self.assertEqual(len(findings), len(indexes), findings)
 
     def test_agrees_with_the_description_that_the_agent_reads(self):
         text = (MIBS / "KEL-TALVIK-MIB.txt").read_text()
-        table = json.loads((MIBS / "KEL-TALVIK-MIB.json").read_text())["tables"][0]
-        objects = re.findall(r"^(\w+) OBJECT-TYPE\s+SYNTAX\s+(\w+)([^\n]*)\s+MAX-ACCESS\s+([\w-]+)(?:(?!OBJECT-TYPE).)*?"
-                             r"::= \{ talvikTopologyEntry (\d+) \}", text, re.MULTILINE | re.DOTALL)
-        described = [(column["name"], column["syntax"], column["access"], column["tag"]) for column in table["columns"]]
-        written = [(name, TEXT_SYNTAX[syntax], access, int(tag)) for name, syntax, _, access, tag in objects]
-        self.assertEqual(written, described)
+        described = {table["name"]: table for table in json.loads((MIBS / "KEL-TALVIK-MIB.json").read_text())["tables"]}
+        self.assertEqual(set(described), {name + "Table" for name in TABLES})
+        for name, extra in TABLES.items():
+            with self.subTest(table=name):
+                objects = re.findall(
+                    r"^(\w+) OBJECT-TYPE\s+SYNTAX\s+(\w+)((?:(?!MAX-ACCESS).)*)MAX-ACCESS\s+([\w-]+)"
+                    r"(?:(?!OBJECT-TYPE).)*?::= \{ " + name + r"Entry (\d+) \}", text, re.MULTILINE | re.DOTALL)
+                written = [(column, TEXT_SYNTAX[syntax], access, int(tag), constraint(syntax, rest))
+                           for column, syntax, rest, access, tag in objects]
+                self.assertEqual(written, [
+                    (column["name"], column["syntax"], column["access"], column["tag"],
+                     {key: column[key] for key in ("range", "size", "enumeration") if key in column}
+                     or extra.get(column["name"], {}))
+                    for column in described[name + "Table"]["columns"]])
+
+    def test_knows_every_object_of_the_trap_table(self):
+        entry = f"{ROOT}.2.91.10.4.1.1"
+        for tag, name in enumerate(("UsableAddress", "Port", "RowStatus", "Index", "Version", "Address", "Type", "User"), 1):
+            result = self.run_tool("snmptranslate", "-M", f"{MIBS}:{MIBS / 'base'}", "-m", "KEL-TALVIK-MIB", "-On",
+                                   f"KEL-TALVIK-MIB::talvikTrap{name}")
+            self.assertEqual(result.stdout.strip(), f"{entry}.{tag}")
 
     def test_makes_a_table_of_the_walk(self):
         agent = self.start_agent()

@@ -12,15 +12,26 @@
 
 namespace {
 
+using talvik::MibColumn;
 using talvik::SnmpValue;
 using talvik::Syntax;
 using talvik::test::bytesOf;
 using talvik::test::cell;
 
-std::optional<SnmpValue> convert(CTLVCell::ETLVType type, const std::string& bytes, Syntax syntax)
+MibColumn column(Syntax syntax, bool textCell = false)
+{
+    MibColumn made;
+    made.tag = 1;
+    made.syntax = syntax;
+    made.textCell = textCell;
+    return made;
+}
+
+std::optional<SnmpValue> convert(CTLVCell::ETLVType type, const std::string& bytes, Syntax syntax,
+                                 bool textCell = false)
 {
     std::string problem;
-    auto value = talvik::toSnmpValue(*cell(type, 1, bytes), syntax, problem);
+    auto value = talvik::toSnmpValue(*cell(type, 1, bytes), column(syntax, textCell), problem);
     EXPECT_EQ(value.has_value(), problem.empty()) << problem;
     return value;
 }
@@ -77,6 +88,52 @@ TEST(SnmpText, LosesItsTerminatingNulOnly)
               std::string("a\0", 2));
     EXPECT_FALSE(convert(CTLVCell::TLV_INT, "ab", Syntax::OctetString).has_value());
     EXPECT_FALSE(convert(CTLVCell::TLV_NONE, "ab", Syntax::OctetString).has_value());
+}
+
+TEST(SnmpNumberAsText, IsStrictlyDecimal)
+{
+    const auto number = [](const std::string& text) {
+        const auto value = convert(CTLVCell::TLV_STRING, text + '\0', Syntax::Integer, true);
+        return value ? std::optional(value->number) : std::nullopt;
+    };
+
+    EXPECT_EQ(number("1"), 1);
+    EXPECT_EQ(number("-7"), -7);
+    EXPECT_EQ(number("2147483647"), 2147483647);
+    for (const char* text : {"", " 1", "1 ", "+1", "01", "-0", "0x1", "1.0", "2147483648",
+                             "99999999999999999999", "one"}) {
+        EXPECT_EQ(number(text), std::nullopt) << text;
+    }
+    EXPECT_FALSE(convert(CTLVCell::TLV_INT, bytesOf(1), Syntax::Integer, true).has_value());
+}
+
+TEST(SnmpNumberInAnUnsignedCell, IsAnIntegerWhereOneIsDescribed)
+{
+    const auto value = convert(CTLVCell::TLV_UINT, bytesOf(7U), Syntax::Integer);
+
+    EXPECT_EQ(value->syntax, Syntax::Integer);
+    EXPECT_EQ(value->number, 7);
+}
+
+TEST(SnmpCell, CarriesTextWithItsNulAndNumbersInFourBytes)
+{
+    const auto text = talvik::toCell({Syntax::OctetString, 0, "ab"}, column(Syntax::OctetString));
+    const auto number = talvik::toCell({Syntax::Integer, -2, ""}, column(Syntax::Integer));
+    const auto natural =
+        talvik::toCell({Syntax::Gauge32, 4294967295, ""}, column(Syntax::Unsigned32));
+    const auto decimal = talvik::toCell({Syntax::Integer, 12, ""}, column(Syntax::Integer, true));
+    const auto bytes = [](const CTLVCell& cell) {
+        return std::string(cell.pData, cell.pData + cell.sDataLen);
+    };
+
+    EXPECT_EQ(text->usTagWord, 1U << 4 | CTLVCell::TLV_STRING);
+    EXPECT_EQ(bytes(*text), std::string("ab\0", 3));
+    EXPECT_EQ(number->usTagWord, 1U << 4 | CTLVCell::TLV_INT);
+    EXPECT_EQ(bytes(*number), "\xFE\xFF\xFF\xFF");
+    EXPECT_EQ(natural->usTagWord, 1U << 4 | CTLVCell::TLV_UINT);
+    EXPECT_EQ(bytes(*natural), "\xFF\xFF\xFF\xFF");
+    EXPECT_EQ(decimal->usTagWord, 1U << 4 | CTLVCell::TLV_STRING);
+    EXPECT_EQ(bytes(*decimal), std::string("12\0", 3));
 }
 
 TEST(SnmpIndex, IsANumberOrCountedOctets)
