@@ -1,15 +1,13 @@
 #include "host/platform/name_cache.h"
 
 #include "host/platform/ares_lookup.h"
+#include "host/platform/destination_address.h"
 #include "host/platform/host_log.h"
 #include "host/platform/name_cache_settings.h"
 #include "host/platform/name_log.h"
 #include "host/platform/name_table.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
-#include <array>
 #include <condition_variable>
 #include <csignal>
 #include <exception>
@@ -27,18 +25,15 @@ using Milliseconds = std::chrono::milliseconds;
 constexpr Milliseconds kLongestWait = std::chrono::hours(1);
 constexpr Milliseconds kPauseAfterFailure = std::chrono::seconds(1);
 
-constexpr std::size_t kLongestName = 254;  // with the dot at its end
-
 bool isNumeric(const std::string& address)
 {
-    std::array<unsigned char, sizeof(in6_addr)> bytes{};
-    return ::inet_pton(AF_INET, address.c_str(), bytes.data()) == 1 ||
-           ::inet_pton(AF_INET6, address.substr(0, address.find('%')).c_str(), bytes.data()) == 1;
+    const auto kind = destinationKind(address);
+    return kind == DestinationKind::Ipv4 || kind == DestinationKind::Ipv6;
 }
 
 bool needsLookup(const std::string& address)
 {
-    return !address.empty() && address.size() <= kLongestName && !isNumeric(address);
+    return destinationKind(address) == DestinationKind::Name;
 }
 
 /// While this lives, threads that are started do not take the process's signals.
