@@ -20,6 +20,7 @@ constexpr mode_t kOwnerFile = 0600;
 constexpr mode_t kPermissions = 07777;
 // Many times what a full list takes: checking the file must not hold the start up.
 constexpr off_t kMaxFileSize = off_t{64} << 20U;
+constexpr off_t kHeaderSize = 100;
 
 /// The database itself and what SQLite keeps beside it.
 constexpr const char* kSuffixes[] = {"", "-wal", "-shm", "-journal"};
@@ -107,6 +108,10 @@ void prepareDatabaseFile(const std::string& path)
     // By name: closing a descriptor of the file would give up the locks that the process has on it.
     if ((facts->st_mode & kPermissions) != kOwnerFile && ::chmod(path.c_str(), kOwnerFile) != 0) {
         refuse("protect", path);
+    }
+    // Not left to SQLite, to which a single octet is a new file.
+    if (facts->st_size > 0 && facts->st_size < kHeaderSize) {
+        throw DamagedFile("it ends within its header");
     }
     if (facts->st_size > kMaxFileSize) {
         throw DamagedFile("it is larger than 64 MiB");

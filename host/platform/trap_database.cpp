@@ -60,7 +60,8 @@ void check(SqliteDatabase& database, const std::string& path)
     }
     const auto finding = database.text("PRAGMA quick_check(1)");
     if (finding != "ok") {
-        throw DamagedFile(oneLine(finding));
+        // A heading may stand before it.
+        throw DamagedFile(oneLine(finding.substr(finding.rfind('\n') + 1)));
     }
     SqliteStatement table(database, "SELECT count(*) FROM sqlite_schema WHERE sql = ?1");
     const std::string sql = kTable;
