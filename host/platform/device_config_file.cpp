@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace talvik {
 
@@ -121,6 +122,11 @@ DeviceConfigFile DeviceConfigFile::load(const std::string& path)
         }
     }
     return file;
+}
+
+void DeviceConfigFile::set(const std::string& section, const std::string& item, std::string value)
+{
+    sections_[section][item] = std::move(value);
 }
 
 const std::string* DeviceConfigFile::find(const std::string& section, const std::string& item) const

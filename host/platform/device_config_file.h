@@ -28,6 +28,9 @@ public:
     unsigned long long number(const std::string& section, const std::string& item,
                               unsigned long long limit = ~0ULL) const;
 
+    /// Makes `value` the value of `item` in `section`: for programs that need no file for it.
+    void set(const std::string& section, const std::string& item, std::string value);
+
     /// The path that it was read from.
     const std::string& path() const { return path_; }
 
