@@ -1,0 +1,259 @@
+// Loading of the catalogue: where the two files are, and how they are read.
+
+#include "alarmconfig/alarm_config_parser.h"
+#include "alarmconfig/str_spliter.h"
+#include "framework/debug_kit_guard.h"
+#include "framework/kel_exception.h"
+#include "framework/log_codes.h"
+#include "framework/result_codes.h"
+#include "platform/device_config.h"
+#include "platform/installation_root.h"
+#include "platform/memcpy_s.h"
+
+#include <json/reader.h>
+#include <json/value.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+namespace code = talvik::log_code;
+
+const std::string kMissingText = "None";
+const std::string kSection = "SNMP_CONF";
+
+std::string configuredPath(const char* item, CKELDebugKitGuard& guard, const char* label)
+{
+    std::string path;
+    CKELXmlConfig::instance()->getDeviceItem(kSection, item, path);
+    if (!path.empty()) {
+        guard.debug(code::kDebugLine, label, __LINE__, "file path : %s", path.c_str());
+    }
+    return path;
+}
+
+// Contract: nothing is trimmed, so a configured path that begins with "/" gives a double slash;
+// messages of deployed hosts show it.
+std::string fullPath(const std::string& relative)
+{
+    return KEL_Utility::getKELRootEnv() + "/" + relative;
+}
+
+/// The document in `path`. `openFailure` begins the message when it cannot be opened.
+Json::Value readDocument(const std::string& path, const char* openFailure)
+{
+    std::ifstream file(path);
+    if (!file.is_open()) {
+        throw CKEL_Exception(openFailure + ("(" + path) + ") failed.");
+    }
+    Json::Value document;
+    std::string ignored;
+    bool parsed = false;
+    try {
+        parsed = Json::parseFromStream(Json::CharReaderBuilder(), file, &document, &ignored);
+    } catch (const Json::Exception&) {
+        parsed = false;  // nested too deep
+    }
+    if (!parsed) {
+        throw CKEL_Exception("parse root element failed!");
+    }
+    return document;
+}
+
+/// The member `key` of `value`, or null when it is no object or has none.
+Json::Value* memberOf(Json::Value* value, std::string_view key)
+{
+    if (value == nullptr || !value->isObject()) {
+        return nullptr;
+    }
+    return value->isMember(key.data(), key.data() + key.size()) ? &(*value)[key.data()] : nullptr;
+}
+
+/// As `memberOf`, but throws JsonCpp's exception when `value` is neither object nor null.
+const Json::Value* findMember(const Json::Value& value, std::string_view key)
+{
+    return value.find(key.data(), key.data() + key.size());
+}
+
+/// The text of the member `key` up to its first NUL; "None" when it is missing. Throws JsonCpp's
+/// exception when it is no text.
+const char* textOr(const Json::Value& value, std::string_view key, const char* missing)
+{
+    const auto* member = findMember(value, key);
+    return member == nullptr ? missing : member->asCString();
+}
+
+/// As `textOr`, null for a member that is missing or null.
+const char* nullableText(const Json::Value& value, std::string_view key)
+{
+    const auto* member = findMember(value, key);
+    return member == nullptr || member->isNull() ? nullptr : member->asCString();
+}
+
+/// Hands each element over to `store`, the document being of no more use afterwards. False, with an
+/// error line, when a value of the wrong JSON type ended that.
+// Contract: what was stored before stays, all behind is lost, and the text says "mib file" of
+// either file; hosts start with the definitions that could be read, log filters match on the text.
+template <typename Store>
+bool storeElements(Json::Value& elements, const std::string& path, CKELDebugKitGuard& guard,
+                   const char* label, Store store)
+{
+    try {
+        for (Json::ArrayIndex i = 0; i < elements.size(); ++i) {
+            store(std::move(elements[i]));
+        }
+    } catch (const Json::Exception& error) {
+        guard.error(code::kAlarmConfig, label, __LINE__, "parse mib file %s failed, %s.",
+                    path.c_str(), error.what());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void CAlarmConfigParser::init()
+{
+    const CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    std::string path;
+    getAlarmFilePath(path);
+    parse(path);
+    getAlarmParamEnumFilePath(path);
+    parseAlarmParamEnumDesc(path);
+}
+
+void CAlarmConfigParser::getAlarmFilePath(std::string& path)
+{
+    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    path = configuredPath("ALARM_INI_PATH", guard, "getAlarmFilePath");
+}
+
+void CAlarmConfigParser::getAlarmParamEnumFilePath(std::string& path)
+{
+    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    path = configuredPath("ALARM_PARAM_ENUM_PATH", guard, "getAlarmParamEnumFilePath");
+}
+
+void CAlarmConfigParser::parse(std::string& path)
+{
+    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    path = fullPath(path);
+    auto document = readDocument(path, "open config file");
+    auto* root = memberOf(&document, "root");
+    if (root == nullptr) {
+        throw CKEL_Exception("root element is invalid, should be (root).");
+    }
+    auto* param = memberOf(memberOf(root, "eventDefinition"), "param");
+    if (param == nullptr) {
+        throw CKEL_Exception("parse eventDefinition element failed!");
+    }
+    storeElements(*param, path, guard, "parse",
+                  [this](Json::Value&& item) { parseAlarmItem(std::move(item)); });
+}
+
+int CAlarmConfigParser::parseAlarmItem(Json::Value item)
+{
+    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    if (item.isNull()) {
+        return talvik::result_code::kFailed;
+    }
+    // Contract: read as signed, kept as unsigned, and 0 when it is missing; back ends number their
+    // alarms so.
+    const auto id =
+        static_cast<unsigned long long>(std::strtoll(textOr(item, "eventID", "0"), nullptr, 10));
+    const auto place = alarmItems.lower_bound(id);
+    if (place != alarmItems.end() && place->first == id) {
+        // Contract: the first definition of an id wins; deployed files append corrections for
+        // other hosts.
+        guard.warn(code::kAlarmId, "parseAlarmItem", __LINE__, "repeated alarm %llu, so ignore it.",
+                   id);
+        return talvik::result_code::kFailed;
+    }
+    const char* missing = kMissingText.c_str();
+    const char* name = textOr(item, "name", missing);
+    const char* reason = textOr(item, "reason", missing);
+    const char* suggestion = textOr(item, "suggestion", missing);
+    const char* detail = textOr(item, "detail", missing);
+    const char* location = textOr(item, "location", missing);
+    const char* alarmOid = textOr(item, "alarmOid", missing);
+    const char* paramDesc = textOr(item, "paramDesc", missing);
+
+    auto definition = std::make_unique<CAlarmConfigItem>(
+        id, static_cast<unsigned int>(id), name, reason, suggestion, detail, location, alarmOid);
+    parseAlarmParamEnumDescPair(paramDesc, definition->paramEnumPositions);
+    alarmItems.emplace_hint(place, id, definition.get());
+    definition.release();
+    return talvik::result_code::kSuccess;
+}
+
+int CAlarmConfigParser::parseAlarmParamEnumDescPair(
+    const char* paramDesc, std::vector<std::pair<unsigned int, std::string>>& out)
+{
+    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    if (paramDesc == nullptr) {
+        throw CKEL_Exception("Null pointer.");
+    }
+    const auto length = std::strlen(paramDesc);
+    std::vector<char> text(length + 1, '\0');
+    const int copyResult = memcpy_s(text.data(), text.size(), paramDesc, length);
+    if (copyResult != 0) {
+        guard.warn(code::kAlarmCopyFailed, "parseAlarmParamEnumDescPair", __LINE__,
+                   "memcpy_s is fail, code=%d!", copyResult);
+    }
+    CStrSpliter items(text.data(), ",");
+    while (const char* item = items.next()) {
+        const char* equals = std::strchr(item, '=');
+        if (equals != nullptr) {
+            // Contract: no digits give position 0; deployed files are read that way.
+            out.emplace_back(static_cast<unsigned int>(std::strtol(item, nullptr, 10)), equals + 1);
+        }
+    }
+    return talvik::result_code::kSuccess;
+}
+
+int CAlarmConfigParser::parseAlarmParamEnumDesc(std::string& path)
+{
+    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    path = fullPath(path);
+    auto document = readDocument(path, "open alarm config file");
+    auto* alarm = memberOf(&document, "alarm");
+    if (alarm == nullptr) {
+        throw CKEL_Exception("root element is invalid, should be (alarm).");
+    }
+    auto* types = memberOf(alarm, "param_enum");
+    if (types == nullptr) {
+        throw CKEL_Exception("parse param_enum element failed!");
+    }
+    const bool all =
+        storeElements(*types, path, guard, "parseAlarmParamEnumDesc",
+                      [this](Json::Value&& type) { parseAlarmParamEnumType(std::move(type)); });
+    return all ? talvik::result_code::kSuccess : talvik::result_code::kFailed;
+}
+
+int CAlarmConfigParser::parseAlarmParamEnumType(Json::Value type)
+{
+    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    const char* typeName = type.isNull() ? nullptr : nullableText(type, "name");
+    if (typeName == nullptr) {
+        return talvik::result_code::kFailed;
+    }
+    const auto& members = std::as_const(type)["enum_member"];
+    for (Json::ArrayIndex i = 0; i < members.size(); ++i) {
+        const auto& member = members[i];
+        const char* value = nullableText(member, "value");
+        const char* name = nullableText(member, "name");
+        if (value == nullptr || name == nullptr) {
+            continue;
+        }
+        const auto key = std::string(typeName) + "_" + value;
+        guard.debug(code::kDebugLine, "parseAlarmParamEnumType", __LINE__, "EnumDescKey is (%s)",
+                    key.c_str());
+        enumLiterals.emplace(key, name);  // Contract: the first literal of a key wins, in silence;
+                                          // files for several products rely on it.
+    }
+    return talvik::result_code::kSuccess;
+}

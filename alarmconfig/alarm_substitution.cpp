@@ -1,0 +1,256 @@
+#include "alarmconfig/alarm_substitution.h"
+
+#include "alarmconfig/alarm_text.h"
+#include "alarmconfig/step_log.h"
+
+#include <algorithm>
+
+namespace talvik {
+
+namespace {
+
+constexpr const char* kLabel = "replaceAlarmParamInfo";
+
+// Contract: not the "--" of an empty value; operators tell a position beyond the values by it.
+constexpr std::string_view kBeyondPairs = "None";
+
+/// As `strtol` with base 10 reads the at most two characters of a position.
+// Contract: not the conversion of `parserParmeterByDetail`; definitions with blanks or signs in a
+// position get different results in their values and their texts, which deployed ones rely on.
+int positionIn(std::string_view text)
+{
+    const auto start = text.find_first_not_of(" \t\n\v\f\r");
+    text.remove_prefix(std::min(start, text.size()));
+    const bool negative = !text.empty() && text.front() == '-';
+    if (negative || (!text.empty() && text.front() == '+')) {
+        text.remove_prefix(1);
+    }
+    int number = 0;
+    for (const char digit : text) {
+        if (digit < '0' || digit > '9') {
+            break;
+        }
+        number = number * 10 + (digit - '0');
+    }
+    return negative ? -number : number;
+}
+
+/// The characters of one placeholder, which may stand partly in a value and partly behind it.
+struct Placeholder {
+    char text[kPlaceholderMark.size() + kPositionDigits];
+    std::size_t size = 0;
+
+    std::string_view whole() const { return {text, size}; }
+    std::string_view digits() const { return whole().substr(kPlaceholderMark.size()); }
+    bool reachesTheEnd() const { return size < sizeof text; }
+};
+
+/// One run over a text. Values with a "#" in them are read again in front of what is left, as
+/// sources of their own on a stack; a source stays on it until something behind it is read. What
+/// happens in between follows from the value alone, which is why a value that is asked for while it
+/// is on the stack would be asked for again and again.
+class Filling {
+public:
+    Filling(std::string_view text, const ValuePairs& pairs, std::string& filled, StepLog& log)
+        : text_(text),
+          pairs_(pairs),
+          filled_(filled),
+          log_(log)
+    {
+    }
+
+    bool run()
+    {
+        while (appendUpToPlaceholder()) {
+            const bool nested = !values_.empty();
+            const auto placeholder = takePlaceholder();
+            if (placeholder.digits().empty()) {
+                log_.guard().error(log_code::kAlarmNothingThere, kLabel, __LINE__,
+                                   "no alarm parameter pos");
+                return false;
+            }
+            if (!replace(placeholder, nested)) {
+                stopBefore(placeholder);
+                return true;
+            }
+        }
+        return true;
+    }
+
+private:
+    struct Source {
+        std::string_view left;
+        int position;
+    };
+
+    std::string_view& top() { return values_.empty() ? text_ : values_.back().left; }
+
+    /// False at the end of everything; otherwise a mark comes next.
+    bool appendUpToPlaceholder()
+    {
+        while (true) {
+            auto& source = top();
+            const auto mark = source.find(kPlaceholderMark);
+            if (mark != std::string_view::npos) {
+                filled_.append(source.substr(0, mark));
+                source.remove_prefix(mark);
+                return true;
+            }
+            if (values_.empty()) {
+                filled_.append(source);
+                return false;
+            }
+            if (!source.empty() && source.back() == '#' && charBehindTop() == '#') {
+                filled_.append(source.substr(0, source.size() - 1));
+                source.remove_prefix(source.size() - 1);
+                return true;
+            }
+            filled_.append(source);
+            values_.pop_back();
+        }
+    }
+
+    char charBehindTop() const
+    {
+        for (auto value = values_.rbegin() + 1; value != values_.rend(); ++value) {
+            if (!value->left.empty()) {
+                return value->left.front();
+            }
+        }
+        return text_.empty() ? '\0' : text_.front();
+    }
+
+    Placeholder takePlaceholder()
+    {
+        Placeholder placeholder;
+        if (values_.empty()) {  // as below, at once
+            placeholder.size = text_.copy(placeholder.text, sizeof placeholder.text);
+            text_.remove_prefix(placeholder.size);
+            return placeholder;
+        }
+        while (placeholder.reachesTheEnd()) {
+            while (!values_.empty() && top().empty()) {
+                values_.pop_back();
+            }
+            if (top().empty()) {
+                break;
+            }
+            placeholder.text[placeholder.size++] = top().front();
+            top().remove_prefix(1);
+        }
+        return placeholder;
+    }
+
+    /// False when that would not end.
+    // Contract: up to four characters go, also where the position has one digit only; definitions
+    // are written with two.
+    bool replace(const Placeholder& placeholder, bool nested)
+    {
+        const int position = positionIn(placeholder.digits());
+        const std::string_view value = valueFor(position);
+        if (nested && !spend(value.size())) {
+            return false;
+        }
+        // Contract: the value is read again from its start; definitions nest placeholders.
+        if (value.find('#') == std::string_view::npos) {
+            filled_.append(value);
+            return true;
+        }
+        if (isUnderWay(position, placeholder.reachesTheEnd())) {
+            log_.guard().warn(
+                log_code::kAlarmParameter, kLabel, __LINE__,
+                "alarm parameter pos %d leads back to itself at character %zu, so the "
+                "text is left as it is from there on",
+                position, filled_.size());
+            return false;
+        }
+        values_.push_back({value, position});
+        return true;
+    }
+
+    std::string_view valueFor(int position)
+    {
+        if (position < 0 || static_cast<std::size_t>(position) >= pairs_.size()) {
+            log_.guard().warn(log_code::kAlarmParameter, kLabel, __LINE__,
+                              "alarm parameter pos %d is out of range[0, %d]", position,
+                              static_cast<int>(pairs_.size()) - 1);
+            return kBeyondPairs;
+        }
+        const auto* value = valueAt(pairs_, position);
+        if (value == nullptr) {
+            log_.guard().warn(log_code::kAlarmParameter, kLabel, __LINE__,
+                              "alarm parameter pos %d is not in the parameters of the detail",
+                              position);
+            return kNoValue;
+        }
+        return *value;
+    }
+
+    /// Counts a placeholder of a value; false when that is too much.
+    bool spend(std::size_t length)
+    {
+        ++nestedSubstitutions_;
+        nestedLength_ += length;
+        if (nestedSubstitutions_ <= kMaxNestedSubstitutions && nestedLength_ <= kMaxNestedLength) {
+            return true;
+        }
+        log_.guard().warn(log_code::kAlarmParameter, kLabel, __LINE__,
+                          "the values of an alarm text ask for more than %zu values or %zu "
+                          "characters at character %zu, so the text is left as it is from there on",
+                          kMaxNestedSubstitutions, kMaxNestedLength, filled_.size());
+        return false;
+    }
+
+    bool isUnderWay(int position, bool atTheEnd)
+    {
+        if (atTheEnd) {  // nothing is left behind the value, so it must not come here twice
+            const bool again = std::find(positionsAtTheEnd_.begin(), positionsAtTheEnd_.end(),
+                                         position) != positionsAtTheEnd_.end();
+            positionsAtTheEnd_.push_back(position);
+            return again;
+        }
+        return std::any_of(values_.begin(), values_.end(),
+                           [position](const Source& value) { return value.position == position; });
+    }
+
+    void stopBefore(const Placeholder& placeholder)
+    {
+        filled_.append(placeholder.whole());
+        for (auto value = values_.rbegin(); value != values_.rend(); ++value) {
+            filled_.append(value->left);
+        }
+        filled_.append(text_);
+    }
+
+    std::string_view text_;  // what is left of it
+    const ValuePairs& pairs_;
+    std::string& filled_;
+    std::vector<Source> values_;
+    std::vector<int> positionsAtTheEnd_;
+    std::size_t nestedSubstitutions_ = 0;
+    std::size_t nestedLength_ = 0;
+    StepLog& log_;
+};
+
+}  // namespace
+
+const std::string* valueAt(const ValuePairs& pairs, int position)
+{
+    if (position < 0) {
+        return nullptr;
+    }
+    const auto wanted = static_cast<unsigned int>(position);
+    const auto pair = std::find_if(pairs.begin(), pairs.end(),
+                                   [wanted](const auto& each) { return each.first == wanted; });
+    return pair == pairs.end() ? nullptr : &pair->second;
+}
+
+bool fillPlaceholders(std::string_view text, const ValuePairs& pairs, std::string& filled,
+                      StepLog& log)
+{
+    filled.clear();
+    filled.reserve(text.size() + text.size() / 2);
+    return Filling(text, pairs, filled, log).run();
+}
+
+}  // namespace talvik

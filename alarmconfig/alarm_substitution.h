@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace talvik {
+
+class StepLog;
+
+using ValuePairs = std::vector<std::pair<unsigned int, std::string>>;
+
+/// What opens a placeholder, and how many characters of position follow.
+constexpr std::string_view kPlaceholderMark = "##";
+constexpr std::size_t kPositionDigits = 2;
+
+/// What stands for an empty or unknown value.
+constexpr std::string_view kNoValue = "--";
+
+/// The value of the first pair with `position`, or null when there is none.
+const std::string* valueAt(const ValuePairs& pairs, int position);
+
+/// Writes `text` with its placeholders filled from `pairs` to `filled`, which must not be part of
+/// the others. False when a placeholder has no position; `filled` then holds no usable text.
+/// alarm_text.h says what bounds the work.
+bool fillPlaceholders(std::string_view text, const ValuePairs& pairs, std::string& filled,
+                      StepLog& log);
+
+}  // namespace talvik
