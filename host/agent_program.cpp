@@ -1,11 +1,13 @@
 #include "host/agent_program.h"
 
 #include "framework/snmp_handler.h"
+#include "host/installation_paths.h"
 #include "host/link/backend_choice.h"
 #include "host/link/configuration_link.h"
 #include "host/module_loader.h"
 #include "host/platform/device_config_file.h"
 #include "host/platform/host_log.h"
+#include "host/platform/installation_root.h"
 #include "host/platform/name_cache.h"
 #include "host/platform/trap_store.h"
 #include "host/snmp/agent.h"
@@ -152,6 +154,7 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
 {
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
+    installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
     const StateDirectory state(options.stateDir);
     const InstalledBackend backend(options.backend, device);
     const InstalledTrapStore trapStore(options.stateDir);
@@ -174,6 +177,7 @@ void checkAgent(const AgentOptions& options)
 {
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
+    installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
     const InstalledBackend backend(options.backend, device);
     const ServedModule module(options.moduleFile, options.mibDir);
 

@@ -59,4 +59,9 @@ std::string InstallationPaths::stateDirectory() const
     return isSystemPrefix() ? "/var/lib/talvik" : (prefix_ / "var/lib/talvik").string();
 }
 
+std::string InstallationPaths::installationRoot() const
+{
+    return firstThatExists({prefix_ / "share/talvik", sourceRoot_});
+}
+
 }  // namespace talvik

@@ -31,6 +31,10 @@ public:
     std::string mibDirectory() const;
     std::string stateDirectory() const;
 
+    /// What file locations in the device configuration are relative to: PREFIX/share/talvik if it
+    /// is there, else SOURCE. Either has a folder etc/ with the files of the delivery.
+    std::string installationRoot() const;
+
 private:
     bool isSystemPrefix() const { return prefix_ == "/usr"; }
 
