@@ -22,4 +22,7 @@ using Action = std::function<int()>;
 /// Adds `talvikctl backend ...`.
 void addBackendCommands(CLI::App& talvikctl, Action& action);
 
+/// Adds `talvikctl trap ...`.
+void addTrapCommands(CLI::App& talvikctl, Action& action);
+
 }  // namespace talvik::ctl

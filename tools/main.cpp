@@ -18,9 +18,11 @@ int run(int argc, char** argv)
     app.require_subcommand(1);
     app.footer("Examples:\n"
                "  talvikctl backend status --socket /run/talvik/backend.sock\n"
-               "  talvikctl backend status --help");
+               "  talvikctl trap list\n"
+               "  talvikctl trap add --help");
     Action action;
     addBackendCommands(app, action);
+    addTrapCommands(app, action);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

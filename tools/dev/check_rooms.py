@@ -46,7 +46,8 @@ EXCEPTIONS = {
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)')
-LIBRARY_DOOR = "host/snmp/net_snmp.h"
+# The agent's side and the client's side of the library.
+LIBRARY_DOORS = ("host/snmp/net_snmp.h", "tools/net_snmp_client.h")
 LIBRARY_HEADERS = "net-snmp/"
 # The SNMP value types keep their libraries' include paths, whoever supplies them.
 VALUE_TYPES = ("snmp_pp/", "agent_pp/")
@@ -86,8 +87,9 @@ def findings(root):
                     yield path, number, f"{room} may not include the SNMP value types"
                 continue
             if bracketed:
-                if bracketed.startswith(LIBRARY_HEADERS) and path != LIBRARY_DOOR:
-                    yield path, number, f"<{bracketed}> is included in {LIBRARY_DOOR} only; include that"
+                if bracketed.startswith(LIBRARY_HEADERS) and path not in LIBRARY_DOORS:
+                    doors = " and ".join(LIBRARY_DOORS)
+                    yield path, number, f"<{bracketed}> is included in {doors} only; include the one of your room"
                 continue
             # The carried types can be built without this tree round them.
             if room == "snmp_types/" and ((root / path).parent / quoted).is_file():

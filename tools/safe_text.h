@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace talvik::ctl {
+
+/// `text` made safe for a terminal: control characters, characters that turn the writing direction
+/// and bytes that are no UTF-8 become \xNN, a backslash becomes two.
+std::string printable(const std::string& text);
+
+/// `text` as valid UTF-8, for JSON: bytes that are none become the four characters \xNN.
+std::string validUtf8(const std::string& text);
+
+/// How many characters a terminal shows of a printable text.
+std::size_t shownLength(const std::string& text);
+
+}  // namespace talvik::ctl

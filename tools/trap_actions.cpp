@@ -1,0 +1,144 @@
+#include "tools/trap_actions.h"
+
+#include "tools/command.h"
+#include "tools/snmp_client.h"
+#include "tools/trap_output.h"
+#include "tools/trap_table.h"
+
+#include <algorithm>
+#include <functional>
+#include <iostream>
+
+namespace talvik::ctl {
+
+namespace {
+
+void printFailure(const TrapOptions& options, const Failure& failure)
+{
+    if (options.json) {
+        auto value = failureJson(failure);
+        value["agent"] = options.snmp.agent;
+        std::cout << jsonText(value);
+    } else {
+        std::cerr << failureText(failure);
+    }
+}
+
+/// Runs `work` on the agent's table. Returns the exit status.
+int onTable(const TrapOptions& options, const std::function<void(TrapTable&)>& work)
+{
+    try {
+        SnmpClient client(options.snmp);
+        TrapTable table(client);
+        work(table);
+        return kExitGood;
+    } catch (const Failure& failure) {
+        printFailure(options, failure);
+        return kExitBad;
+    }
+}
+
+Json::Value indexJson(const TrapOptions& options, std::uint32_t index)
+{
+    Json::Value value;
+    value["agent"] = options.snmp.agent;
+    value["index"] = index;
+    return value;
+}
+
+/// What came of a removal of several rows.
+struct Removal {
+    std::vector<std::uint32_t> removed;
+    std::vector<std::pair<std::uint32_t, Failure>> failed;
+};
+
+Removal removeEach(TrapTable& table, const std::vector<std::uint32_t>& indexes)
+{
+    Removal removal;
+    std::vector<std::uint32_t> seen;
+    for (const auto index : indexes) {
+        if (std::find(seen.begin(), seen.end(), index) != seen.end()) {
+            continue;
+        }
+        seen.push_back(index);
+        try {
+            table.remove(index);
+            removal.removed.push_back(index);
+        } catch (const Failure& failure) {
+            removal.failed.emplace_back(index, failure);
+            if (failure.kind() == Failure::Kind::Connection) {
+                break;  // the others would wait for nothing
+            }
+        }
+    }
+    return removal;
+}
+
+void printRemoval(const TrapOptions& options, const Removal& removal)
+{
+    if (!options.json) {
+        for (const auto index : removal.removed) {
+            std::cout << "removed trap destination " << index << '\n';
+        }
+        for (const auto& failed : removal.failed) {
+            std::cerr << failureText(failed.second);
+        }
+        return;
+    }
+    Json::Value root;
+    root["agent"] = options.snmp.agent;
+    root["removed"] = Json::Value(Json::arrayValue);
+    root["failed"] = Json::Value(Json::arrayValue);
+    for (const auto index : removal.removed) {
+        root["removed"].append(index);
+    }
+    for (const auto& failed : removal.failed) {
+        auto value = failureJson(failed.second);
+        value["index"] = failed.first;
+        root["failed"].append(value);
+    }
+    std::cout << jsonText(root);
+}
+
+}  // namespace
+
+int runTrapList(const TrapOptions& options)
+{
+    return onTable(options, [&](TrapTable& table) {
+        const auto destinations = table.list();
+        std::cout << (options.json ? jsonText(trapTableJson(options.snmp.agent, destinations))
+                                   : trapTableText(destinations));
+    });
+}
+
+int runTrapAdd(const TrapOptions& options)
+{
+    return onTable(options, [&](TrapTable& table) {
+        const auto index = table.add(options.destination);
+        std::cout << (options.json ? jsonText(indexJson(options, index))
+                                   : std::to_string(index) + "\n");
+    });
+}
+
+int runTrapModify(const TrapOptions& options)
+{
+    const auto index = options.destination.index;
+    return onTable(options, [&](TrapTable& table) {
+        table.modify(options.destination);
+        std::cout << (options.json ? jsonText(indexJson(options, index))
+                                   : "changed trap destination " + std::to_string(index) + "\n");
+    });
+}
+
+int runTrapRemove(const TrapOptions& options)
+{
+    bool allRemoved = false;
+    const int status = onTable(options, [&](TrapTable& table) {
+        const auto removal = removeEach(table, options.indexes);
+        printRemoval(options, removal);
+        allRemoved = removal.failed.empty();
+    });
+    return status == kExitGood && !allRemoved ? kExitBad : status;
+}
+
+}  // namespace talvik::ctl

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "tools/snmp_settings.h"
+#include "tools/trap_destination.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace talvik::ctl {
+
+/// What a `talvikctl trap` command was asked.
+struct TrapOptions {
+    SnmpSettings snmp;
+    TrapDestination destination;         ///< of add and modify
+    std::vector<std::uint32_t> indexes;  ///< of remove
+    bool json = false;
+};
+
+/// Each carries its command out, prints what came of it and returns the exit status. They throw
+/// `StartupError` when the SNMP settings cannot be used.
+int runTrapList(const TrapOptions& options);
+int runTrapAdd(const TrapOptions& options);
+int runTrapModify(const TrapOptions& options);
+int runTrapRemove(const TrapOptions& options);
+
+}  // namespace talvik::ctl
