@@ -157,7 +157,9 @@ void CAlarmConfigParser::parse(std::string& path)
 
 int CAlarmConfigParser::parseAlarmItem(Json::Value item)
 {
-    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    static const std::string signature =
+        __PRETTY_FUNCTION__;  // made once: this runs for each alarm
+    CKELDebugKitGuard guard(talvik::kLogModule, signature);
     if (item.isNull()) {
         return talvik::result_code::kFailed;
     }
@@ -193,7 +195,9 @@ int CAlarmConfigParser::parseAlarmItem(Json::Value item)
 int CAlarmConfigParser::parseAlarmParamEnumDescPair(
     const char* paramDesc, std::vector<std::pair<unsigned int, std::string>>& out)
 {
-    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    static const std::string signature =
+        __PRETTY_FUNCTION__;  // made once: this runs for each alarm
+    CKELDebugKitGuard guard(talvik::kLogModule, signature);
     if (paramDesc == nullptr) {
         throw CKEL_Exception("Null pointer.");
     }

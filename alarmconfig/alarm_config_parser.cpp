@@ -1,5 +1,6 @@
 #include "alarmconfig/alarm_config_parser.h"
 
+#include "alarmconfig/alarm_substitution.h"
 #include "alarmconfig/alarm_text.h"
 #include "framework/debug_kit_guard.h"
 #include "framework/log_codes.h"
@@ -113,7 +114,8 @@ int CAlarmConfigParser::getAlarmInfo(unsigned long long alarmId, const std::stri
                                      std::string& name, std::string& suggestion)
 {
     constexpr const char* label = "getAlarmInfo";
-    CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    static const std::string signature = __PRETTY_FUNCTION__;  // made once: this runs for each row
+    CKELDebugKitGuard guard(talvik::kLogModule, signature);
     const Lock lock(itemMutex);
     const auto* item = itemOf(alarmItems, alarmId, guard, label);
     if (item == nullptr) {
@@ -132,21 +134,21 @@ int CAlarmConfigParser::getAlarmInfo(unsigned long long alarmId, const std::stri
     auto cleanDetail = item->detail;
     replaceBraceWithEmptyString(cleanDetail);
 
-    int result = replaceAlarmParamInfo(item->location, location, pairs);
+    int result = talvik::fillText(item->location, location, pairs);
     if (result != talvik::result_code::kSuccess) {
         guard.error(code::kAlarmConfig, label, __LINE__,
                     "parse alarm location %s using parameter %s failed. parsed location is %s.",
                     item->location.c_str(), params.c_str(), location.c_str());
         return result;
     }
-    result = replaceAlarmParamInfo(std::move(cleanDetail), detail, pairs);
+    result = talvik::fillText(cleanDetail, detail, pairs);
     if (result != talvik::result_code::kSuccess) {
         guard.error(code::kAlarmConfig, label, __LINE__,
                     "parse alarm detail %s using parameter %s failed, parsed detail is %s.",
                     item->detail.c_str(), params.c_str(), detail.c_str());
         return result;
     }
-    result = replaceAlarmParamInfo(item->suggestion, suggestion, pairs);
+    result = talvik::fillText(item->suggestion, suggestion, pairs);
     if (result != talvik::result_code::kSuccess) {
         // Contract: "parsed detail" in the suggestion's line too; log filters match on it.
         guard.error(code::kAlarmConfig, label, __LINE__,

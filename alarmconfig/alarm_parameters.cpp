@@ -4,7 +4,6 @@
 #include "alarmconfig/alarm_substitution.h"
 #include "alarmconfig/alarm_text.h"
 #include "alarmconfig/step_log.h"
-#include "framework/result_codes.h"
 #include "platform/snmp_util.h"
 
 #include <algorithm>
@@ -65,16 +64,5 @@ void CAlarmConfigParser::replaceAlarmParamEnumValueDesc(
 int CAlarmConfigParser::replaceAlarmParamInfo(std::string text, std::string& out,
                                               const ValuePairs& pairs)
 {
-    // Contract: placeholders stay when there are no values at all; managers know such alarms.
-    if (pairs.empty() || text.find(talvik::kPlaceholderMark) == std::string::npos) {
-        out = std::move(text);
-        return talvik::result_code::kSuccess;
-    }
-    talvik::StepLog log(__PRETTY_FUNCTION__);
-    std::string filled;
-    if (!talvik::fillPlaceholders(text, pairs, filled, log)) {
-        return talvik::result_code::kNoParameterPosition;
-    }
-    out = std::move(filled);
-    return talvik::result_code::kSuccess;
+    return talvik::fillText(text, out, pairs);
 }

@@ -2,6 +2,7 @@
 
 #include "alarmconfig/alarm_text.h"
 #include "alarmconfig/step_log.h"
+#include "framework/result_codes.h"
 
 #include <algorithm>
 
@@ -251,6 +252,22 @@ bool fillPlaceholders(std::string_view text, const ValuePairs& pairs, std::strin
     filled.clear();
     filled.reserve(text.size() + text.size() / 2);
     return Filling(text, pairs, filled, log).run();
+}
+
+int fillText(std::string_view text, std::string& out, const ValuePairs& pairs)
+{
+    // Contract: placeholders stay when there are no values at all; managers know such alarms.
+    if (pairs.empty()) {
+        out.assign(text);
+        return result_code::kSuccess;
+    }
+    StepLog log("CAlarmConfigParser::replaceAlarmParamInfo");
+    std::string filled;
+    if (!fillPlaceholders(text, pairs, filled, log)) {
+        return result_code::kNoParameterPosition;
+    }
+    out = std::move(filled);
+    return result_code::kSuccess;
 }
 
 }  // namespace talvik

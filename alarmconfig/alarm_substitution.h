@@ -28,4 +28,8 @@ const std::string* valueAt(const ValuePairs& pairs, int position);
 bool fillPlaceholders(std::string_view text, const ValuePairs& pairs, std::string& filled,
                       StepLog& log);
 
+/// `CAlarmConfigParser::replaceAlarmParamInfo` for a text that need not be copied: `text` with its
+/// placeholders filled from `pairs`, into `out`, which must not be part of them.
+int fillText(std::string_view text, std::string& out, const ValuePairs& pairs);
+
 }  // namespace talvik

@@ -167,9 +167,8 @@ void replaceBraceWithEmptyString(std::string& text)
     if (open == std::string::npos) {
         return;
     }
-    std::string kept;
-    kept.reserve(text.size());
-    std::size_t done = 0;
+    auto kept = open;  // end of what stays
+    auto rest = open;  // start of what is not moved up to it yet
     while (open != std::string::npos) {
         const auto close = text.find('}', open);
         if (close == std::string::npos) {
@@ -179,12 +178,15 @@ void replaceBraceWithEmptyString(std::string& text)
                        "replaceBraceWithEmptyString error");
             break;
         }
-        kept.append(text, done, open - done);
-        done = close + 1;
-        open = text.find('{', done);
+        rest = close + 1;
+        open = text.find('{', rest);
+        if (open != std::string::npos) {
+            std::copy_n(text.data() + rest, open - rest, text.data() + kept);
+            kept += open - rest;
+            rest = open;
+        }
     }
-    kept.append(text, done);
-    text.swap(kept);
+    text.erase(kept, rest - kept);
 }
 
 bool replaceParaWithBraceValue(std::string& text, int pos, unsigned long start,

@@ -157,10 +157,9 @@ TEST_F(AlarmFillingLog, TracesAroundItsLinesWithTheSignature)
 {
     fill("##03", kThree);
 
-    EXPECT_THAT(host.texts("trace"),
-                ElementsAre(testing::StartsWith("enter int CAlarmConfigParser::"
-                                                "replaceAlarmParamInfo("),
-                            testing::EndsWith(": OK")));
+    EXPECT_THAT(host.texts("trace"), ElementsAre(testing::StartsWith("enter CAlarmConfigParser::"
+                                                                     "replaceAlarmParamInfo..."),
+                                                 testing::EndsWith(": OK")));
 }
 
 }  // namespace
