@@ -22,3 +22,4 @@ extern "C" {
 #undef PACKAGE_STRING
 #undef PACKAGE_TARNAME
 #undef PACKAGE_BUGREPORT
+#undef ACTION  // a name that ACE uses

@@ -3,6 +3,7 @@
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/net_snmp.h"
 #include "host/snmp/pdu_context.h"
+#include "host/snmp/set_phases.h"
 #include "host/snmp/varbind.h"
 #include "host/startup_error.h"
 
@@ -19,14 +20,6 @@ using HeldSnapshot = std::shared_ptr<const TableSnapshot>;
 void releaseSnapshot(void* held)
 {
     delete static_cast<HeldSnapshot*>(held);
-}
-
-ObjectId suffixOf(const netsnmp_variable_list& variable, const ObjectId& base)
-{
-    const ObjectId name(variable.name, variable.name + variable.name_length);
-    return startsWith(name, base)
-               ? ObjectId(name.begin() + static_cast<long>(base.size()), name.end())
-               : ObjectId();
 }
 
 void answerGet(const MibTable& table, const TableSnapshot& rows, netsnmp_agent_request_info* info,
@@ -83,7 +76,7 @@ public:
         const auto& table = source_->table();
         auto* registration = netsnmp_create_handler_registration(
             table.name.c_str(), &Subtree::onRequest, table.id.data(), table.id.size(),
-            HANDLER_CAN_RONLY);
+            table.rowStatus == 0 ? HANDLER_CAN_RONLY : HANDLER_CAN_RWRITE);
         if (registration == nullptr) {
             throw std::bad_alloc();
         }
@@ -108,7 +101,8 @@ private:
     int answer(netsnmp_agent_request_info* info, netsnmp_request_info* requests)
     {
         if (info->mode != MODE_GET && info->mode != MODE_GETNEXT) {
-            return SNMP_ERR_NOTWRITABLE;
+            takeSetPhase(*source_, key_ + ":set", info, requests);
+            return SNMP_ERR_NOERROR;
         }
         const auto rows = snapshotFor(info);
         for (auto* request = requests; request != nullptr; request = request->next) {

@@ -8,8 +8,9 @@
 namespace talvik {
 
 /// Answers SNMP requests from tables: one registration with net-snmp's agent library a table. A
-/// request sees one snapshot of each table, taken when it first touches it. Read-only: net-snmp
-/// answers a SET with notWritable by itself, and repeats GETNEXT for a GETBULK, so that views are
+/// request sees one snapshot of each table, taken when it first touches it. A SET changes one row
+/// of a table that has a RowStatus, all or nothing (`set_transaction.h`); for the others net-snmp
+/// answers it with notWritable by itself. It repeats GETNEXT for a GETBULK, so that views are
 /// checked for every variable.
 class RequestBridge {
 public:

@@ -19,6 +19,12 @@ struct SnmpValue {
     std::string octets;
 };
 
+/// A value and the column that it goes into.
+struct ColumnValue {
+    const MibColumn* column;
+    SnmpValue value;
+};
+
 /// The most octets that a cell can carry as a text, which has a NUL behind it there.
 constexpr long kMaxTextOctets = 65534;
 

@@ -59,4 +59,36 @@ void setValue(netsnmp_variable_list& variable, const SnmpValue& value)
     }
 }
 
+ObjectId suffixOf(const netsnmp_variable_list& variable, const ObjectId& base)
+{
+    const ObjectId name(variable.name, variable.name + variable.name_length);
+    return startsWith(name, base)
+               ? ObjectId(name.begin() + static_cast<long>(base.size()), name.end())
+               : ObjectId();
+}
+
+std::optional<SnmpValue> valueOf(const netsnmp_variable_list& variable)
+{
+    SnmpValue value;
+    switch (variable.type) {
+    case ASN_OCTET_STR:
+        value.syntax = Syntax::OctetString;
+        value.octets.assign(variable.val.string, variable.val.string + variable.val_len);
+        return value;
+    case ASN_INTEGER:
+        value.syntax = Syntax::Integer;
+        break;
+    case ASN_GAUGE:
+        value.syntax = Syntax::Gauge32;
+        break;
+    case ASN_TIMETICKS:
+        value.syntax = Syntax::TimeTicks;
+        break;
+    default:  // counters are never written
+        return std::nullopt;
+    }
+    value.number = *variable.val.integer;
+    return value;
+}
+
 }  // namespace talvik

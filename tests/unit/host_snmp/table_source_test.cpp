@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <stdexcept>
 
@@ -88,6 +89,63 @@ TEST_F(TableSourceOf, AHandlerThatWantsBatchesIsRefused)
 {
     EXPECT_THROW(TableSource(table, std::make_unique<ScriptedHandler>(&oneRow, false)),
                  talvik::StartupError);
+}
+
+class KeptAnswer : public TableSourceOf {
+protected:
+    KeptAnswer() { table.answerLifetime = std::chrono::milliseconds(1000); }
+
+    std::shared_ptr<const talvik::TableSnapshot> ask() { return source.query(CKEL_SnmpContext()); }
+
+    int calls = 0;
+    std::chrono::steady_clock::time_point now;
+    TableSource source{table, std::make_unique<ScriptedHandler>([this](Package& rows) {
+                           ++calls;
+                           return oneRow(rows) + result;
+                       }),
+                       [this] { return now; }};
+    int result = 0;
+};
+
+TEST_F(KeptAnswer, ServesAgainUntilItIsTooOld)
+{
+    const auto first = ask();
+    now += std::chrono::milliseconds(999);
+    EXPECT_EQ(ask(), first);
+    now += std::chrono::milliseconds(1);
+    EXPECT_NE(ask(), first);
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(KeptAnswer, IsNotKeptWhenTheTableSaysNothingOfIt)
+{
+    table.answerLifetime = std::chrono::milliseconds(0);
+    ask();
+    ask();
+
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(KeptAnswer, IsNoFailure)
+{
+    result = 7;
+    EXPECT_EQ(ask(), nullptr);
+    result = 0;
+    EXPECT_NE(ask(), nullptr);
+}
+
+TEST_F(KeptAnswer, IsDroppedByEveryChangeEvenOneThatFails)
+{
+    const CKEL_SnmpContext context;
+    ask();
+    EXPECT_FALSE(source.createRow(context, 1, {}).succeeded());
+    ask();
+    EXPECT_FALSE(source.modifyRow(context, 1, {}).succeeded());
+    ask();
+    EXPECT_FALSE(source.deleteRow(context, 1).succeeded());
+    ask();
+
+    EXPECT_EQ(calls, 4);
 }
 
 }  // namespace

@@ -1,0 +1,105 @@
+#include "host/snmp/set_phases.h"
+
+#include "host/snmp/pdu_context.h"
+#include "host/snmp/set_transaction.h"
+#include "host/snmp/varbind.h"
+
+#include <memory>
+#include <new>
+
+namespace talvik {
+
+namespace {
+
+void releaseTransaction(void* held)
+{
+    delete static_cast<SetTransaction*>(held);
+}
+
+int codeOf(SetError error)
+{
+    switch (error) {
+    case SetError::NoCreation:
+        return SNMP_ERR_NOCREATION;
+    case SetError::NotWritable:
+        return SNMP_ERR_NOTWRITABLE;
+    case SetError::WrongType:
+        return SNMP_ERR_WRONGTYPE;
+    case SetError::WrongLength:
+        return SNMP_ERR_WRONGLENGTH;
+    case SetError::WrongValue:
+        return SNMP_ERR_WRONGVALUE;
+    case SetError::InconsistentName:
+        return SNMP_ERR_INCONSISTENTNAME;
+    case SetError::InconsistentValue:
+        return SNMP_ERR_INCONSISTENTVALUE;
+    case SetError::ResourceUnavailable:
+        return SNMP_ERR_RESOURCEUNAVAILABLE;
+    case SetError::CommitFailed:
+        return SNMP_ERR_COMMITFAILED;
+    case SetError::UndoFailed:
+        return SNMP_ERR_UNDOFAILED;
+    case SetError::GenErr:
+        break;
+    }
+    return SNMP_ERR_GENERR;
+}
+
+SetTransaction& begin(TableSource& source, const std::string& key, netsnmp_agent_request_info* info,
+                      netsnmp_request_info* requests)
+{
+    std::vector<WrittenVariable> variables;
+    for (auto* request = requests; request != nullptr; request = request->next) {
+        variables.push_back(
+            {suffixOf(*request->requestvb, source.table().id), valueOf(*request->requestvb)});
+    }
+    auto made = std::make_unique<SetTransaction>(source, contextOf(*info), std::move(variables));
+    auto* node = netsnmp_create_data_list(key.c_str(), made.get(), &releaseTransaction);
+    if (node == nullptr) {
+        throw std::bad_alloc();
+    }
+    netsnmp_agent_add_list_data(info, node);
+    return *made.release();
+}
+
+SetOutcome take(SetTransaction& transaction, int phase)
+{
+    switch (phase) {
+    case MODE_SET_RESERVE1:
+        return transaction.check();
+    case MODE_SET_RESERVE2:
+        return transaction.prepare();
+    case MODE_SET_ACTION:
+        return transaction.act();
+    case MODE_SET_UNDO:
+        return transaction.undo();
+    default:
+        return std::nullopt;  // COMMIT and FREE: nothing is left to do
+    }
+}
+
+void report(const SetFault& fault, netsnmp_agent_request_info* info, netsnmp_request_info* requests)
+{
+    auto* request = requests;
+    for (auto left = fault.position; left != 0 && request->next != nullptr; --left) {
+        request = request->next;
+    }
+    netsnmp_set_request_error(info, request, codeOf(fault.error));
+}
+
+}  // namespace
+
+void takeSetPhase(TableSource& source, const std::string& key, netsnmp_agent_request_info* info,
+                  netsnmp_request_info* requests)
+{
+    auto* held = static_cast<SetTransaction*>(netsnmp_agent_get_list_data(info, key.c_str()));
+    if (held == nullptr && info->mode != MODE_SET_RESERVE1) {
+        return;  // nothing was begun, so there is nothing to free or to take back
+    }
+    auto& transaction = held == nullptr ? begin(source, key, info, requests) : *held;
+    if (const auto outcome = take(transaction, info->mode)) {
+        report(*outcome, info, requests);
+    }
+}
+
+}  // namespace talvik
