@@ -154,9 +154,10 @@ std::string noAnswerAdvice(const SnmpSettings& settings, long version)
 {
     std::string advice =
         "make sure that talvik-agentd runs and listens on " + settings.agent + " (--agent)";
-    if (version != SNMP_VERSION_3) {
-        advice += " and that the community is right, for an unknown one is never answered";
-    }
+    // Requests that the agent cannot decrypt may stay without an answer too.
+    advice += version == SNMP_VERSION_3
+                  ? " and that the privacy protocol and passphrase are the agent's"
+                  : " and that the community is right, for an unknown one is never answered";
     return advice;
 }
 
