@@ -18,6 +18,7 @@ StopSignals::StopSignals()
     sigaddset(&set, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
     descriptor_ = signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
     if (descriptor_ < 0) {
         throw std::system_error(errno, std::generic_category(), "signalfd");

@@ -6,7 +6,9 @@ namespace talvik {
 /// threads inherit that these signals are blocked.
 class StopSignals {
 public:
-    /// Blocks SIGTERM, SIGINT and SIGHUP and ignores SIGPIPE. Throws `std::system_error`.
+    /// Blocks SIGTERM, SIGINT and SIGHUP, and ignores SIGPIPE and SIGXFSZ: a connection that is
+    /// gone and a file at its limit are errors of the write that meets them. Throws
+    /// `std::system_error`.
     StopSignals();
     ~StopSignals();
 
