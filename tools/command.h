@@ -22,6 +22,9 @@ using Action = std::function<int()>;
 /// Adds `talvikctl backend ...`.
 void addBackendCommands(CLI::App& talvikctl, Action& action);
 
+/// Adds `talvikctl catalogue ...`.
+void addCatalogueCommands(CLI::App& talvikctl, Action& action);
+
 /// Adds `talvikctl trap ...`.
 void addTrapCommands(CLI::App& talvikctl, Action& action);
 

@@ -22,6 +22,7 @@ int run(int argc, char** argv)
                "  talvikctl trap add --help");
     Action action;
     addBackendCommands(app, action);
+    addCatalogueCommands(app, action);
     addTrapCommands(app, action);
     try {
         app.parse(argc, argv);

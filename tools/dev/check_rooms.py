@@ -33,7 +33,7 @@ RULES = {
     "host/link/": HOST_BASE + [HOST_ERROR, "host/platform/", "backend/"],
     "host/snmp/": HOST_BASE + ["host/"],
     "backend/": ["framework/", HOST_ERROR, "host/platform/device_config_file.h", "host/platform/host_log.h"],
-    "tools/": ["framework/", "backend/", "host/link/", "host/platform/", HOST_ERROR, PATHS],
+    "tools/": ["framework/", "alarmconfig/", "backend/", "host/link/", "host/platform/", HOST_ERROR, PATHS],
     "tests/": None,
     "fuzz/": None,
     "bench/": None,

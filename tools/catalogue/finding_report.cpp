@@ -1,0 +1,71 @@
+#include "tools/catalogue/finding_report.h"
+
+#include <json/json.h>
+
+#include <ostream>
+
+namespace talvik::ctl {
+
+namespace {
+
+std::string counted(std::size_t count, const std::string& noun)
+{
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+Json::Value asJson(const Finding& finding)
+{
+    Json::Value json;
+    json["code"] = finding.kind.code;
+    json["severity"] = nameOf(finding.kind.severity);
+    json["file"] = finding.place.file;
+    json["line"] = static_cast<Json::UInt64>(finding.place.line);
+    json["column"] = static_cast<Json::UInt64>(finding.place.column);
+    json["message"] = finding.message;
+    json["advice"] = finding.advice;
+    return json;
+}
+
+}  // namespace
+
+void printFindings(std::ostream& out, const CheckedFiles& files, const CheckResult& result)
+{
+    const auto& findings = result.findings;
+    for (const auto& finding : findings.list()) {
+        const auto& place = finding.place;
+        out << place.file << ':' << place.line << ':' << place.column << ": "
+            << nameOf(finding.kind.severity) << ": " << finding.message << " [" << finding.kind.code
+            << "]\n    to do: " << finding.advice << '\n';
+    }
+    out << counted(result.alarms, "alarm");
+    if (!files.enumerations.empty()) {
+        out << ", " << counted(result.enumerations, "enumeration");
+    }
+    out << ": " << counted(findings.count(Severity::Error), "error") << ", "
+        << counted(findings.count(Severity::Warning), "warning") << ", "
+        << counted(findings.count(Severity::Note), "note") << '\n';
+}
+
+void printFindingsAsJson(std::ostream& out, const CheckedFiles& files, const CheckResult& result)
+{
+    Json::Value root;
+    root["definitions"] = files.definitions;
+    root["alarms"] = static_cast<Json::UInt64>(result.alarms);
+    if (!files.enumerations.empty()) {
+        root["enumerationFile"] = files.enumerations;
+        root["enumerations"] = static_cast<Json::UInt64>(result.enumerations);
+    }
+    root["errors"] = static_cast<Json::UInt64>(result.findings.count(Severity::Error));
+    root["warnings"] = static_cast<Json::UInt64>(result.findings.count(Severity::Warning));
+    root["notes"] = static_cast<Json::UInt64>(result.findings.count(Severity::Note));
+    root["findings"] = Json::Value(Json::arrayValue);
+    for (const auto& finding : result.findings.list()) {
+        root["findings"].append(asJson(finding));
+    }
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "  ";
+    writer["emitUTF8"] = true;
+    out << Json::writeString(writer, root) << '\n';
+}
+
+}  // namespace talvik::ctl
