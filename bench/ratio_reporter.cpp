@@ -27,7 +27,9 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs)
     benchmark::ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
         if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-            nanoseconds_[run.run_name.function_name].push_back(run.cpu_accumulated_time * 1e9 /
+            const double seconds =
+                clock_ == Clock::Cpu ? run.cpu_accumulated_time : run.real_accumulated_time;
+            nanoseconds_[run.run_name.function_name].push_back(seconds * 1e9 /
                                                                static_cast<double>(run.iterations));
         }
     }
@@ -56,8 +58,9 @@ void RatioReporter::report(const Target& target)
 void RatioReporter::Finalize()
 {
     benchmark::ConsoleReporter::Finalize();
-    GetOutputStream() << "\nmedians of the repetitions, CPU time\n"
-                      << std::fixed << std::setprecision(2);
+    GetOutputStream() << "\nmedians of the repetitions, "
+                      << (clock_ == Clock::Cpu ? "CPU time\n" : "time on the wall\n") << std::fixed
+                      << std::setprecision(2);
     for (const Target& target : targets_) {
         report(target);
     }

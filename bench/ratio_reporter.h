@@ -16,10 +16,17 @@ struct Target {
 };
 
 /// Prints what the console reporter says of the repetitions together, then the targets with what
-/// the repetitions gave for them (CPU time).
+/// the repetitions gave for them.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
-    explicit RatioReporter(std::vector<Target> targets) : targets_(std::move(targets)) {}
+    /// CPU time of this process, or time on the wall for what waits for a disk or another process.
+    enum class Clock { Cpu, Wall };
+
+    explicit RatioReporter(std::vector<Target> targets, Clock clock = Clock::Cpu)
+        : targets_(std::move(targets)),
+          clock_(clock)
+    {
+    }
 
     void ReportRuns(const std::vector<Run>& runs) override;
     void Finalize() override;
@@ -28,6 +35,7 @@ private:
     void report(const Target& target);
 
     std::vector<Target> targets_;
+    Clock clock_;
     std::map<std::string, std::vector<double>> nanoseconds_;  // of each repetition, by benchmark
 };
 

@@ -1,0 +1,115 @@
+#include "bench/snmp_manager.h"
+
+#include <memory>
+#include <stdexcept>
+
+namespace talvik::bench {
+
+namespace {
+
+struct PduDeleter {
+    void operator()(netsnmp_pdu* pdu) const { snmp_free_pdu(pdu); }
+};
+
+using Pdu = std::unique_ptr<netsnmp_pdu, PduDeleter>;
+
+constexpr long kTimeoutMicroseconds = 2'000'000;
+
+/// Null when nothing answers. The library takes the request.
+Pdu exchange(void* session, netsnmp_pdu* request)
+{
+    netsnmp_pdu* answer = nullptr;
+    const int status = snmp_sess_synch_response(session, request, &answer);
+    Pdu owned(answer);
+    return status == STAT_SUCCESS ? std::move(owned) : nullptr;
+}
+
+void append(netsnmp_pdu* pdu, const ObjectId& name, const Assignment& column)
+{
+    if (column.type == ASN_OCTET_STR) {
+        snmp_pdu_add_variable(pdu, name.data(), name.size(), column.type, column.octets.data(),
+                              column.octets.size());
+    } else {
+        snmp_pdu_add_variable(pdu, name.data(), name.size(), column.type, &column.number,
+                              sizeof column.number);
+    }
+}
+
+}  // namespace
+
+SnmpManager::SnmpManager(unsigned port, const std::string& community)
+{
+    std::string peer = "udp:127.0.0.1:" + std::to_string(port);
+    std::string name = community;
+    netsnmp_session settings;
+    snmp_sess_init(&settings);
+    settings.version = SNMP_VERSION_2c;
+    settings.peername = peer.data();
+    settings.community = reinterpret_cast<unsigned char*>(name.data());
+    settings.community_len = name.size();
+    settings.timeout = kTimeoutMicroseconds;
+    settings.retries = 0;
+    session_ = snmp_sess_open(&settings);
+    if (session_ == nullptr) {
+        throw std::runtime_error("cannot open an SNMP session with " + peer);
+    }
+}
+
+SnmpManager::~SnmpManager()
+{
+    snmp_sess_close(session_);
+}
+
+bool SnmpManager::answers() const
+{
+    const ObjectId anything = {1, 3};
+    auto* request = snmp_pdu_create(SNMP_MSG_GETNEXT);
+    snmp_add_null_var(request, anything.data(), anything.size());
+    return exchange(session_, request) != nullptr;
+}
+
+void SnmpManager::set(const ObjectId& entry, unsigned long index,
+                      const std::vector<Assignment>& row) const
+{
+    auto* request = snmp_pdu_create(SNMP_MSG_SET);
+    for (const auto& column : row) {
+        auto name = entry;
+        name.push_back(column.column);
+        name.push_back(index);
+        append(request, name, column);
+    }
+    const auto answer = exchange(session_, request);
+    if (answer == nullptr || answer->errstat != SNMP_ERR_NOERROR) {
+        throw std::runtime_error(
+            "row " + std::to_string(index) + " is refused: " +
+            (answer == nullptr ? "no answer" : snmp_errstring(static_cast<int>(answer->errstat))));
+    }
+}
+
+std::size_t SnmpManager::walk(const ObjectId& root, long repetitions) const
+{
+    std::size_t count = 0;
+    ObjectId last = root;
+    for (;;) {
+        auto* request = snmp_pdu_create(repetitions == 0 ? SNMP_MSG_GETNEXT : SNMP_MSG_GETBULK);
+        if (repetitions != 0) {
+            request->non_repeaters = 0;
+            request->max_repetitions = repetitions;
+        }
+        snmp_add_null_var(request, last.data(), last.size());
+        const auto answer = exchange(session_, request);
+        if (answer == nullptr || answer->errstat != SNMP_ERR_NOERROR) {
+            throw std::runtime_error("the walk failed at " + toText(last));
+        }
+        for (auto* variable = answer->variables; variable != nullptr;
+             variable = variable->next_variable) {
+            last.assign(variable->name, variable->name + variable->name_length);
+            if (!startsWith(last, root) || variable->type == SNMP_ENDOFMIBVIEW) {
+                return count;
+            }
+            ++count;
+        }
+    }
+}
+
+}  // namespace talvik::bench
