@@ -4,8 +4,8 @@ import unittest
 
 from snmp_wire import END_OF_VIEW
 from talvik_e2e import CONFIG, EVERYTHING, OPERATOR, READER, ROOT, V1, increases, shown, topology
-from trap_table import (COLUMNS, PORT, STATUS, TRAP_ENTRY, TRAPS, USABLE, USER, VERSION, Destination, TrapTest, change, create,
-                        creation_of, name, walk_of)
+from trap_table import (COLUMNS, PORT, STATUS, TRAP_ENTRY, TRAPS, USABLE, USER, VERSION, Destination, TrapTest,
+                        change, create, creation_of, name, walk_of)
 
 NO_OBJECT = "No Such Object available on this agent at this OID"
 NO_INSTANCE = "No Such Instance currently exists at this OID"
