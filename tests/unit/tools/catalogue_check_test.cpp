@@ -77,6 +77,14 @@ TEST(CatalogueCheck, CountsCharactersAndSkipsAByteOrderMark)
     EXPECT_EQ(result.findings.list()[0].place.column, 51u);
 }
 
+TEST(CatalogueCheck, CountsLinesThatEndInTwoCharacters)
+{
+    const auto result = check("{\r\n\"root\": {\r\n\r\"eventDefinition\": {}}}", "");
+    ASSERT_EQ(result.findings.list().size(), 1u);
+    EXPECT_EQ(result.findings.list()[0].place.line, 4u);
+    EXPECT_EQ(result.findings.list()[0].place.column, 20u);
+}
+
 TEST(CatalogueCheck, GoesOnBehindADefinitionThatTheModuleStopsAt)
 {
     const auto result =
@@ -149,6 +157,16 @@ std::string twice(const Changes& first, const Changes& second)
     return definitions({definition(first), definition(second)});
 }
 
+/// An OID of so many sub-identifiers, as JSON.
+std::string longOid(std::size_t length)
+{
+    std::string text = "\"4294967295";
+    for (std::size_t i = 1; i < length; ++i) {
+        text += ".1";
+    }
+    return text + "\"";
+}
+
 const std::string kPorts =
     enumerations("[{\"name\": \"Port\", \"enum_member\": [{\"value\": \"0\", \"name\": \"up\"}]}]");
 
@@ -202,6 +220,7 @@ const Row kOids[] = {
     {"OidWithDotInFront", kind::kInvalidOid, kAlarmOid, 13, alarm({{"alarmOid", "\".1\""}})},
     {"OidWithDotBehind", kind::kInvalidOid, kAlarmOid, 13, alarm({{"alarmOid", "\"1.\""}})},
     {"OidBeyond32Bits", kind::kInvalidOid, kAlarmOid, 13, alarm({{"alarmOid", "\"4294967296\""}})},
+    {"OidTooLong", kind::kInvalidOid, kAlarmOid, 13, alarm({{"alarmOid", longOid(115)}})},
     {"WholeOid", kind::kWholeOid, kAlarmOid, 13, alarm({{"alarmOid", "\"1.3.6.1.4.1\""}})},
     {"SharedOid", kind::kSharedOid, kAlarmOid + kLines, 13,
      twice({{"alarmOid", "\"7\""}}, {{"eventID", "\"2\""}, {"alarmOid", "\"7\""}})},
@@ -220,6 +239,8 @@ const Row kTexts[] = {
                        "C\""}})},
     {"LoneSurrogate", kind::kInvalidUtf8, kReason, 14, alarm({{"reason", "\"°C\\uDC00\""}})},
     {"LineBreak", kind::kControlCharacter, kDetail, 21, alarm({{"detail", "\"°C\\u00b0x\\n\""}})},
+    {"OverlongUtf8", kind::kInvalidUtf8, kName, 10, alarm({{"name", "\"\xC0\x80\""}})},
+    {"ControlBeyondAscii", kind::kControlCharacter, kName, 11, alarm({{"name", "\"N\\u0085\""}})},
     {"Nul", kind::kControlCharacter, kDetail, 13, alarm({{"detail", "\"D\\u0000E\""}})},
 };
 
@@ -229,6 +250,12 @@ const Row kPlaceholders[] = {
      alarm({{"location", "\"##\""}})},
     {"OneDigit", kind::kPlaceholderOneDigit, kDetail, 14, alarm({{"detail", "\"° ##1 x\""}})},
     {"OneDigitAtTheEnd", kind::kPlaceholderOneDigit, kDetail, 12, alarm({{"detail", "\"##1\""}})},
+    {"OneDigitBehindSurrogates", kind::kPlaceholderOneDigit, kDetail, 25,
+     alarm({{"detail", "\"\\uD83D\\uDE00 ##1\""}})},
+    {"OneDigitBehindFourBytes", kind::kPlaceholderOneDigit, kDetail, 14,
+     alarm({{"detail", "\"\xF0\x9F\x98\x80 ##1\""}})},
+    {"OneDigitBehindEscapes", kind::kPlaceholderOneDigit, kDetail, 17,
+     alarm({{"detail", "\"\\\"\\/ ##1\""}})},
     {"ThreeDigits", kind::kPlaceholderThreeDigits, kDetail, 12, alarm({{"detail", "\"##012\""}})},
     {"Letters", kind::kPlaceholderNoPosition, kDetail, 12, alarm({{"detail", "\"##ab\""}})},
     {"Sign", kind::kPlaceholderNoPosition, kDetail, 12, alarm({{"detail", "\"##-1\""}})},
@@ -295,6 +322,11 @@ const Row kEnumerations[] = {
 };
 
 const auto nameOfRow = [](const auto& row) { return row.param.name; };
+TEST(CatalogueCheck, AcceptsTheLongestOid)
+{
+    EXPECT_EQ(listed(check(alarm({{"alarmOid", longOid(114)}}), "").findings), "");
+}
+
 INSTANTIATE_TEST_SUITE_P(Files, CatalogueFinding, testing::ValuesIn(kFiles), nameOfRow);
 INSTANTIATE_TEST_SUITE_P(Ids, CatalogueFinding, testing::ValuesIn(kIds), nameOfRow);
 INSTANTIATE_TEST_SUITE_P(Oids, CatalogueFinding, testing::ValuesIn(kOids), nameOfRow);
