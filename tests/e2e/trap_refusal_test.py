@@ -93,8 +93,9 @@ class TrapRefusal(TrapTest):
 
     def test_a_second_row(self):
         self.refuse("inconsistentValue", name(STATUS, 10), *create(9), *create(10))
-        self.refuse("inconsistentValue", name(PORT, 2), *change(1, port=1), *change(2, port=2, version=1),
+        self.refuse("inconsistentValue", name(VERSION, 2), *change(1, port=1), *change(2, version=1, port=2),
                     *change(1, version=1))
+        self.refuse("inconsistentValue", name(PORT, 10), *create(9)[:2], *change(10, port=162))
         self.refuse("inconsistentValue", name(STATUS, 2), *destroy(1), *destroy(2))
 
     def test_a_column_twice(self):
