@@ -18,6 +18,7 @@ namespace talvik::ctl {
 namespace {
 
 constexpr std::uintmax_t kMaxFileSize = std::uintmax_t{64} << 20U;
+constexpr std::size_t kBlock = 1024;
 constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
 
 /// A pipe would hold the command up until somebody writes to it, a device may have no end.
@@ -63,6 +64,23 @@ std::vector<std::size_t> lineStarts(const std::string& text)
     return starts;
 }
 
+/// How many characters start in this part of the text.
+std::size_t charactersIn(const std::string& text, std::size_t from, std::size_t to)
+{
+    const auto* bytes = text.data();
+    return (to - from) -
+           static_cast<std::size_t>(std::count_if(bytes + from, bytes + to, continuesCharacter));
+}
+
+std::vector<std::size_t> charactersBeforeBlocks(const std::string& text)
+{
+    std::vector<std::size_t> counts = {0};
+    for (std::size_t end = kBlock; end <= text.size(); end += kBlock) {
+        counts.push_back(counts.back() + charactersIn(text, end - kBlock, end));
+    }
+    return counts;
+}
+
 /// How many bytes of UTF-8 the \u escape at `at` stands for, and how long it is itself. A pair of
 /// surrogates is one character.
 std::pair<std::size_t, std::size_t> unicodeEscape(const std::string& text, std::size_t at)
@@ -89,6 +107,7 @@ JsonDocument::JsonDocument(std::string path, std::string text)
         text_.erase(0, std::strlen(kByteOrderMark));
     }
     starts_ = lineStarts(text_);
+    characters_ = charactersBeforeBlocks(text_);
     const Json::CharReaderBuilder asTheModule;
     if (!parse(asTheModule, root_, errors_)) {
         root_ = Json::Value();
@@ -184,12 +203,14 @@ Place JsonDocument::placeAt(std::size_t offset) const
 {
     offset = std::min(offset, text_.size());
     const auto line = std::upper_bound(starts_.begin(), starts_.end(), offset) - 1;
-    const auto from = text_.begin() + static_cast<std::ptrdiff_t>(*line);
-    const auto to = text_.begin() + static_cast<std::ptrdiff_t>(offset);
-    const auto characters =
-        (to - from) - std::count_if(from, to, [](char byte) { return continuesCharacter(byte); });
     return {path_, static_cast<std::size_t>(line - starts_.begin()) + 1,
-            static_cast<std::size_t>(characters) + 1};
+            charactersBefore(offset) - charactersBefore(*line) + 1};
+}
+
+std::size_t JsonDocument::charactersBefore(std::size_t offset) const
+{
+    const auto block = offset / kBlock;
+    return characters_[block] + charactersIn(text_, block * kBlock, offset);
 }
 
 Place JsonDocument::placeAt(std::size_t line, std::size_t byteColumn) const

@@ -45,9 +45,12 @@ private:
     /// The first of JsonCpp's `errors`, of the form "* Line 3, Column 4\n  Reason\n".
     void addReaderError(const std::string& errors, Findings& findings) const;
 
+    std::size_t charactersBefore(std::size_t offset) const;
+
     std::string path_;
-    std::string text_;                 // without a byte order mark, which JsonCpp skips
-    std::vector<std::size_t> starts_;  // offset of each line
+    std::string text_;                     // without a byte order mark, which JsonCpp skips
+    std::vector<std::size_t> starts_;      // offset of each line
+    std::vector<std::size_t> characters_;  // before each block of the text: lines can be long
     Json::Value root_;
     std::string errors_;  // JsonCpp's; empty for JSON
 };

@@ -77,6 +77,18 @@ TEST(CatalogueCheck, CountsCharactersAndSkipsAByteOrderMark)
     EXPECT_EQ(result.findings.list()[0].place.column, 51u);
 }
 
+TEST(CatalogueCheck, CountsCharactersOfLongLines)
+{
+    std::string wide;
+    for (int i = 0; i < 1500; ++i) {
+        wide += "°";
+    }
+    const auto result = check(alarm({{"detail", "\"" + wide + "##1\""}}), "");
+    ASSERT_EQ(result.findings.list().size(), 1u);
+    EXPECT_EQ(result.findings.list()[0].place.line, kDetail);
+    EXPECT_EQ(result.findings.list()[0].place.column, 1512u);
+}
+
 TEST(CatalogueCheck, CountsLinesThatEndInTwoCharacters)
 {
     const auto result = check("{\r\n\"root\": {\r\n\r\"eventDefinition\": {}}}", "");
