@@ -51,7 +51,8 @@ class RoomRules(SmallTree):
     def setUp(self):
         super().setUp()
         for header in ("framework/cell.h", "platform/log.h", "trap/trap_dest_info.h", "trap/handler.h",
-                       "notify/handler.h", "handlers/topo.h", "host/snmp/net_snmp.h", "host/startup_error.h"):
+                       "notify/handler.h", "handlers/topo.h", "host/snmp/net_snmp.h", "host/startup_error.h",
+                       "tools/net_snmp_client.h"):
             self.write(header, "#pragma once\n")
 
     def refused(self, path, include):
@@ -89,9 +90,19 @@ class RoomRules(SmallTree):
     def test_the_back_end_knows_nothing_of_the_value_types(self):
         self.refused("backend/store.cpp", "<snmp_pp/oid.h>")
 
-    def test_the_library_is_included_through_one_door(self):
+    def test_the_library_is_included_through_one_door_a_side(self):
         self.accepted("host/snmp/net_snmp.h", "<net-snmp/net-snmp-config.h>")
+        self.accepted("tools/net_snmp_client.h", "<net-snmp/net-snmp-includes.h>")
         self.refused("host/snmp/bridge.cpp", "<net-snmp/net-snmp-config.h>")
+
+    def test_the_tools_include_the_library_through_their_door_alone(self):
+        self.accepted("tools/snmp_client.cpp", '"tools/net_snmp_client.h"')
+        self.refused("tools/snmp_client.cpp", "<net-snmp/net-snmp-includes.h>")
+
+    def test_a_side_may_not_use_the_other_side_s_door(self):
+        self.refused("tools/snmp_client.cpp", '"host/snmp/net_snmp.h"')
+        (self.root / "tools/snmp_client.cpp").unlink()
+        self.refused("host/snmp/bridge.cpp", '"tools/net_snmp_client.h"')
 
     def test_paths_start_at_the_room(self):
         self.refused("framework/cell.cpp", '"cell.h"')
