@@ -57,7 +57,8 @@ class RequestBridge::Subtree {
 public:
     explicit Subtree(std::unique_ptr<TableSource> source)
         : source_(std::move(source)),
-          key_("talvik:" + toText(source_->table().id))
+          key_("talvik:" + toText(source_->table().id)),
+          setKey_(key_ + ":set")
     {
     }
 
@@ -94,15 +95,21 @@ private:
                          netsnmp_agent_request_info* info, netsnmp_request_info* requests)
     {
         auto* self = static_cast<Subtree*>(handler->myvoid);
-        return guardCallback(self->key_.c_str(), SNMP_ERR_GENERR,
-                             [&] { return self->answer(info, requests); });
+        const bool answered = guardCallback(self->key_.c_str(), false, [&] {
+            self->answer(info, requests);
+            return true;
+        });
+        if (!answered) {  // an error returned, not set, would reach the manager without an index
+            netsnmp_set_request_error(info, requests, SNMP_ERR_GENERR);
+        }
+        return SNMP_ERR_NOERROR;
     }
 
-    int answer(netsnmp_agent_request_info* info, netsnmp_request_info* requests)
+    void answer(netsnmp_agent_request_info* info, netsnmp_request_info* requests)
     {
         if (info->mode != MODE_GET && info->mode != MODE_GETNEXT) {
-            takeSetPhase(*source_, key_ + ":set", info, requests);
-            return SNMP_ERR_NOERROR;
+            takeSetPhase(*source_, setKey_, info, requests);
+            return;
         }
         const auto rows = snapshotFor(info);
         for (auto* request = requests; request != nullptr; request = request->next) {
@@ -117,7 +124,6 @@ private:
                 answerGetNext(source_->table(), *rows, request);
             }
         }
-        return SNMP_ERR_NOERROR;
     }
 
     HeldSnapshot snapshotFor(netsnmp_agent_request_info* info)
@@ -135,7 +141,8 @@ private:
     }
 
     std::unique_ptr<TableSource> source_;
-    std::string key_;  ///< names this table among what a request holds
+    std::string key_;     ///< names this table's snapshot among what a request holds
+    std::string setKey_;  ///< and its part of a SET
     netsnmp_handler_registration* registration_ = nullptr;
 };
 

@@ -1,5 +1,6 @@
 #include "host/snmp/set_phases.h"
 
+#include "host/snmp/callback_guard.h"
 #include "host/snmp/pdu_context.h"
 #include "host/snmp/set_transaction.h"
 #include "host/snmp/varbind.h"
@@ -62,17 +63,34 @@ SetTransaction& begin(TableSource& source, const std::string& key, netsnmp_agent
     return *made.release();
 }
 
-SetOutcome take(SetTransaction& transaction, int phase)
+/// The library keeps the error of another part of the request unless it hears of undoFailed, so
+/// that an exception, which may leave the change in place, has to become that too.
+SetOutcome takeBack(SetTransaction& transaction) noexcept
 {
-    switch (phase) {
+    return guardCallback("SET: cannot take back what was done; the row has to be set right by hand",
+                         SetOutcome(SetFault{SetError::UndoFailed, 0}),
+                         [&] { return transaction.undo(); });
+}
+
+/// True if an earlier part of the request failed in this phase; the library goes through the others
+/// all the same.
+bool hasFailedElsewhere(const netsnmp_agent_request_info& info)
+{
+    return info.asp->status != SNMP_ERR_NOERROR;
+}
+
+SetOutcome take(SetTransaction& transaction, const netsnmp_agent_request_info& info)
+{
+    switch (info.mode) {
     case MODE_SET_RESERVE1:
         return transaction.check();
     case MODE_SET_RESERVE2:
         return transaction.prepare();
     case MODE_SET_ACTION:
-        return transaction.act();
+        // What is not done has not to be taken back.
+        return hasFailedElsewhere(info) ? std::nullopt : transaction.act();
     case MODE_SET_UNDO:
-        return transaction.undo();
+        return takeBack(transaction);
     default:
         return std::nullopt;  // COMMIT and FREE: nothing is left to do
     }
@@ -83,6 +101,11 @@ void report(const SetFault& fault, netsnmp_agent_request_info* info, netsnmp_req
     auto* request = requests;
     for (auto left = fault.position; left != 0 && request->next != nullptr; --left) {
         request = request->next;
+    }
+    if (fault.error == SetError::UndoFailed) {
+        // This becomes the response's error index: undoFailed names no variable. But the library
+        // tells it for the first table of a request only, and for others keeps error and index.
+        request->index = requests->index == 1 ? 0 : static_cast<int>(info->asp->index);
     }
     netsnmp_set_request_error(info, request, codeOf(fault.error));
 }
@@ -97,7 +120,7 @@ void takeSetPhase(TableSource& source, const std::string& key, netsnmp_agent_req
         return;  // nothing was begun, so there is nothing to free or to take back
     }
     auto& transaction = held == nullptr ? begin(source, key, info, requests) : *held;
-    if (const auto outcome = take(transaction, info->mode)) {
+    if (const auto outcome = take(transaction, *info)) {
         report(*outcome, info, requests);
     }
 }

@@ -8,7 +8,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -39,8 +41,10 @@ const auto* const kLibrary = testing::AddGlobalTestEnvironment(new AgentLibrary)
 /// One request, made by hand, on the registration that serves a table.
 class HandMadeRequest {
 public:
-    explicit HandMadeRequest(const ObjectId& table)
-        : registration_(netsnmp_subtree_find(table.data(), table.size(), nullptr, "")->reginfo)
+    /// `first` is the position of the first variable in the whole request.
+    explicit HandMadeRequest(const ObjectId& table, int first = 1)
+        : registration_(netsnmp_subtree_find(table.data(), table.size(), nullptr, "")->reginfo),
+          first_(first)
     {
         session_.pdu = &pdu_;
         session_.session = &wire_;
@@ -88,17 +92,34 @@ public:
 
     const netsnmp_variable_list& variable() const { return *variables_; }
 
+    /// Another table's part of the request has failed.
+    void failElsewhere(int error, int position)
+    {
+        session_.status = error;
+        session_.index = position;
+    }
+
+    /// The error index that an error of each variable gives the response.
+    std::vector<int> errorIndexes() const
+    {
+        std::vector<int> indexes;
+        for (const auto& request : requests_) {
+            indexes.push_back(request.index);
+        }
+        return indexes;
+    }
+
 private:
     void link()
     {
         if (!requests_.empty()) {
             return;
         }
-        int index = 0;
+        int index = first_;
         for (auto* variable = variables_; variable != nullptr; variable = variable->next_variable) {
             netsnmp_request_info request{};
             request.requestvb = variable;
-            request.index = ++index;
+            request.index = index++;
             request.agent_req_info = &info_;
             requests_.push_back(request);
         }
@@ -109,6 +130,7 @@ private:
     }
 
     netsnmp_handler_registration* registration_;
+    int first_;
     netsnmp_pdu pdu_{};
     netsnmp_session wire_{};
     netsnmp_agent_session session_{};
@@ -122,9 +144,13 @@ protected:
     RequestBridgeOn()
     {
         state.rows[1] = {};
-        bridge.serve(
-            std::make_unique<talvik::TableSource>(table, std::make_unique<FakeTrapHandler>(state)));
+        bridge.serve(std::make_unique<talvik::TableSource>(
+            table, std::make_unique<FakeTrapHandler>(state), [this] { return clock(); }));
     }
+
+    /// From now on an exception stops every change before it reaches the handler: no cell can
+    /// carry the port.
+    void breakChanges() { table.columns[1].tag = 4096; }
 
     ObjectId name(unsigned long column, unsigned long row) const
     {
@@ -135,6 +161,7 @@ protected:
 
     FakeTrapHandler::State state;
     talvik::MibTable table = talvik::test::trapTable();
+    talvik::TableSource::Clock clock = &std::chrono::steady_clock::now;
     talvik::RequestBridge bridge;
 };
 
@@ -210,6 +237,76 @@ TEST_F(RequestBridgeOn, AFailedUndoIsTold)
     state.result = [](const std::string&) { return -1; };
 
     EXPECT_THAT(request.run(MODE_SET_UNDO), ElementsAre(SNMP_ERR_UNDOFAILED));
+    EXPECT_THAT(request.errorIndexes(), ElementsAre(0)) << "undoFailed names no variable";
+}
+
+TEST_F(RequestBridgeOn, AFailedUndoBehindAnotherTableKeepsTheIndexOfTheErrorThatIsTold)
+{
+    HandMadeRequest request(table.id, 2);
+    request.add(name(2, 1), gauge(7));
+    request.run(MODE_SET_RESERVE1);
+    request.run(MODE_SET_RESERVE2);
+    request.run(MODE_SET_ACTION);
+    request.failElsewhere(SNMP_ERR_COMMITFAILED, 3);
+    state.result = [](const std::string&) { return -1; };
+
+    EXPECT_THAT(request.run(MODE_SET_UNDO), ElementsAre(SNMP_ERR_UNDOFAILED));
+    EXPECT_THAT(request.errorIndexes(), ElementsAre(3));
+}
+
+TEST_F(RequestBridgeOn, NothingIsDoneOnceAnotherTableHasFailed)
+{
+    HandMadeRequest request(table.id, 2);
+    request.add(name(2, 1), gauge(7));
+    request.run(MODE_SET_RESERVE1);
+    request.run(MODE_SET_RESERVE2);
+    request.failElsewhere(SNMP_ERR_COMMITFAILED, 1);
+
+    EXPECT_THAT(request.run(MODE_SET_ACTION), ElementsAre(kFine));
+    EXPECT_THAT(request.run(MODE_SET_UNDO), ElementsAre(kFine));
+
+    EXPECT_THAT(state.calls, IsEmpty());
+}
+
+TEST_F(RequestBridgeOn, AnExceptionWhileUndoingIsAFailedUndo)
+{
+    HandMadeRequest request(table.id);
+    request.add(name(3, 1), integer(1)).add(name(2, 1), gauge(7));
+    request.run(MODE_SET_RESERVE1);
+    request.run(MODE_SET_RESERVE2);
+    request.run(MODE_SET_ACTION);
+    breakChanges();
+
+    EXPECT_THAT(request.run(MODE_SET_UNDO), ElementsAre(SNMP_ERR_UNDOFAILED, kFine));
+
+    EXPECT_THAT(request.errorIndexes(), ElementsAre(0, 2));
+    EXPECT_EQ(state.rows[1].port, 7u);
+}
+
+TEST_F(RequestBridgeOn, AnExceptionInASetIsAGeneralErrorOfTheFirstVariable)
+{
+    HandMadeRequest request(table.id);
+    request.add(name(3, 1), integer(1)).add(name(2, 1), gauge(7));
+    request.run(MODE_SET_RESERVE1);
+    request.run(MODE_SET_RESERVE2);
+    breakChanges();
+
+    EXPECT_THAT(request.run(MODE_SET_ACTION), ElementsAre(SNMP_ERR_GENERR, kFine));
+
+    EXPECT_EQ(state.rows[1].port, 162u);
+}
+
+TEST_F(RequestBridgeOn, AnExceptionInAQueryIsAGeneralErrorOfTheFirstVariable)
+{
+    clock = []() -> std::chrono::steady_clock::time_point {
+        throw std::runtime_error("no time today");
+    };
+    for (const auto mode : {static_cast<int>(MODE_GET), static_cast<int>(MODE_GETNEXT)}) {
+        HandMadeRequest request(table.id);
+        request.add(name(2, 1)).add(name(5, 1));
+
+        EXPECT_THAT(request.run(mode), ElementsAre(SNMP_ERR_GENERR, kFine));
+    }
 }
 
 TEST_F(RequestBridgeOn, FreeOrUndoWithoutAReserveDoesNothing)
