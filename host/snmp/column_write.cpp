@@ -83,10 +83,7 @@ std::optional<SetError> checkWrite(const MibTable& table, const WrittenVariable&
         return SetError::NotWritable;
     }
     const auto* column = columnOf(table, variable.suffix);
-    if (column == nullptr) {
-        return SetError::NoCreation;
-    }
-    if (column->access != Access::ReadCreate) {
+    if (column == nullptr || column->access != Access::ReadCreate) {
         return SetError::NotWritable;
     }
     if (!variable.value || !haveOneType(variable.value->syntax, column->syntax)) {

@@ -41,9 +41,9 @@ class TrapRefusal(TrapTest):
 
     def test_columns_that_are_not_there(self):
         for column in (0, 9, 4294967295):
-            self.refuse("noCreation", name(column, 1), (name(column, 1), "i", 1))
+            self.refuse("notWritable", name(column, 1), (name(column, 1), "i", 1))
         for object_name in (TRAPS, TRAP_ENTRY, f"{TRAPS}.2.2.1"):
-            self.refuse("noCreation", object_name, (object_name, "i", 1))
+            self.refuse("notWritable", object_name, (object_name, "i", 1))
 
     def test_a_column_that_is_read_only(self):
         self.refuse("notWritable", name(INDEX, 1), assign(INDEX, 1, 1))

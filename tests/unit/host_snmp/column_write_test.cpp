@@ -64,9 +64,9 @@ const Write kWrites[] = {
     {"AType", {1, 7, 1}, integer(7), kFine},
     {"AUserInUtf8", {1, 8, 1}, text("J\xC3\xB6rg"), kFine},
 
-    {"AnUnknownColumn", {1, 9, 1}, integer(1), SetError::NoCreation},
-    {"AnotherEntry", {2, 2, 1}, gauge(1), SetError::NoCreation},
-    {"TheTableItself", {}, gauge(1), SetError::NoCreation},
+    {"AnUnknownColumn", {1, 9, 1}, integer(1), SetError::NotWritable},
+    {"AnotherEntry", {2, 2, 1}, gauge(1), SetError::NotWritable},
+    {"TheTableItself", {}, gauge(1), SetError::NotWritable},
     {"TheIndex", {1, 4, 1}, integer(1), SetError::NotWritable},
     {"NoIndex", {1, 2}, gauge(1), SetError::NoCreation},
     {"IndexZero", {1, 2, 0}, gauge(1), SetError::NoCreation},
@@ -99,6 +99,7 @@ const Write kWrites[] = {
     {"LengthBeforeIndex", {1, 6, 0}, text(""), SetError::WrongLength},
     {"ValueBeforeIndex", {1, 2, 0}, gauge(0), SetError::WrongValue},
     {"AccessBeforeType", {1, 4, 0}, text(""), SetError::NotWritable},
+    {"ColumnBeforeIndex", {1, 9, 0}, gauge(1), SetError::NotWritable},
 };
 
 INSTANTIATE_TEST_SUITE_P(Variable, ColumnWriteOf, testing::ValuesIn(kWrites),
