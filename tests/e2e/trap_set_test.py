@@ -120,6 +120,10 @@ class TrapSet(TrapTest):
         self.set(self.agent, *mixed)
         self.assertEqual(contact(), 'STRING: "after"')
         self.assertEqual(self.traps(self.agent), walk_of(Destination(1)))
+        self.set(self.agent, (CONTACT, "s", "before"))
+        for order in (mixed, mixed[::-1]):  # that the row is there already shows only when it is to be created
+            self.assert_refused(self.agent, "inconsistentValue", name(STATUS, 1), *order)
+            self.assertEqual(contact(), 'STRING: "before"')
 
     def test_the_next_request_sees_the_change(self):
         manager = self.manager(self.agent)
