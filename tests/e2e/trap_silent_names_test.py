@@ -78,9 +78,9 @@ class TrapSilentNames(TrapTest):
         hurry = ["-t", "1", "-r", "0"]
         with self.manager(agent) as manager:
             for _ in range(5):
-                self.assertEqual(destinations_in(manager.walk(TRAPS)), rows)
                 lines = self.lines("snmpget", agent, READER + hurry, name(USABLE, 1), name(USABLE, NAMES))
                 self.assertEqual(lines, [f'{name(USABLE, index)} = STRING: "0.0.0.0"' for index in (1, NAMES)])
+                self.assertEqual(destinations_in(manager.walk(TRAPS)), rows)
                 self.assertEqual(len(self.lines("snmpbulkwalk", agent, READER + hurry, TRAPS)), 8 * NAMES)
                 self.set(agent, *create(NAMES + 1, "one-more.example"), user=["-v2c", "-c", "writer", *hurry])
                 self.set(agent, (name(3, NAMES + 1), "i", 6), user=["-v2c", "-c", "writer", *hurry])
