@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
+#include <utility>
 
 namespace talvik {
 
@@ -15,35 +15,44 @@ bool before(const TableSnapshot::Instance& instance, const ObjectId& suffix)
     return instance.suffix < suffix;
 }
 
-/// Turns one row after the other into instances.
+struct IndexedRow {
+    ObjectId index;
+    const CTLVRecordV3* row;
+};
+
+/// Reads indexes and cells, and tells what it cannot read.
 class RowReader {
 public:
-    RowReader(const MibTable& table, const TableSnapshot::ProblemSink& problem,
-              std::vector<TableSnapshot::Instance>& instances)
+    RowReader(const MibTable& table, const TableSnapshot::ProblemSink& problem)
         : table_(table),
-          problem_(problem),
-          instances_(instances)
+          problem_(problem)
     {
     }
 
-    void read(const CTLVRecordV3& row)
+    /// The rows with a usable index, by ascending index; the first one of each index.
+    std::vector<IndexedRow> sorted(const std::vector<CTLVRecordV3*>& rows) const
     {
-        const auto index = indexOf(row);
-        if (!index) {
-            return;
-        }
-        if (!indexes_.insert(*index).second) {
-            problem_("several rows have the same index, only the first is shown");
-            return;
-        }
-        for (const auto& column : table_.columns) {
-            if (column.access != Access::NotAccessible) {
-                readCell(row, column, *index);
+        std::vector<IndexedRow> found;
+        found.reserve(rows.size());
+        for (const CTLVRecordV3* row : rows) {
+            if (auto index = indexOf(*row)) {
+                found.push_back({std::move(*index), row});
             }
         }
+        std::stable_sort(found.begin(), found.end(), [](const IndexedRow& a, const IndexedRow& b) {
+            return a.index < b.index;
+        });
+        const auto last =
+            std::unique(found.begin(), found.end(), [](const IndexedRow& a, const IndexedRow& b) {
+                return a.index == b.index;
+            });
+        for (auto left = found.end() - last; left != 0; --left) {
+            problem_("several rows have the same index, only the first is shown");
+        }
+        found.erase(last, found.end());
+        return found;
     }
 
-private:
     std::optional<SnmpValue> valueOf(const CTLVRecordV3& row, const MibColumn& column) const
     {
         const auto place = row.find(column.tag);
@@ -60,6 +69,7 @@ private:
         return value;
     }
 
+private:
     std::optional<ObjectId> indexOf(const CTLVRecordV3& row) const
     {
         ObjectId index;
@@ -82,34 +92,39 @@ private:
         return index;
     }
 
-    void readCell(const CTLVRecordV3& row, const MibColumn& column, const ObjectId& index)
-    {
-        auto value = valueOf(row, column);
-        if (!value) {
-            return;
-        }
-        ObjectId suffix{kEntry, column.tag};
-        suffix.insert(suffix.end(), index.begin(), index.end());
-        instances_.push_back({std::move(suffix), std::move(*value)});
-    }
-
     const MibTable& table_;
     const TableSnapshot::ProblemSink& problem_;
-    std::vector<TableSnapshot::Instance>& instances_;
-    std::set<ObjectId> indexes_;
 };
+
+ObjectId suffixOf(const MibColumn& column, const ObjectId& index)
+{
+    ObjectId suffix;
+    suffix.reserve(2 + index.size());
+    suffix.push_back(kEntry);
+    suffix.push_back(column.tag);
+    suffix.insert(suffix.end(), index.begin(), index.end());
+    return suffix;
+}
 
 }  // namespace
 
 TableSnapshot::TableSnapshot(const MibTable& table, const CTLVPackageV3<TLVMsgHeadV3>& rows,
                              const ProblemSink& problem)
 {
-    RowReader reader(table, problem, instances_);
-    for (const CTLVRecordV3* row : rows.oRecords) {
-        reader.read(*row);
+    const RowReader reader(table, problem);
+    const auto sorted = reader.sorted(rows.oRecords);
+    instances_.reserve(sorted.size() * table.columns.size());
+    // Column by column, each by ascending index: that is the order of the MIB.
+    for (const auto& column : table.columns) {
+        if (column.access == Access::NotAccessible) {
+            continue;
+        }
+        for (const auto& [index, row] : sorted) {
+            if (auto value = reader.valueOf(*row, column)) {
+                instances_.push_back({suffixOf(column, index), std::move(*value)});
+            }
+        }
     }
-    std::sort(instances_.begin(), instances_.end(),
-              [](const Instance& a, const Instance& b) { return a.suffix < b.suffix; });
 }
 
 const TableSnapshot::Instance* TableSnapshot::at(const ObjectId& suffix) const
