@@ -156,8 +156,91 @@ TRAP_TABLE = {
 }
 
 
+# What the alarm text target reads: the detail, then the parameters, then another text.
+def alarm_text(detail, parameters=b"", location=b""):
+    return b"\0".join([detail, parameters, location])
+
+
+ALARM_TEXT = {
+    "nothing": b"",
+    "plain": alarm_text(b"plain", b"a,b", b"plain"),
+    "no-parameters": alarm_text(b"##00 {a}", b"", b"##00 ##"),
+    "two-digits": alarm_text(b"Disk ##00 at ##01.", b"D3,E1", b"##01-##00"),
+    "one-digit-and-a-letter": alarm_text(b"##1x ##9x", b"a,b", b"##1"),
+    "no-digits": alarm_text(b"##ab## ", b"a,b", b"##-0##- "),
+    "signs-and-blanks": alarm_text(b"##+1##-1## 1", b"a,b", b"##+1##-1## 1##\t1"),
+    "three-and-four-marks": alarm_text(b"###00####01", b"a,b", b"#####01"),
+    "mark-at-the-end": alarm_text(b"##01 ##", b"a,b", b"x##"),
+    "beyond-the-list": alarm_text(b"##03 ##05", b"a,b,c", b"##03 ##05 ##99"),
+    "value-map": alarm_text(b"##02{0:normal;1:faulty}.", b"D3,E1,1", b"##02{0:on}"),
+    "value-map-of-odd-items": alarm_text(b"##00{a:b:x;a;:;a:y;}", b"a", b"##00"),
+    "value-map-empty-beyond-the-list": alarm_text(b"##07{}", b"a", b"##01"),
+    "value-map-seven-away": alarm_text(b"##00123{a:x}", b"a", b"##00"),
+    "value-map-eight-away": alarm_text(b"##001234{a:x}", b"a", b"##00"),
+    "value-map-of-two": alarm_text(b"##0##1{a:x;b:y}", b"a,b", b"##00##01"),
+    "value-map-closed-first": alarm_text(b"##00}{a:x}", b"a", b"##00"),
+    "value-map-open": alarm_text(b"##01{b:y} ##00{a:x", b"a,b", b"##00 ##01"),
+    "braces-within-braces": alarm_text(b"{a{b}c} {d", b"a", b"{a}"),
+    "escapes": alarm_text(b"##00##01##02", b"a&#44;b,&#38;#44;,&#38;#38;,&#4"),
+    "empty-fields": alarm_text(b"##00##01##02", b",,", b"##01"),
+    "value-of-another": alarm_text(b"<##00>", b"a##01b,x", b"##00"),
+    "value-holds-itself": alarm_text(b"<##00> ##01", b"a##00,x", b"##01 ##00"),
+    "values-hold-each-other": alarm_text(b"<##00>", b"a##01b,c##02d,e##00f"),
+    "value-takes-what-follows": alarm_text(b"##00    ##1", b"##0,x", b"##001##0000"),
+    "value-ends-in-a-mark": alarm_text(b"##0000", b"a##", b"##00"),
+    "value-is-half-a-mark": alarm_text(b"##00#01", b"#,y", b"##00##00"),
+    "values-double": alarm_text(b"##00", b",".join(b"##%02d##%02d" % (i, i) for i in range(1, 30)) + b",x"),
+    "values-of-nothing-double": alarm_text(b"##00", b",".join(b"##%02d##%02d" % (i, i) for i in range(1, 30)) + b","),
+    "not-ascii": alarm_text(b"\xc3\xa4##00\xff##\xff0", b"\x80,\xe2\x82\xac", b"##0\xff"),
+}
+
+
+# What the alarm catalogue target reads: the file of the definitions, then that of the literals.
+def alarm_catalogue(elements=b"", types=b""):
+    return (b'{"root":{"eventDefinition":{"param":[' + elements + b']}}}\0'
+            b'{"alarm":{"param_enum":[' + types + b"]}}")
+
+
+ALARM = (b'{"eventID":"12","name":"n","reason":"r","suggestion":"##01","detail":"##00{0:off;1:on}","location":"##02",'
+         b'"alarmOid":"1.3.6.1","paramDesc":"0=T,1=T"}')
+LITERALS = b'{"name":"T","enum_member":[{"value":"0","name":"zero"},{"value":"1","name":"one"}]}'
+
+ALARM_CATALOGUE = {
+    "nothing": b"",
+    "empty": alarm_catalogue(),
+    "one-alarm": alarm_catalogue(ALARM, LITERALS),
+    "alarm-without-members": alarm_catalogue(b"{}," + ALARM),
+    "null-elements": alarm_catalogue(b"null," + ALARM, b"null," + LITERALS),
+    "same-id-twice": alarm_catalogue(ALARM + b',{"eventID":"12","detail":"##"}'),
+    "ids-of-all-sizes": alarm_catalogue(b",".join(
+        b'{"eventID":"%s"}' % text
+        for text in (b"0", b"-1", b" 7", b"9x", b"x", b"4294967296", b"99999999999999999999"))),
+    "id-as-a-number": alarm_catalogue(b'{"eventID":"3"},{"eventID":4},{"eventID":"5"}'),
+    "element-of-another-kind": alarm_catalogue(b'"text",[],1,true', b'"text",[],1,true'),
+    "list-as-an-object": b'{"root":{"eventDefinition":{"param":{"0":1}}}}\0{"alarm":{"param_enum":{"0":1}}}',
+    "list-as-a-text": b'{"root":{"eventDefinition":{"param":"x"}}}\0{"alarm":{"param_enum":"x"}}',
+    "list-null": b'{"root":{"eventDefinition":{"param":null}}}\0{"alarm":{"param_enum":null}}',
+    "root-as-a-text": b'{"root":"eventDefinition"}\0{"alarm":"param_enum"}',
+    "top-as-a-list": b'["root"]\0["alarm"]',
+    "top-as-a-text": b'"root"\0"alarm"',
+    "no-root": b'{"rot":1}\0{"alarms":1}',
+    "no-event-definition": b'{"root":{}}\0{"alarm":{}}',
+    "no-enumerations": alarm_catalogue(ALARM)[:-5],
+    "literal-value-as-a-number": alarm_catalogue(ALARM, b'{"name":"T","enum_member":[{"value":0,"name":"x"}]}'),
+    "literal-null": alarm_catalogue(ALARM, b'{"name":"T","enum_member":[null,{"value":null,"name":"x"}]}'),
+    "type-without-a-name": alarm_catalogue(ALARM, b'{"enum_member":[]},{"name":"T"}'),
+    "param-desc-at-its-edges": alarm_catalogue(
+        b'{"eventID":"1","paramDesc":",,x=A,2=A=B,3,=,-1=T,99999999999999999999=T,"}', LITERALS),
+    "escapes-and-zero-bytes": alarm_catalogue(b'{"eventID":"1\\u00002","detail":"\\u0000##00\\ud83d\\ude00"}'),
+    "comments": b"// alarms\n" + alarm_catalogue(b"/* one */" + ALARM),
+    "deeply-nested": alarm_catalogue(b"[" * 1200),
+}
+
+
 def main():
-    for target, seeds in {"decode": DECODE, "trap_table": TRAP_TABLE}.items():
+    targets = {"decode": DECODE, "trap_table": TRAP_TABLE, "alarm_text": ALARM_TEXT,
+               "alarm_catalogue": ALARM_CATALOGUE}
+    for target, seeds in targets.items():
         folder = CORPUS / target
         folder.mkdir(parents=True, exist_ok=True)
         for name, data in seeds.items():
