@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace talvik::ctl {
 
@@ -10,6 +11,7 @@ class Failure : public std::runtime_error {
 public:
     enum class Kind {
         Connection,  ///< no answer, or none that can be used: the next request would fail too
+        NoAnswer,    ///< as Connection, but a request was sent: it may have been carried out
         UnknownRow,  ///< there is no such row
         Refused,     ///< the agent answered and did not do it
     };

@@ -1,6 +1,7 @@
 #include "tools/safe_text.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace talvik::ctl {

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace talvik::ctl {
 
@@ -192,10 +193,19 @@ SnmpAnswer SnmpClient::exchange(const MakePdu& makePdu)
             return read(*response, sent);
         }
         if (status == STAT_ERROR && error.code != SNMPERR_TIMEOUT) {
-            throw connectionFailure(settings_, version_, error.code, error.text);
+            fail(error, sent);
         }
     }
-    throw connectionFailure(settings_, version_, SNMPERR_TIMEOUT, "");
+    fail({SNMPERR_TIMEOUT, ""}, sent);
+}
+
+void SnmpClient::fail(const Error& error, unsigned sent) const
+{
+    const auto failure = connectionFailure(settings_, version_, error.code, error.text);
+    if (sent == 0) {
+        throw failure;
+    }
+    throw Failure(Failure::Kind::NoAnswer, failure.what(), failure.advice());
 }
 
 SnmpClient::Error SnmpClient::lastError() const

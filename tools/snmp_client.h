@@ -41,6 +41,7 @@ private:
     };
 
     Error lastError() const;
+    [[noreturn]] void fail(const Error& error, unsigned sent) const;
     SnmpAnswer exchange(const MakePdu& makePdu);
     SnmpAnswer ask(int command, const std::vector<ObjectId>& names);
 

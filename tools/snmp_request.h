@@ -37,8 +37,8 @@ struct SnmpAnswer {
     unsigned tries = 1;  ///< how often the request was sent; above 1 an answer may have been lost
 };
 
-/// Sends requests to one agent. Every operation throws `Failure` (Connection) when no usable answer
-/// came; a refusal is an answer.
+/// Sends requests to one agent. Every operation throws `Failure` when no usable answer came:
+/// NoAnswer when the request was sent, Connection when it was not. A refusal is an answer.
 class SnmpRequester {
 public:
     virtual ~SnmpRequester() = default;

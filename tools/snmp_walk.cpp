@@ -4,7 +4,9 @@
 #include "tools/snmp_status.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
+#include <utility>
 
 namespace talvik::ctl {
 

@@ -1,6 +1,7 @@
 #include "tools/trap_actions.h"
 
 #include "tools/command.h"
+#include "tools/safe_text.h"
 #include "tools/snmp_client.h"
 #include "tools/trap_output.h"
 #include "tools/trap_table.h"
@@ -8,6 +9,8 @@
 #include <algorithm>
 #include <functional>
 #include <iostream>
+#include <string>
+#include <utility>
 
 namespace talvik::ctl {
 
@@ -17,7 +20,7 @@ void printFailure(const TrapOptions& options, const Failure& failure)
 {
     if (options.json) {
         auto value = failureJson(failure);
-        value["agent"] = options.snmp.agent;
+        value["agent"] = validUtf8(options.snmp.agent);
         std::cout << jsonText(value);
     } else {
         std::cerr << failureText(failure);
@@ -41,7 +44,7 @@ int onTable(const TrapOptions& options, const std::function<void(TrapTable&)>& w
 Json::Value indexJson(const TrapOptions& options, std::uint32_t index)
 {
     Json::Value value;
-    value["agent"] = options.snmp.agent;
+    value["agent"] = validUtf8(options.snmp.agent);
     value["index"] = index;
     return value;
 }
@@ -49,29 +52,42 @@ Json::Value indexJson(const TrapOptions& options, std::uint32_t index)
 /// What came of a removal of several rows.
 struct Removal {
     std::vector<std::uint32_t> removed;
+    std::vector<std::uint32_t> notTried;
     std::vector<std::pair<std::uint32_t, Failure>> failed;
 };
+
+bool nobodyAnswers(const Failure& failure)
+{
+    return failure.kind() == Failure::Kind::Connection || failure.kind() == Failure::Kind::NoAnswer;
+}
 
 Removal removeEach(TrapTable& table, const std::vector<std::uint32_t>& indexes)
 {
     Removal removal;
-    std::vector<std::uint32_t> seen;
     for (const auto index : indexes) {
-        if (std::find(seen.begin(), seen.end(), index) != seen.end()) {
+        if (!removal.failed.empty() && nobodyAnswers(removal.failed.back().second)) {
+            removal.notTried.push_back(index);  // it would wait for nothing
             continue;
         }
-        seen.push_back(index);
         try {
             table.remove(index);
             removal.removed.push_back(index);
         } catch (const Failure& failure) {
             removal.failed.emplace_back(index, failure);
-            if (failure.kind() == Failure::Kind::Connection) {
-                break;  // the others would wait for nothing
-            }
         }
     }
     return removal;
+}
+
+std::vector<std::uint32_t> withoutRepeats(const std::vector<std::uint32_t>& indexes)
+{
+    std::vector<std::uint32_t> once;
+    for (const auto index : indexes) {
+        if (std::find(once.begin(), once.end(), index) == once.end()) {
+            once.push_back(index);
+        }
+    }
+    return once;
 }
 
 void printRemoval(const TrapOptions& options, const Removal& removal)
@@ -83,10 +99,13 @@ void printRemoval(const TrapOptions& options, const Removal& removal)
         for (const auto& failed : removal.failed) {
             std::cerr << failureText(failed.second);
         }
+        for (const auto index : removal.notTried) {
+            std::cerr << "talvikctl: did not try to remove trap destination " << index << '\n';
+        }
         return;
     }
     Json::Value root;
-    root["agent"] = options.snmp.agent;
+    root["agent"] = validUtf8(options.snmp.agent);
     root["removed"] = Json::Value(Json::arrayValue);
     root["failed"] = Json::Value(Json::arrayValue);
     for (const auto index : removal.removed) {
@@ -96,6 +115,10 @@ void printRemoval(const TrapOptions& options, const Removal& removal)
         auto value = failureJson(failed.second);
         value["index"] = failed.first;
         root["failed"].append(value);
+    }
+    root["notTried"] = Json::Value(Json::arrayValue);
+    for (const auto index : removal.notTried) {
+        root["notTried"].append(index);
     }
     std::cout << jsonText(root);
 }
@@ -134,7 +157,7 @@ int runTrapRemove(const TrapOptions& options)
 {
     bool allRemoved = false;
     const int status = onTable(options, [&](TrapTable& table) {
-        const auto removal = removeEach(table, options.indexes);
+        const auto removal = removeEach(table, withoutRepeats(options.indexes));
         printRemoval(options, removal);
         allRemoved = removal.failed.empty();
     });

@@ -1,12 +1,14 @@
 #include "tools/command.h"
 #include "tools/snmp_options.h"
 #include "tools/trap_actions.h"
+#include "tools/trap_destination.h"
 #include "tools/trap_names.h"
 
 #include <CLI/CLI.hpp>
 
-#include <functional>
+#include <cstdint>
 #include <memory>
+#include <string>
 
 namespace talvik::ctl {
 

@@ -3,6 +3,8 @@
 #include "tools/trap_destination.h"
 
 #include <charconv>
+#include <cstddef>
+#include <system_error>
 
 namespace talvik::ctl {
 

@@ -5,7 +5,8 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <iterator>
+#include <optional>
 
 namespace talvik::ctl {
 

@@ -107,6 +107,25 @@ Failure missingTable(const std::string& agent)
                    "user or community includes 1.3.6.1.4.1.99999");
 }
 
+Failure nothingShown(const std::string& agent, std::uint32_t index)
+{
+    return Failure(Failure::Kind::Refused,
+                   agent + " shows no trap destination " + std::to_string(index) +
+                       ", and no other one",
+                   "SNMPv1 does not tell an empty table from a hidden one: ask with --snmp-version "
+                   "2c or 3, and make sure that the view of the community includes "
+                   "1.3.6.1.4.1.99999");
+}
+
+Failure perhapsDone(const Failure& noAnswer)
+{
+    return Failure(noAnswer.kind(),
+                   noAnswer.what() +
+                       std::string("; the change may have been made nonetheless, check with "
+                                   "talvikctl trap list"),
+                   noAnswer.advice());
+}
+
 Failure refusal(const SnmpRequester& requester, const std::string& action, std::uint32_t index,
                 const std::vector<SnmpCell>& cells, const SnmpAnswer& answer)
 {

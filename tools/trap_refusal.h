@@ -32,6 +32,12 @@ Failure unknownRow(const std::string& agent, std::uint32_t index);
 /// The agent has no table of trap destinations, or does not show it.
 Failure missingTable(const std::string& agent);
 
+/// Over SNMPv1 the agent shows no row at all: the table may be empty, hidden or absent.
+Failure nothingShown(const std::string& agent, std::uint32_t index);
+
+/// No answer came to a SET that was sent.
+Failure perhapsDone(const Failure& noAnswer);
+
 /// What it means that the agent refused to `action` the trap destination `index`: `answer` is what
 /// it said to the SET of `cells`.
 Failure refusal(const SnmpRequester& requester, const std::string& action, std::uint32_t index,

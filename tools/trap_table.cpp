@@ -5,6 +5,7 @@
 #include "tools/snmp_walk.h"
 #include "tools/trap_refusal.h"
 
+#include <algorithm>
 #include <map>
 
 namespace talvik::ctl {
@@ -150,7 +151,7 @@ TrapTable::Creation TrapTable::create(const TrapDestination& wanted)
     auto cells = cellsOf(wanted);
     cells.insert(cells.begin(),
                  numberCell(trap_column::kRowStatus, wanted.index, Kind::Integer, kCreateAndGo));
-    const auto answer = requester_.set(cells);
+    const auto answer = set(cells);
     if (answer.status == kStatusNoError) {
         return Creation::Done;
     }
@@ -171,7 +172,7 @@ void TrapTable::modify(const TrapDestination& change)
 {
     // Without the row status: that could create the row anew when somebody just removed it.
     const auto cells = cellsOf(change);
-    const auto answer = requester_.set(cells);
+    const auto answer = set(cells);
     if (answer.status == kStatusNoError) {
         return;
     }
@@ -190,9 +191,21 @@ void TrapTable::remove(std::uint32_t index)
     }
     const std::vector<SnmpCell> cells = {
         numberCell(trap_column::kRowStatus, index, Kind::Integer, kDestroy)};
-    const auto answer = requester_.set(cells);
+    const auto answer = set(cells);
     if (answer.status != kStatusNoError) {
         throw refusal(requester_, "remove", index, cells, answer);
+    }
+}
+
+SnmpAnswer TrapTable::set(const std::vector<SnmpCell>& cells)
+{
+    try {
+        return requester_.set(cells);
+    } catch (const Failure& failure) {
+        if (failure.kind() != Failure::Kind::NoAnswer) {
+            throw;
+        }
+        throw perhapsDone(failure);
     }
 }
 
@@ -200,6 +213,9 @@ bool TrapTable::exists(std::uint32_t index)
 {
     const auto answer = requester_.get({trapCellName(trap_column::kIndex, index)});
     if (answer.status == kStatusNoSuchName) {
+        if (!anyRowShown()) {
+            throw nothingShown(requester_.agent(), index);
+        }
         return false;
     }
     if (answer.status != kStatusNoError || answer.cells.size() != 1) {
@@ -209,6 +225,18 @@ bool TrapTable::exists(std::uint32_t index)
         throw missingTable(requester_.agent());
     }
     return answer.cells.front().kind != Kind::NoInstance;
+}
+
+bool TrapTable::anyRowShown()
+{
+    auto column = trapEntry();
+    column.push_back(trap_column::kIndex);
+    const auto answer = requester_.getNext({column});
+    if (answer.status != kStatusNoError || answer.cells.size() != 1) {
+        return false;
+    }
+    const auto& next = answer.cells.front().oid;
+    return next.size() > column.size() && std::equal(column.begin(), column.end(), next.begin());
 }
 
 std::optional<TrapDestination> TrapTable::read(std::uint32_t index)
@@ -246,7 +274,9 @@ std::uint32_t TrapTable::lowestFree()
 
 void TrapTable::requireTable()
 {
-    exists(1);
+    if (!requester_.isV1()) {  // SNMPv1 does not tell an empty table from a hidden one
+        exists(1);
+    }
 }
 
 }  // namespace talvik::ctl

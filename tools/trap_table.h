@@ -15,7 +15,7 @@ public:
     /// `requester` must outlive the table.
     explicit TrapTable(SnmpRequester& requester) : requester_(requester) {}
 
-    /// All of them, by index.
+    /// All of them, by index. Over SNMPv1 a table that is hidden looks like an empty one.
     std::vector<TrapDestination> list();
 
     /// Creates a row at `wanted.index`, or at the lowest free index if that is 0, and returns the
@@ -31,8 +31,10 @@ private:
     enum class Creation { Done, Taken };
 
     Creation create(const TrapDestination& wanted);
+    SnmpAnswer set(const std::vector<SnmpCell>& cells);
     bool exists(std::uint32_t index);
     std::optional<TrapDestination> read(std::uint32_t index);
+    bool anyRowShown();
     std::uint32_t lowestFree();
     void requireTable();
 

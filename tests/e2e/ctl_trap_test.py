@@ -8,12 +8,16 @@ import subprocess
 import threading
 import unittest
 
-from talvik_e2e import AUTH, BIN, LIMIT, PRIV, TalvikTest, free_port
+from talvik_e2e import AUTH, BIN, CONFIG, LIMIT, PRIV, ROOT, TalvikTest, free_port
 
 V1 = ["--snmp-version", "1", "--community", "writer"]
 V2C = ["--snmp-version", "2c", "--community", "writer"]
 READ_ONLY = ["--snmp-version", "2c", "--community", "reader"]
 SET_TAG = 0xA3
+BLIND = f"""
+view noTraps included {ROOT}.2.91.9
+rwcommunity blind 127.0.0.1 -V noTraps
+"""
 CREDENTIALS = f"""defVersion 3
 defSecurityName admin
 defSecurityLevel authPriv
@@ -25,10 +29,11 @@ defPrivPassphrase {PRIV}
 
 
 class LossyPath:
-    """Stands between client and agent and loses the first answer to a SET of v2c."""
+    """Stands between client and agent and loses the first answers to a SET of v2c."""
 
-    def __init__(self, agent_port):
+    def __init__(self, agent_port, loses=1):
         self.lost = 0
+        self.loses = loses
         self.front = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.front.bind(("127.0.0.1", 0))
         self.port = self.front.getsockname()[1]
@@ -50,7 +55,7 @@ class LossyPath:
                 self.back.send(request)
             if self.back in ready:
                 answer = self.back.recv(65535)
-                if is_set and self.lost == 0:
+                if is_set and self.lost < self.loses:
                     self.lost += 1
                 else:
                     self.front.sendto(answer, client)
@@ -64,6 +69,7 @@ class LossyPath:
 
 class CtlTrap(TalvikTest):
     def setUp(self):
+        self.config.write_text(CONFIG + BLIND)
         self.agent = self.start_agent()
         self.credentials = self.write("credentials.conf", CREDENTIALS)
         self.credentials.chmod(0o600)
@@ -123,8 +129,18 @@ class CtlTrap(TalvikTest):
         for who in (V1, V2C, self.v3):
             with self.subTest(who=who[:2]):
                 error = self.refused("modify", "3", "--address", "192.0.2.1", "--port", "162", *who)
-                self.assertIn("there is no trap destination 3", error)
+                self.assertIn("shows no trap destination 3" if who is V1 else "there is no trap destination 3", error)
         self.assertEqual(self.rows(), [])
+
+    def test_tells_an_unknown_row_from_a_table_that_is_not_shown(self):
+        self.ctl("add", "192.0.2.1", *V2C)
+        for who in (V1, V2C, self.v3):
+            self.assertIn("there is no trap destination 3", self.refused("remove", "3", *who))
+        for version, said in (("1", "shows no trap destination 1, and no other one; SNMPv1 does not tell"),
+                              ("2c", "shows no table of trap destinations")):
+            with self.subTest(version=version):
+                self.assertIn(said, self.refused("remove", "1", "--snmp-version", version, "--community", "blind"))
+        self.assertEqual(len(self.rows()), 1)
 
     def test_says_why_the_agent_refuses(self):
         self.ctl("add", "192.0.2.1", *V2C)
@@ -151,6 +167,10 @@ class CtlTrap(TalvikTest):
         for who in (V2C, self.v3):
             _, error = self.ctl("list", *who, "--timeout", "100", port=port, status=1)
             self.assertIn("within 100 ms, asked 2 times; make sure that talvik-agentd runs", error)
+        # For v3 the agent is asked who it is before anything is sent to it.
+        for who, said in ((V2C, True), (self.v3, False)):
+            _, error = self.ctl("add", "192.0.2.1", "--index", "1", *who, "--timeout", "100", port=port, status=1)
+            self.assertEqual("may have been made nonetheless" in error, said, error)
 
     def test_takes_the_defaults_from_snmp_conf_and_leaves_nothing_at_home(self):
         (self.home / "snmp.conf").write_text(CREDENTIALS)
@@ -163,6 +183,18 @@ class CtlTrap(TalvikTest):
         self.assertEqual(self.ctl("add", "192.0.2.1", *V2C, "--timeout", "1000", port=path.port), ("1\n", ""))
         self.assertEqual(path.lost, 1)
         self.assertEqual([row["index"] for row in self.rows()], [1])
+
+    def test_tells_that_a_change_without_an_answer_may_have_been_made(self):
+        path = LossyPath(self.agent.port, loses=4)
+        self.addCleanup(path.close)
+        quick = [*V2C, "--timeout", "500"]
+        _, error = self.ctl("add", "192.0.2.1", *quick, port=path.port, status=1)
+        self.assertIn("asked 2 times; the change may have been made nonetheless, check with talvikctl trap list", error)
+        self.assertEqual([row["index"] for row in self.rows()], [1])
+        told = json.loads(self.ctl("remove", "1", "2", "--json", *quick, port=path.port, status=1)[0])
+        self.assertIn("may have been made", told["failed"][0]["reason"])
+        self.assertEqual((told["removed"], told["notTried"]), ([], [2]))
+        self.assertEqual((self.rows(), path.lost), ([], 4))
 
     def test_gives_concurrent_adds_indexes_of_their_own(self):
         running = [subprocess.Popen(self.command("add", f"192.0.2.{number}", *V2C), env=self.environment(),
