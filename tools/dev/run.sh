@@ -21,10 +21,13 @@ if ! [[ $port =~ ^[1-9][0-9]{0,4}$ ]] || [ "$port" -gt 65535 ]; then
 fi
 
 topology=1.3.6.1.4.1.99999.2.91.9.1
+receivers=1.3.6.1.4.1.99999.2.91.10.4.1
+receiverPort=10162
 endpoint=127.0.0.1:$port
 folder="$root/run"
 config="$folder/talvik-agentd.conf"
 agentLog="$folder/talvik-agentd.log"
+v3=(-v3 -l authPriv -u demo -a SHA-256 -x AES -On -r 1 -t 5)
 secondsToStart=30
 secondsToStop=10
 
@@ -50,17 +53,19 @@ writeDemoFiles()
     source "$folder/passphrases"
 
     cat >"$config" <<TEXT
-# Made by ./dev run, for this machine only: read-only, from this machine, no write access.
+# Made by ./dev run, for this machine only: from this machine, and no write access but to the trap destinations over v3.
 view talvikDemo included .1.3.6.1.2.1.1
 view talvikDemo included .1.3.6.1.4.1.99999.2
 view talvikDemo included .1.3.6.1.6.3.10.2.1
+view talvikDemoWrite included .$receivers
 
-# v2c: the community "public", accepted from loopback alone.
+# v2c: the community "public", accepted from loopback alone, read-only.
 rocommunity public 127.0.0.1 -V talvikDemo
 
 # v3: authenticated with SHA-256 and encrypted with AES.
 createUser demo SHA-256 "$AUTH" AES "$PRIV"
-rouser demo priv -V talvikDemo
+group talvikDemoGroup usm demo
+access talvikDemoGroup "" usm priv exact talvikDemo talvikDemoWrite none
 TEXT
     # The stock tools read this one: it keeps the passphrases off command lines. No MIB is loaded unless -m names it.
     cat >"$folder/snmp.conf" <<TEXT
@@ -132,36 +137,66 @@ waitForAnswer()
     done
 }
 
-# showWalk TITLE TOOL ARGUMENTS...: shows the topology table and insists on the eight cells of its row.
+# cellsBelow TABLE OUTPUT: how many cells of the table a walk's output has.
+cellsBelow()
+{
+    grep -c "^\.\?${1//./\\.}\.[0-9.]* = [A-Za-z0-9-]*: " <<<"$2" || true
+}
+
+# showWalk TITLE TABLE TOOL ARGUMENTS...: shows a table and insists on the eight cells of a row.
 showWalk()
 {
-    local title=$1 output rows
-    shift
+    local title=$1 table=$2 output cells
+    shift 2
     say "$title"
-    output=$(client "$@" 2>&1) || giveUp "the walk failed: $output"
+    output=$(client "$@" "$endpoint" "$table" 2>&1) || giveUp "the walk failed: $output"
     printf '%s\n' "$output"
-    rows=$(grep -c "^\.\?${topology//./\\.}\.[0-9.]* = [A-Za-z0-9-]*: " <<<"$output" || true)
-    [ "$rows" -ge 8 ] || giveUp "the walk of $topology should show the 8 columns of the topology row, but shows $rows"
+    cells=$(cellsBelow "$table" "$output")
+    [ "$cells" -ge 8 ] || giveUp "the walk of $table should show the 8 columns of a row, but shows $cells cells"
+}
+
+# The state is kept between runs, and with it the receivers that the user made.
+makeReceiver()
+{
+    local output
+    output=$(client snmpwalk "${v3[@]}" "$endpoint" "$receivers" 2>&1) || giveUp "the walk failed: $output"
+    [ "$(cellsBelow "$receivers" "$output")" = 0 ] || return 0
+    say "no trap destination yet; making one: snmpset -v3 ... RowStatus.1 i 4 Address.1 s 127.0.0.1 Port.1 u $receiverPort"
+    client snmpset "${v3[@]}" "$endpoint" "$receivers.1.3.1" i 4 "$receivers.1.6.1" s 127.0.0.1 \
+        "$receivers.1.2.1" u "$receiverPort" || giveUp "the trap destination could not be made (message above)"
+}
+
+showReceivers()
+{
+    showWalk "the trap destinations: snmpwalk -v3 ... $endpoint $receivers" "$receivers" snmpwalk "${v3[@]}"
+    say "the same as a table: talvikctl trap list --agent udp:$endpoint"
+    client "$root/build/release/bin/talvikctl" trap list --agent "udp:$endpoint" ||
+        giveUp "talvikctl could not list the trap destinations (message above)"
 }
 
 showCommands()
 {
-    local v3="-v3 -l authPriv -u demo -a SHA-256 -x AES"
+    local v3="-v3 -l authPriv -u demo -a SHA-256 -x AES" ctl="SNMPCONFPATH=run build/release/bin/talvikctl trap"
     say "serving on udp:$endpoint; try, in another terminal:"
     cat <<TEXT
   cd $root
   snmpget -v2c -c public $endpoint $topology.1.8.1
   snmpbulkwalk -v2c -c public $endpoint 1.3.6.1.4.1.99999.2
   snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB $endpoint $topology
+  snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB $endpoint $receivers
   SNMPCONFPATH=run snmpwalk $v3 $endpoint $topology
+  $ctl list --agent udp:$endpoint
+  $ctl add 192.0.2.10 --agent udp:$endpoint
+  $ctl modify 1 --port 10163 --agent udp:$endpoint
+  $ctl remove 1 --agent udp:$endpoint
 
-The last one takes the passphrases from run/snmp.conf. The agent's log is run/talvik-agentd.log, its configuration
+SNMPCONFPATH=run takes the passphrases from run/snmp.conf. The agent's log is run/talvik-agentd.log, its configuration
 run/talvik-agentd.conf.
 TEXT
 }
 
 setup
-configureAndBuild release talvik-agentd SnmpTalvikMibModule
+configureAndBuild release talvik-agentd talvikctl SnmpTalvikMibModule
 
 writeDemoFiles
 exec 9>"$folder/.lock"
@@ -173,14 +208,16 @@ trap 'exit 130' INT TERM HUP
 startAgent
 waitForAnswer
 
-showWalk "SNMP v2c: snmpwalk -v2c -c public $endpoint $topology" \
-    snmpwalk -v2c -c public -On -r 1 -t 5 "$endpoint" "$topology"
-showWalk "SNMP v3, authenticated with SHA-256 and encrypted with AES: snmpwalk -v3 ... $endpoint $topology" \
-    snmpwalk -v3 -l authPriv -u demo -a SHA-256 -x AES -On -r 1 -t 5 "$endpoint" "$topology"
+showWalk "SNMP v2c: snmpwalk -v2c -c public $endpoint $topology" "$topology" \
+    snmpwalk -v2c -c public -On -r 1 -t 5
+showWalk "SNMP v3, authenticated with SHA-256 and encrypted with AES: snmpwalk -v3 ... $endpoint $topology" "$topology" \
+    snmpwalk "${v3[@]}"
+makeReceiver
+showReceivers
 
 if $once; then
     stopAgent
-    say "run: the topology row came over v2c and v3"
+    say "run: the topology row came over v2c and v3, and the trap destinations over v3"
     exit 0
 fi
 
