@@ -85,12 +85,19 @@ protected:
         EXPECT_TRUE(response.oRecords.empty());
     }
 
-    /// That one line besides the traces was logged, at level error.
-    void expectOnlyLine(const char* label, unsigned long long code, const std::string& line) const
+    /// What was logged besides the traces.
+    std::vector<LogLine> otherLines() const
     {
         std::vector<LogLine> others;
         std::copy_if(host.log.begin(), host.log.end(), std::back_inserter(others),
                      [](const auto& logged) { return logged.level != "trace"; });
+        return others;
+    }
+
+    /// That one line besides the traces was logged, at level error.
+    void expectOnlyLine(const char* label, unsigned long long code, const std::string& line) const
+    {
+        const auto others = otherLines();
         ASSERT_EQ(others.size(), 1U);
         EXPECT_EQ(others[0].level, "error");
         EXPECT_EQ(others[0].moduleId, 4U);
@@ -100,7 +107,12 @@ protected:
         EXPECT_GT(others[0].line, 0U);
     }
 
-    void expectNoLine() const { EXPECT_EQ(host.texts("error"), Calls()); }
+    void expectNoLine() const
+    {
+        for (const auto& line : otherLines()) {
+            ADD_FAILURE() << line.level << ": " << line.text;
+        }
+    }
 
     /// That every guard that was entered was left, the innermost first.
     void expectBalancedTraces() const
