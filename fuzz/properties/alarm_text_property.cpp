@@ -79,7 +79,7 @@ void checkFilling(const std::string& text, const plain::Pairs& pairs)
     real.result = parser().replaceAlarmParamInfo(text, real.out, pairs);
     real.lines = newLines();
     Filled expected;
-    expected.result = plain::fill(text, pairs, expected.out, expected.lines, {1000, 256UL * 1024});
+    expected.result = plain::fill(text, pairs, expected.out, expected.lines, {200, 64UL * 1024});
     if (expected.result == plain::kDoesNotEnd) {
         const auto warnings = std::count_if(real.lines.begin(), real.lines.end(), isBoundWarning);
         require(warnings <= 1, "a filling stops once");
