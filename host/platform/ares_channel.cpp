@@ -52,7 +52,7 @@ struct FreeResult {
 
 using Result = std::unique_ptr<ares_addrinfo, FreeResult>;
 
-LookupAnswer answerOf(int status, const ares_addrinfo* result)
+LookupAnswer readAnswer(int status, const ares_addrinfo* result)
 {
     LookupAnswer answer;
     if (status == ARES_SUCCESS && result != nullptr) {
@@ -66,6 +66,17 @@ LookupAnswer answerOf(int status, const ares_addrinfo* result)
     answer.outcome = none ? LookupOutcome::NoSuchName : LookupOutcome::NoAnswer;
     answer.reason = status == ARES_SUCCESS ? "no address" : ares_strerror(status);
     return answer;
+}
+
+/// An answer in any case, as whoever asked waits for one.
+LookupAnswer answerOf(int status, const ares_addrinfo* result)
+{
+    try {
+        return readAnswer(status, result);
+    } catch (const std::exception& error) {
+        hostLog()->error("cannot read the answer of a name server: {}", error.what());
+        return {};
+    }
 }
 
 }  // namespace
@@ -107,8 +118,9 @@ AresChannel::~AresChannel()
 
 void AresChannel::start(const std::string& name, NameLookup::Done done)
 {
+    auto request = std::make_unique<Request>(Request{*this, name, std::move(done)});
     ++underWay_;
-    ask(std::make_unique<Request>(Request{*this, name, std::move(done)}));
+    ask(std::move(request));
 }
 
 void AresChannel::ask(std::unique_ptr<Request> request)

@@ -158,12 +158,38 @@ private:
         const auto now = settings_.clock();
         const auto due = takeDue(now);
         for (const auto& name : due) {
-            lookup_->start(name,
-                           [this, name](const LookupAnswer& answer) { finish(name, answer); });
+            begin(name);
         }
         log_.sumUp(now);
         if (due.empty()) {
             lookup_->wait(untilWork(now));
+        }
+    }
+
+    /// A look-up that cannot begin ends at once: otherwise its name would stay under way for good.
+    void begin(const std::string& name)
+    {
+        std::shared_ptr<bool> ended;
+        try {
+            ended = std::make_shared<bool>(false);
+            lookup_->start(name, [this, name, ended](const LookupAnswer& answer) {
+                *ended = true;
+                finish(name, answer);
+            });
+        } catch (const std::exception& error) {
+            hostLog()->error("cannot look up {}: {}; tried again later", name, error.what());
+            if (!ended || !*ended) {
+                finishWithoutAnswer(name);
+            }
+        }
+    }
+
+    void finishWithoutAnswer(const std::string& name) noexcept
+    {
+        try {
+            finish(name, {LookupOutcome::NoAnswer, {}, "not begun"});
+        } catch (const std::exception& error) {
+            hostLog()->error("cannot note that {} was not looked up: {}", name, error.what());
         }
     }
 

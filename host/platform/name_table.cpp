@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace talvik {
 
@@ -45,9 +46,11 @@ void NameTable::release(const std::string& name, Time now)
     if (found == entries_.end() || found->second.retained == 0) {
         return;
     }
-    if (--found->second.retained == 0) {
+    if (found->second.retained == 1) {
         found->second.asked = asked_.insert(asked_.end(), key);
         found->second.askedAt = now;
+    }
+    if (--found->second.retained == 0) {
         keepAskedShort();
     }
 }
@@ -71,10 +74,14 @@ NameTable::Entry& NameTable::known(const std::string& key, Time now)
     if (found != entries_.end()) {
         return found->second;
     }
-    auto& entry = entries_[key];
-    entry.asked = asked_.insert(asked_.end(), key);
+    std::list<std::string> asked{key};
+    Due due{{now, key}};
+    auto& entry = entries_[key];  // nothing behind this can fail
+    entry.asked = asked.begin();
     entry.askedAt = now;
-    schedule(key, entry, now);
+    entry.due = due.begin();
+    asked_.splice(asked_.end(), asked);
+    due_.merge(due);
     return entry;
 }
 
@@ -89,16 +96,11 @@ void NameTable::keepAskedShort()
 /// A look-up of it that is under way still counts as one until its end.
 void NameTable::forget(Entries::iterator known)
 {
-    due_.erase({known->second.due, known->first});
+    if (!known->second.underWay) {
+        due_.erase(known->second.due);
+    }
     asked_.erase(known->second.asked);
     entries_.erase(known);
-}
-
-void NameTable::schedule(const std::string& key, Entry& entry, Time due)
-{
-    due_.erase({entry.due, key});
-    entry.due = due;
-    due_.emplace(due, key);
 }
 
 std::vector<std::string> NameTable::takeDue(Time now)
@@ -111,10 +113,16 @@ std::vector<std::string> NameTable::takeDue(Time now)
         forget(oldest);
     }
     std::vector<std::string> names;
-    while (underWay_ < limits_.underWay && !due_.empty() && due_.begin()->first <= now) {
-        names.push_back(due_.begin()->second);
-        entries_.find(names.back())->second.underWay = true;
-        due_.erase(due_.begin());
+    for (auto next = due_.begin();
+         next != due_.end() && next->first <= now && underWay_ + names.size() < limits_.underWay;
+         ++next) {
+        names.push_back(next->second);
+    }
+    // All of them or none: nothing from here on can fail.
+    for (const auto& name : names) {
+        auto& entry = entries_.find(name)->second;
+        entry.resting = due_.extract(entry.due);
+        entry.underWay = true;
         ++underWay_;
     }
     return names;
@@ -129,22 +137,26 @@ std::optional<NameChange> NameTable::finish(const std::string& name, const Looku
         return std::nullopt;
     }
     auto& entry = found->second;
+    // First what cannot fail: whatever becomes of the answer, the name is due again.
     entry.underWay = false;
+    entry.resting.value().first = now + spread(name, pause(entry, answer));
+    entry.due = due_.insert(std::move(entry.resting)).position;
     apply(entry, answer, now);
-    schedule(name, entry, now + spread(name, pause(entry, answer)));
 
     const bool resolves = !entry.addresses.empty();
     if (entry.retained == 0 || entry.reported == !resolves) {
         return std::nullopt;
     }
+    NameChange change{name, resolves, answer.reason};
     entry.reported = !resolves;
-    return NameChange{name, resolves, answer.reason};
+    return change;
 }
 
 void NameTable::apply(Entry& entry, const LookupAnswer& answer, Time now) const
 {
     if (answer.outcome == LookupOutcome::Found) {
-        entry.addresses = answer.addresses;
+        auto addresses = answer.addresses;
+        entry.addresses.swap(addresses);
         entry.goodAt = now;
     } else if (answer.outcome == LookupOutcome::NoSuchName ||
                now - entry.goodAt >= limits_.staleFor) {

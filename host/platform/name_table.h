@@ -64,13 +64,16 @@ public:
     std::size_t size() const { return entries_.size(); }
 
 private:
+    using Due = std::set<std::pair<Time, std::string>>;
+
     struct Entry {
         unsigned retained = 0;
         bool underWay = false;
         bool reported = false;  ///< the log says that it does not resolve
         Addresses addresses;
-        Time goodAt;  ///< when the addresses were last confirmed
-        Time due;     ///< of the next look-up; in due_ unless under way
+        Time goodAt;             ///< when the addresses were last confirmed
+        Due::iterator due;       ///< its next look-up, unless one is under way
+        Due::node_type resting;  ///< its place in due_ while one is: going back cannot fail
         NameLimits::Milliseconds retry{0};
         Time askedAt;                            ///< while nobody retains it
         std::list<std::string>::iterator asked;  ///< its place in asked_, then
@@ -81,13 +84,12 @@ private:
     Entry& known(const std::string& key, Time now);
     void keepAskedShort();
     void forget(Entries::iterator known);
-    void schedule(const std::string& key, Entry& entry, Time due);
     void apply(Entry& entry, const LookupAnswer& answer, Time now) const;
     NameLimits::Milliseconds pause(Entry& entry, const LookupAnswer& answer) const;
 
     NameLimits limits_;
     Entries entries_;
-    std::set<std::pair<Time, std::string>> due_;
+    Due due_;
     std::list<std::string> asked_;  ///< names that nobody retains, the one asked longest ago first
     std::size_t underWay_ = 0;
 };

@@ -235,6 +235,29 @@ TEST_F(NameCacheTest, TriesAgainWhenItsThreadCouldNotBeStarted)
     cache_.reset();  // it calls what is gone at the end
 }
 
+TEST_F(NameCacheTest, ALookUpThatCannotBeginIsTriedAgainAndHoldsUpNoOther)
+{
+    constexpr int kNames = 64;  // as many as may be under way: one that stays so is missed
+    for (int i = 0; i < kNames; i += 2) {
+        script_.failToStart("nms" + std::to_string(i));
+    }
+    for (int i = 0; i < kNames; ++i) {
+        cache_->retain("nms" + std::to_string(i));
+    }
+    ASSERT_TRUE(script_.waitForStarts(kNames));
+    script_.settle();
+    EXPECT_THAT(log_.lines(), testing::Contains(HasSubstr("cannot look up nms0: ")));
+
+    advance(6s);
+    ASSERT_TRUE(script_.waitForStarts(kNames + kNames / 2));
+    script_.answerAll(kFound);
+    script_.settle();
+
+    for (int i = 0; i < kNames; ++i) {
+        EXPECT_TRUE(cache_->resolves("nms" + std::to_string(i))) << i;
+    }
+}
+
 TEST_F(NameCacheTest, ManyMayAskWhileLookUpsEnd)
 {
     constexpr int kRounds = 200;

@@ -9,6 +9,8 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,6 +40,13 @@ public:
         endings_.emplace_back(pending_.at(name), answer);
         pending_.erase(name);
         changed_.notify_all();
+    }
+
+    /// The next look-up of `name` cannot begin.
+    void failToStart(const std::string& name)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        failing_.insert(name);
     }
 
     /// All that have begun end like this.
@@ -97,6 +106,10 @@ private:
             const std::lock_guard<std::mutex> lock(script_.mutex_);
             pthread_sigmask(SIG_SETMASK, nullptr, &script_.signalsBlocked_);
             ++script_.starts_;
+            if (script_.failing_.erase(name) != 0) {
+                script_.changed_.notify_all();
+                throw std::bad_alloc();
+            }
             ++script_.started_[name];
             script_.pending_[name] = std::move(done);
             script_.changed_.notify_all();
@@ -146,6 +159,7 @@ private:
     std::map<std::string, NameLookup::Done> pending_;
     std::deque<std::pair<NameLookup::Done, LookupAnswer>> endings_;
     std::map<std::string, int> started_;
+    std::set<std::string> failing_;
     int starts_ = 0;
     int made_ = 0;
     int alive_ = 0;
