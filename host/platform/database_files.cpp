@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 namespace talvik {
 
@@ -64,41 +65,97 @@ void syncDirectoryOf(const std::string& path)
     }
 }
 
-void create(const std::string& path)
+/// Removes what is there of the database `path`.
+void removeAll(const std::string& path)
 {
-    const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerFile);
+    for (const auto* suffix : kSuffixes) {
+        const auto name = path + suffix;
+        if (::unlink(name.c_str()) != 0 && errno != ENOENT) {
+            refuse("remove", name);
+        }
+    }
+}
+
+void create(const std::string& path, void (*fill)(const std::string& path))
+{
+    const auto unfinished = path + ".new";
+    removeAll(unfinished);  // of an agent that was killed meanwhile
+    const int file = ::open(unfinished.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerFile);
     if (file < 0) {
-        refuse("create", path);
+        refuse("create", unfinished);
     }
     ::close(file);
+    fill(unfinished);
+    if (std::rename(unfinished.c_str(), path.c_str()) != 0) {
+        refuse("create", path);
+    }
     syncDirectoryOf(path);
 }
 
-std::string freeName(const std::string& path)
+std::string asideName(const std::string& path, int n)
 {
-    for (int n = 1;; ++n) {
-        auto name = path + ".damaged-" + std::to_string(n);
-        bool taken = false;
-        for (const auto* suffix : kSuffixes) {
-            taken = taken || factsOf(name + suffix).has_value();
-        }
-        if (!taken) {
-            return name;
-        }
+    return path + ".damaged-" + std::to_string(n);
+}
+
+/// The mark of a database that is being set aside: renaming its files is no single step.
+constexpr const char* kMark = ".moving";
+
+bool isTaken(const std::string& name)
+{
+    bool taken = false;
+    for (const auto* suffix : kSuffixes) {
+        taken = taken || factsOf(name + suffix).has_value();
+    }
+    return taken;
+}
+
+/// The first name that nothing has, but one with the mark goes before.
+std::string nameFor(const std::string& path)
+{
+    int n = 1;
+    while (!factsOf(asideName(path, n) + kMark) && isTaken(asideName(path, n))) {
+        ++n;
+    }
+    return asideName(path, n);
+}
+
+/// Nothing but a new file is made where the mark is.
+void setMark(const std::string& name)
+{
+    const int file = ::open((name + kMark).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerFile);
+    if (file < 0) {
+        refuse("create", name + kMark);
+    }
+    ::close(file);
+    syncDirectoryOf(name);
+}
+
+void removeMark(const std::string& name)
+{
+    if (::unlink((name + kMark).c_str()) != 0 && errno != ENOENT) {
+        refuse("remove", name + kMark);
     }
 }
 
 }  // namespace
 
-void prepareDatabaseFile(const std::string& path)
+void prepareDatabaseFile(const std::string& path, void (*fill)(const std::string& path))
 {
     const auto facts = factsOf(path);
-    // SQLite throws away the log of a file without content.
-    if ((!facts || facts->st_size == 0) && hasContent(path + "-wal")) {
+    const auto aside = nameFor(path);
+    if (factsOf(aside + kMark)) {
+        if (!facts) {
+            throw DamagedFile("it was found damaged before, and setting it aside was cut short");
+        }
+        removeMark(aside);  // cut short before anything was moved, or restored since
+    }
+    // SQLite throws away the log of a file without content, and applies a journal to a new one.
+    if ((!facts || facts->st_size == 0) &&
+        (hasContent(path + "-wal") || hasContent(path + "-journal"))) {
         throw DamagedFile("its write-ahead log is there, but its own content is gone");
     }
     if (!facts) {
-        create(path);
+        create(path, fill);
         return;
     }
     if (!S_ISREG(facts->st_mode)) {
@@ -109,8 +166,11 @@ void prepareDatabaseFile(const std::string& path)
     if ((facts->st_mode & kPermissions) != kOwnerFile && ::chmod(path.c_str(), kOwnerFile) != 0) {
         refuse("protect", path);
     }
-    // Not left to SQLite, to which a single octet is a new file.
-    if (facts->st_size > 0 && facts->st_size < kHeaderSize) {
+    // Not left to SQLite, to which an empty file or a single octet is a new one.
+    if (facts->st_size == 0) {
+        throw DamagedFile("its content is gone");
+    }
+    if (facts->st_size < kHeaderSize) {
         throw DamagedFile("it ends within its header");
     }
     if (facts->st_size > kMaxFileSize) {
@@ -118,19 +178,37 @@ void prepareDatabaseFile(const std::string& path)
     }
 }
 
+FileIdentity::FileIdentity(std::string path) : path_(std::move(path))
+{
+    const auto facts = factsOf(path_);
+    if (!facts) {
+        throw StartupError("cannot use " + path_ + ": it was removed while the agent started");
+    }
+    device_ = facts->st_dev;
+    number_ = facts->st_ino;
+}
+
+bool FileIdentity::wasMoved() const
+{
+    struct stat facts = {};
+    return ::lstat(path_.c_str(), &facts) != 0 || facts.st_dev != device_ ||
+           facts.st_ino != number_;
+}
+
 SetAside setDatabaseAside(const std::string& path)
 {
-    const SetAside aside{freeName(path), hasContent(path)};
-    // The database goes first: cut short, what is left of it is known by its log.
+    const auto name = nameFor(path);
+    setMark(name);
     for (const auto* suffix : kSuffixes) {
         const auto from = path + suffix;
-        const auto to = aside.path + suffix;
+        const auto to = name + suffix;
         if (factsOf(from) && std::rename(from.c_str(), to.c_str()) != 0) {
             refuse("set aside", from);
         }
     }
     syncDirectoryOf(path);
-    return aside;
+    removeMark(name);
+    return {name, hasContent(name)};
 }
 
 }  // namespace talvik

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include <sys/types.h>
+
 namespace talvik {
 
 /// A database file whose content cannot be used. `what()` is the reason only: what becomes of the
@@ -12,10 +14,27 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Makes `path` an empty file when there is none, and readable and writable for its owner only.
-/// Throws `DamagedFile` when SQLite would take what is left of a database for a new one, and
-/// `StartupError` when the file cannot be used.
-void prepareDatabaseFile(const std::string& path);
+/// Makes the database `path` when there is none, readable and writable for its owner only. `fill`
+/// gets the name of an empty file, which gets its own name when it is filled and on disk: so `path`
+/// is never there in part. Throws `DamagedFile` when SQLite would take what is left of a database
+/// for a new one, and when setting it aside was cut short; `StartupError` when the file cannot be
+/// used.
+void prepareDatabaseFile(const std::string& path, void (*fill)(const std::string& path));
+
+/// Which file a name stands for.
+class FileIdentity {
+public:
+    /// Throws `StartupError` if there is no such file.
+    explicit FileIdentity(std::string path);
+
+    /// True if the name stands for another file now, or for none.
+    bool wasMoved() const;
+
+private:
+    std::string path_;
+    dev_t device_ = 0;
+    ino_t number_ = 0;
+};
 
 /// Where a damaged database is now.
 struct SetAside {
@@ -24,7 +43,7 @@ struct SetAside {
 };
 
 /// Renames the database `path`, its write-ahead log and journal to the first free
-/// `PATH.damaged-N`, durably. Throws `StartupError`.
+/// `PATH.damaged-N`, durably, or to the one where that was cut short. Throws `StartupError`.
 SetAside setDatabaseAside(const std::string& path);
 
 }  // namespace talvik

@@ -138,6 +138,9 @@ std::optional<NameChange> NameTable::finish(const std::string& name, const Looku
     }
     auto& entry = found->second;
     // First what cannot fail: whatever becomes of the answer, the name is due again.
+    if (!entry.underWay) {
+        entry.resting = due_.extract(entry.due);  // forgotten and asked again since
+    }
     entry.underWay = false;
     entry.resting.value().first = now + spread(name, pause(entry, answer));
     entry.due = due_.insert(std::move(entry.resting)).position;

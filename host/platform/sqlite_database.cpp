@@ -74,6 +74,51 @@ void SqliteDatabase::tidyOnClose(bool tidy)
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, tidy ? 0 : 1, nullptr);
 }
 
+void SqliteDatabase::checkpoint()
+{
+    if (number("PRAGMA wal_checkpoint(TRUNCATE)") != 0) {
+        throw SqliteError(SQLITE_BUSY, "the write-ahead log is in use");
+    }
+}
+
+namespace {
+
+sqlite3_file& logOf(sqlite3* handle)
+{
+    sqlite3_file* log = nullptr;
+    if (sqlite3_file_control(handle, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log) != SQLITE_OK ||
+        log == nullptr || log->pMethods == nullptr) {
+        throw SqliteError(SQLITE_CANTOPEN, "the write-ahead log is not open");
+    }
+    return *log;
+}
+
+}  // namespace
+
+std::int64_t SqliteDatabase::logSize()
+{
+    auto& log = logOf(handle_);
+    sqlite3_int64 size = 0;
+    const int result = log.pMethods->xFileSize(&log, &size);
+    if (result != SQLITE_OK) {
+        throw SqliteError(result & kPrimaryCode, "the size of the write-ahead log is not known");
+    }
+    return size;
+}
+
+void SqliteDatabase::cutLog(std::int64_t size)
+{
+    auto& log = logOf(handle_);
+    int result = log.pMethods->xTruncate(&log, size);
+    if (result == SQLITE_OK) {
+        result = log.pMethods->xSync(&log, SQLITE_SYNC_NORMAL);
+    }
+    if (result != SQLITE_OK) {
+        throw SqliteError(result & kPrimaryCode,
+                          std::string("cannot cut the write-ahead log: ") + sqlite3_errstr(result));
+    }
+}
+
 bool SqliteDatabase::isReadOnly() const
 {
     return sqlite3_db_readonly(handle_, "main") != 0;

@@ -48,6 +48,15 @@ public:
     /// it does unless told otherwise.
     void tidyOnClose(bool tidy);
 
+    /// Moves what the write-ahead log holds into the file and empties the log.
+    void checkpoint();
+
+    /// Octets in the write-ahead log, which must be open.
+    std::int64_t logSize();
+
+    /// Cuts the log back to `size` octets, durably. Only behind what was committed.
+    void cutLog(std::int64_t size);
+
     bool isReadOnly() const;
 
     /// True if the file was renamed, removed or replaced since it was opened.

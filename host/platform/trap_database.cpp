@@ -3,6 +3,7 @@
 #include "host/platform/database_files.h"
 #include "host/platform/log_text.h"
 #include "host/platform/trap_rules.h"
+#include "host/platform/write_ahead_log.h"
 #include "host/startup_error.h"
 
 #include <sqlite3.h>
@@ -17,6 +18,9 @@ namespace {
 constexpr int kBusyMilliseconds = 1000;
 constexpr std::int64_t kApplicationId = 0x54565444;  // what file(1) shows of a database
 constexpr std::int64_t kFormat = 1;                  // counts up when an older agent cannot read it
+
+constexpr const char* kLogSuffix = "-wal";
+constexpr std::int64_t kLongLog = std::int64_t{4} << 20U;
 
 constexpr const char* kTable = R"(CREATE TABLE destination(
     id INTEGER PRIMARY KEY CHECK(id BETWEEN 1 AND 2147483647),
@@ -36,13 +40,6 @@ constexpr const char* kUpdate =
 constexpr const char* kErase = "DELETE FROM destination WHERE id = ?1";
 constexpr const char* kSelect =
     "SELECT id, address, port, version, type, user_name FROM destination ORDER BY id";
-
-bool isNew(SqliteDatabase& database)
-{
-    return database.number("PRAGMA application_id") == 0 &&
-           database.number("PRAGMA user_version") == 0 &&
-           database.number("SELECT count(*) FROM sqlite_schema") == 0;
-}
 
 /// Throws unless the file is one of this format and whole.
 void check(SqliteDatabase& database, const std::string& path)
@@ -72,8 +69,11 @@ void check(SqliteDatabase& database, const std::string& path)
     }
 }
 
-void create(SqliteDatabase& database)
+/// Fills an empty file. A rollback journal, not a log, is beside it until the end.
+void fill(const std::string& path)
 {
+    SqliteDatabase database(path, kBusyMilliseconds);
+    database.run("PRAGMA synchronous = FULL");
     SqliteTransaction transaction(database);
     database.run(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
     database.run(("PRAGMA user_version = " + std::to_string(kFormat)).c_str());
@@ -136,8 +136,8 @@ TrapDatabase::Rows readRows(SqliteDatabase& database, std::size_t maxRows)
 
 std::unique_ptr<TrapDatabase> TrapDatabase::open(const std::string& path, std::size_t maxRows)
 {
-    prepareDatabaseFile(path);
     try {
+        prepareDatabaseFile(path, fill);
         auto database = std::make_unique<SqliteDatabase>(path, kBusyMilliseconds);
         database->tidyOnClose(false);  // a damaged file is kept as it is found
         database->run("PRAGMA locking_mode = EXCLUSIVE");
@@ -147,33 +147,41 @@ std::unique_ptr<TrapDatabase> TrapDatabase::open(const std::string& path, std::s
             throw StartupError("cannot write the trap destinations in " + path +
                                ": make the file writable for the agent's user");
         }
-        const bool fresh = isNew(*database);
-        if (!fresh) {
-            check(*database, path);
+        check(*database, path);
+        // Not before the lock is held: another process may be writing.
+        const auto finding = findingInLog(path + kLogSuffix);
+        if (!finding.empty()) {
+            throw DamagedFile(finding);
         }
-        auto rows = fresh ? Rows() : readRows(*database, maxRows);
+        auto rows = readRows(*database, maxRows);
         if (database->text("PRAGMA journal_mode = WAL") != "wal") {
             throw StartupError("cannot keep the trap destinations in " + path +
                                ": its file system does not support a write-ahead log");
         }
-        if (fresh) {
-            create(*database);
-        }
+        database->run("PRAGMA wal_autocheckpoint = 0");  // it would not empty the log
+        database->number("PRAGMA user_version");         // opens the log
         database->tidyOnClose(true);
         return std::unique_ptr<TrapDatabase>(
-            new TrapDatabase(std::move(database), std::move(rows)));
+            new TrapDatabase(std::move(database), std::move(rows), path));
     } catch (const SqliteError& error) {
         refuse(error, path);
     }
 }
 
-TrapDatabase::TrapDatabase(std::unique_ptr<SqliteDatabase> database, Rows rows)
+TrapDatabase::TrapDatabase(std::unique_ptr<SqliteDatabase> database, Rows rows,
+                           const std::string& path)
     : database_(std::move(database)),
+      log_(path + kLogSuffix),
       rows_(std::move(rows)),
       insert_(*database_, kInsert),
       update_(*database_, kUpdate),
       erase_(*database_, kErase)
 {
+    try {
+        tidyLog();
+    } catch (const SqliteError&) {
+        // The list is whole and can be read. The first change tries again, and reports.
+    }
 }
 
 TrapDatabase::Rows TrapDatabase::takeRows()
@@ -216,17 +224,51 @@ void TrapDatabase::erase(std::uint32_t index)
 void TrapDatabase::change(SqliteStatement& statement)
 {
     // What is written to a file without a name is lost with the process.
-    if (database_->wasMoved()) {
+    if (database_->wasMoved() || log_.wasMoved()) {
         throw SqliteError(SQLITE_READONLY,
-                          "the file was moved, removed or replaced while the agent had it open; "
-                          "put it back, or restart the agent");
+                          "the file or its log was moved, removed or replaced while the agent had "
+                          "it open; put it back, or restart the agent");
     }
-    SqliteTransaction transaction(*database_);
-    statement.step();
-    if (database_->changes() != 1) {
-        throw SqliteError(SQLITE_CORRUPT, "the file does not hold the row that is in the list");
+    undoFailed();
+    if (!logIsTidy_ || database_->logSize() > kLongLog) {
+        tidyLog();
     }
-    transaction.commit();
+    failedFrom_ = database_->logSize();
+    try {
+        SqliteTransaction transaction(*database_);
+        statement.step();
+        if (database_->changes() != 1) {
+            throw SqliteError(SQLITE_CORRUPT, "the file does not hold the row that is in the list");
+        }
+        transaction.commit();
+    } catch (const SqliteError& error) {
+        // If all but the sync was done, the change would be there again after a kill.
+        try {
+            undoFailed();
+        } catch (const SqliteError& second) {
+            throw SqliteError(error.code(), std::string(error.what()) + "; " + second.what() +
+                                                ", so the change may be there after a restart");
+        }
+        throw;
+    }
+    failedFrom_.reset();
+}
+
+/// Takes what a change that failed has written off the log. Without that no other change begins.
+void TrapDatabase::undoFailed()
+{
+    if (failedFrom_) {
+        database_->cutLog(*failedFrom_);
+        failedFrom_.reset();
+    }
+}
+
+/// SQLite would begin to write a log anew from its front if this was cut short behind the moving.
+void TrapDatabase::tidyLog()
+{
+    logIsTidy_ = false;
+    database_->checkpoint();
+    logIsTidy_ = true;
 }
 
 }  // namespace talvik

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/platform/database_files.h"
 #include "host/platform/sqlite_database.h"
 #include "trap/trap_dest_info.h"
 
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace talvik {
@@ -35,11 +37,17 @@ public:
     void erase(std::uint32_t index);
 
 private:
-    TrapDatabase(std::unique_ptr<SqliteDatabase> database, Rows rows);
+    TrapDatabase(std::unique_ptr<SqliteDatabase> database, Rows rows, const std::string& path);
 
     void change(SqliteStatement& statement);
+    void undoFailed();
+    void tidyLog();
 
     std::unique_ptr<SqliteDatabase> database_;
+    const FileIdentity log_;
+    bool logIsTidy_ = false;
+    /// Where the log ended before a change that failed and is still to be taken off it.
+    std::optional<std::int64_t> failedFrom_;
     Rows rows_;
     SqliteStatement insert_;
     SqliteStatement update_;

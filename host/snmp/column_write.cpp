@@ -1,6 +1,6 @@
 #include "host/snmp/column_write.h"
 
-#include "host/snmp/utf8_text.h"
+#include "host/platform/utf8_text.h"
 #include "platform/snmp_util.h"
 
 namespace talvik {

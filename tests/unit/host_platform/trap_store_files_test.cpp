@@ -212,22 +212,73 @@ TEST_F(UntidyTrapFile, IsSetAsideWithItsLogAsItIs)
     EXPECT_TRUE(folder.read("trap-destinations.db.damaged-1-wal") == log);
 }
 
-TEST_F(UntidyTrapFile, WithADamagedLogIsAnEarlierList)
+TEST_F(UntidyTrapFile, WithADamagedLogIsSetAsideWithIt)
 {
-    const auto size = folder.read(kLog).size();
-    overwrite(folder.path(kLog), size / 2, noise(100));
+    const auto whole = folder.read(kLog);
+    const auto file = folder.read(StoreFolder::kFile);
+    int number = 0;
+    for (const std::size_t position :
+         {std::size_t{0}, std::size_t{17}, std::size_t{31}, std::size_t{32}, whole.size() / 2}) {
+        SCOPED_TRACE("damaged at " + std::to_string(position));
+        folder.write(StoreFolder::kFile, file);
+        auto octets = whole;
+        octets[position] = static_cast<char>(octets[position] ^ 0x55);
+        folder.write(kLog, octets);
+        const LoggerCapture log("host");
 
-    const auto count = created();
+        EXPECT_THAT(TrapStore(folder.path()).all(), IsEmpty());
 
-    EXPECT_GT(count, 0U);
-    EXPECT_LT(count, kCreated);
+        const auto aside = "trap-destinations.db.damaged-" + std::to_string(++number);
+        EXPECT_TRUE(folder.read(aside) == file);
+        EXPECT_TRUE(folder.read(aside + "-wal") == octets);
+        EXPECT_THAT(log.lines(),
+                    ElementsAre(AllOf(HasSubstr("write-ahead log is damaged"), HasSubstr(aside))));
+    }
 }
 
-TEST_F(UntidyTrapFile, WithALogOfNoiseIsAnEarlierList)
+TEST_F(UntidyTrapFile, WithALogThatEndsAnywhereIsAnEarlierList)
 {
-    overwrite(folder.path(kLog), 0, noise(folder.read(kLog).size()));
+    const auto whole = folder.read(kLog);
+    const auto file = folder.read(StoreFolder::kFile);
+    const LoggerCapture log("host");
+    std::size_t last = 0;
+    for (std::size_t cut = 0; cut < whole.size(); cut += 997) {
+        folder.write(StoreFolder::kFile, file);
+        folder.write(kLog, whole.substr(0, cut));
+        const auto count = created();
+        EXPECT_GE(count, last);
+        last = count;
+    }
+    EXPECT_GT(last, 0U);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
 
-    EXPECT_EQ(created(), 0U);
+TEST_F(UntidyTrapFile, OpeningEmptiesTheLog)
+{
+    OtherProcess agent([this] {
+        const TrapStore store(folder.path());
+        _exit(0);
+    });
+    EXPECT_EQ(agent.wait(), 0);
+
+    EXPECT_EQ(folder.read(kLog), "");
+    EXPECT_EQ(created(), kCreated);
+}
+
+TEST_F(UntidyTrapFile, SettingItAsideThatWasCutShortIsCompleted)
+{
+    const auto log = folder.read(kLog);
+    const auto file = folder.read(StoreFolder::kFile);
+    folder.write("trap-destinations.db.damaged-1.moving", "");
+    std::filesystem::rename(folder.file(), folder.file() + ".damaged-1");
+    const LoggerCapture lines("host");
+
+    EXPECT_THAT(TrapStore(folder.path()).all(), IsEmpty());
+
+    EXPECT_TRUE(folder.read("trap-destinations.db.damaged-1") == file);
+    EXPECT_TRUE(folder.read("trap-destinations.db.damaged-1-wal") == log);
+    EXPECT_FALSE(std::filesystem::exists(folder.file() + ".damaged-1.moving"));
+    EXPECT_THAT(lines.lines(), ElementsAre(HasSubstr("setting it aside was cut short")));
 }
 
 TEST_F(UntidyTrapFile, ALogWhoseFileIsGoneIsSetAside)
@@ -263,16 +314,47 @@ TEST(TrapFile, EachDamagedOneGetsANameOfItsOwn)
     EXPECT_EQ(folder.read("trap-destinations.db.damaged-3"), "second");
 }
 
-TEST(TrapFile, WithoutContentIsNew)
+TEST(TrapFile, WithoutContentIsDamaged)
 {
     const StoreFolder folder;
     folder.write(StoreFolder::kFile, "");
     const LoggerCapture log("host");
 
-    EXPECT_EQ(TrapStore(folder.path()).create(destinationTo("192.0.2.1"), 4), 0);
+    EXPECT_THAT(TrapStore(folder.path()).all(), IsEmpty());
 
-    EXPECT_THAT(indexesOf(TrapStore(folder.path())), ElementsAre("4"));
-    EXPECT_THAT(log.lines(), IsEmpty());
+    EXPECT_THAT(log.lines(), ElementsAre(AllOf(HasSubstr("its content is gone"),
+                                               HasSubstr("Restore it from a backup"))));
+    EXPECT_TRUE(std::filesystem::exists(folder.file() + ".damaged-1"));
+}
+
+TEST(TrapFile, IsThereInWholeBeforeTheFirstChange)
+{
+    const StoreFolder folder;
+    folder.write("trap-destinations.db.new", "of an agent that was killed");
+    OtherProcess agent([&] {
+        const TrapStore store(folder.path());
+        _exit(0);
+    });
+    EXPECT_EQ(agent.wait(), 0);
+    std::filesystem::remove(folder.path("trap-destinations.db-wal"));
+
+    talvik::SqliteDatabase database(folder.file(), 0);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sqlite_schema WHERE name = 'destination'"), 1);
+    EXPECT_FALSE(std::filesystem::exists(folder.path("trap-destinations.db.new")));
+}
+
+TEST(TrapFile, WhoseLogIsRemovedTakesNoFurtherChange)
+{
+    const StoreFolder folder;
+    TrapStore store(folder.path());
+    EXPECT_EQ(store.create(destinationTo("192.0.2.1"), 1), 0);
+    std::filesystem::remove(folder.path("trap-destinations.db-wal"));
+    const LoggerCapture log("host");
+
+    EXPECT_EQ(store.create(destinationTo("192.0.2.2"), 2), talvik::trap_result::kStoreFailed);
+
+    EXPECT_THAT(indexesOf(store), ElementsAre("1"));
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("its log was moved, removed or replaced")));
 }
 
 TEST(TrapFile, MayHaveOtherTablesBesideItsOwn)

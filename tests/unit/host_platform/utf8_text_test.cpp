@@ -1,4 +1,4 @@
-#include "host/snmp/utf8_text.h"
+#include "host/platform/utf8_text.h"
 
 #include <gtest/gtest.h>
 
