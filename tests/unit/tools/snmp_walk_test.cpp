@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -49,9 +50,16 @@ public:
     explicit StubbornAgent(std::vector<SnmpCell> cells) { answer_.cells = std::move(cells); }
     explicit StubbornAgent(int status) { answer_.status = status; }
 
-    SnmpAnswer getBulk(const std::vector<ObjectId>&, unsigned) override { return answer_; }
+    SnmpAnswer getBulk(const std::vector<ObjectId>&, unsigned) override
+    {
+        if (++reads > kMostReads) {
+            throw std::logic_error("the walk does not end");
+        }
+        return answer_;
+    }
 
 private:
+    static constexpr std::size_t kMostReads = 10;
     SnmpAnswer answer_;
 };
 
