@@ -13,11 +13,15 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <system_error>
 
 namespace {
 
@@ -43,6 +47,23 @@ std::string fullPath(const std::string& relative)
     return KEL_Utility::getKELRootEnv() + "/" + relative;
 }
 
+/// All of `file`, which is at `path`. Read at once, as a stream that grows copies it several times.
+std::string contentsOf(std::ifstream& file, const std::string& path)
+{
+    constexpr std::size_t step = 64U * 1024;
+    std::string text;
+    std::error_code unknown;
+    const auto size = std::filesystem::file_size(path, unknown);
+    text.reserve(step + (unknown ? 0 : static_cast<std::size_t>(size)));
+    while (file) {
+        const auto done = text.size();
+        text.resize(done + step);
+        file.read(text.data() + done, static_cast<std::streamsize>(step));
+        text.resize(done + static_cast<std::size_t>(file.gcount()));
+    }
+    return text;
+}
+
 /// The document in `path`. `openFailure` begins the message when it cannot be opened.
 Json::Value readDocument(const std::string& path, const char* openFailure)
 {
@@ -50,11 +71,13 @@ Json::Value readDocument(const std::string& path, const char* openFailure)
     if (!file.is_open()) {
         throw CKEL_Exception(openFailure + ("(" + path) + ") failed.");
     }
+    const auto text = contentsOf(file, path);
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     Json::Value document;
     std::string ignored;
     bool parsed = false;
     try {
-        parsed = Json::parseFromStream(Json::CharReaderBuilder(), file, &document, &ignored);
+        parsed = reader->parse(text.data(), text.data() + text.size(), &document, &ignored);
     } catch (const Json::Exception&) {
         parsed = false;  // nested too deep
     }

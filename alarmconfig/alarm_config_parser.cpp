@@ -134,21 +134,22 @@ int CAlarmConfigParser::getAlarmInfo(unsigned long long alarmId, const std::stri
     auto cleanDetail = item->detail;
     replaceBraceWithEmptyString(cleanDetail);
 
-    int result = talvik::fillText(item->location, location, pairs);
+    std::string spare;
+    int result = talvik::fillText(item->location, location, pairs, spare);
     if (result != talvik::result_code::kSuccess) {
         guard.error(code::kAlarmConfig, label, __LINE__,
                     "parse alarm location %s using parameter %s failed. parsed location is %s.",
                     item->location.c_str(), params.c_str(), location.c_str());
         return result;
     }
-    result = talvik::fillText(cleanDetail, detail, pairs);
+    result = talvik::fillText(cleanDetail, detail, pairs, spare);
     if (result != talvik::result_code::kSuccess) {
         guard.error(code::kAlarmConfig, label, __LINE__,
                     "parse alarm detail %s using parameter %s failed, parsed detail is %s.",
                     item->detail.c_str(), params.c_str(), detail.c_str());
         return result;
     }
-    result = talvik::fillText(item->suggestion, suggestion, pairs);
+    result = talvik::fillText(item->suggestion, suggestion, pairs, spare);
     if (result != talvik::result_code::kSuccess) {
         // Contract: "parsed detail" in the suggestion's line too; log filters match on it.
         guard.error(code::kAlarmConfig, label, __LINE__,

@@ -21,13 +21,11 @@ void CAlarmConfigParser::parseAlarmParamList(std::string params, std::vector<std
     }
     const auto first = list.size();
     const auto commas = std::count(params.begin(), params.end(), COMMA.front());
+    const bool escapes = params.find(AMPERSAND.front()) != std::string::npos;
     list.reserve(first + static_cast<std::size_t>(commas) + 1);
     SnmpUtil::SplitToStr(std::move(params), COMMA.front(), list);
-    for (auto i = first; i < list.size(); ++i) {
+    for (auto i = first; escapes && i < list.size(); ++i) {
         auto& field = list[i];
-        if (field.find(AMPERSAND.front()) == std::string::npos) {
-            continue;  // both escapes begin with it
-        }
         // Contract: the comma first; back ends escape an ampersand last, so that "&#38;#44;" is the
         // text "&#44;" and no comma.
         field = relpacestr(std::move(field), ESC_COMMA, COMMA);
@@ -64,5 +62,6 @@ void CAlarmConfigParser::replaceAlarmParamEnumValueDesc(
 int CAlarmConfigParser::replaceAlarmParamInfo(std::string text, std::string& out,
                                               const ValuePairs& pairs)
 {
-    return talvik::fillText(text, out, pairs);
+    std::string spare;
+    return talvik::fillText(text, out, pairs, spare);
 }

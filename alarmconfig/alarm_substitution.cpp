@@ -10,25 +10,38 @@ namespace talvik {
 
 namespace {
 
+constexpr auto kNowhere = std::string_view::npos;
+
 constexpr const char* kLabel = "replaceAlarmParamInfo";
 
 // Contract: not the "--" of an empty value; operators tell a position beyond the values by it.
 constexpr std::string_view kBeyondPairs = "None";
+
+constexpr bool isBlank(char character)
+{
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+constexpr bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
 
 /// As `strtol` with base 10 reads the at most two characters of a position.
 // Contract: not the conversion of `parserParmeterByDetail`; definitions with blanks or signs in a
 // position get different results in their values and their texts, which deployed ones rely on.
 int positionIn(std::string_view text)
 {
-    const auto start = text.find_first_not_of(" \t\n\v\f\r");
-    text.remove_prefix(std::min(start, text.size()));
+    while (!text.empty() && isBlank(text.front())) {
+        text.remove_prefix(1);
+    }
     const bool negative = !text.empty() && text.front() == '-';
     if (negative || (!text.empty() && text.front() == '+')) {
         text.remove_prefix(1);
     }
     int number = 0;
     for (const char digit : text) {
-        if (digit < '0' || digit > '9') {
+        if (!isDigit(digit)) {
             break;
         }
         number = number * 10 + (digit - '0');
@@ -62,7 +75,11 @@ public:
 
     bool run()
     {
-        while (appendUpToPlaceholder()) {
+        while (true) {
+            fillCommonOnes();
+            if (!appendUpToPlaceholder()) {
+                return true;
+            }
             const bool nested = !values_.empty();
             const auto placeholder = takePlaceholder();
             if (placeholder.digits().empty()) {
@@ -75,7 +92,6 @@ public:
                 return true;
             }
         }
-        return true;
     }
 
 private:
@@ -84,6 +100,40 @@ private:
         int position;
     };
 
+    /// Fills placeholders of the text itself up to the first that is not as nearly all are: two
+    /// digits with a value that holds none.
+    void fillCommonOnes()
+    {
+        while (values_.empty()) {
+            const auto mark = std::min(findMark(text_), text_.size());
+            filled_.append(text_.data(), mark);
+            text_.remove_prefix(mark);
+            const auto* value = valueOfCommonOne();
+            if (value == nullptr) {
+                return;
+            }
+            filled_.append(*value);
+            text_.remove_prefix(kPlaceholderMark.size() + kPositionDigits);
+        }
+    }
+
+    /// The value of the placeholder that the text goes on with; null when it has to be looked at
+    /// closely, or is none.
+    const std::string* valueOfCommonOne() const
+    {
+        const auto digits = kPlaceholderMark.size();
+        if (text_.size() < digits + kPositionDigits || !isDigit(text_[digits]) ||
+            !isDigit(text_[digits + 1])) {
+            return nullptr;
+        }
+        const int position = (text_[digits] - '0') * 10 + (text_[digits + 1] - '0');
+        if (static_cast<std::size_t>(position) >= pairs_.size()) {
+            return nullptr;
+        }
+        const auto* value = valueAt(pairs_, position);
+        return value != nullptr && value->find('#') == std::string::npos ? value : nullptr;
+    }
+
     std::string_view& top() { return values_.empty() ? text_ : values_.back().left; }
 
     /// False at the end of everything; otherwise a mark comes next.
@@ -91,8 +141,8 @@ private:
     {
         while (true) {
             auto& source = top();
-            const auto mark = source.find(kPlaceholderMark);
-            if (mark != std::string_view::npos) {
+            const auto mark = findMark(source);
+            if (mark != kNowhere) {
                 filled_.append(source.substr(0, mark));
                 source.remove_prefix(mark);
                 return true;
@@ -235,6 +285,16 @@ private:
 
 }  // namespace
 
+std::size_t findMark(std::string_view text, std::size_t from)
+{
+    static_assert(kPlaceholderMark == "##");
+    auto hash = text.find('#', from);
+    while (hash != kNowhere && text.substr(hash + 1, 1) != "#") {
+        hash = text.find('#', hash + 1);
+    }
+    return hash;
+}
+
 const std::string* valueAt(const ValuePairs& pairs, int position)
 {
     if (position < 0) {
@@ -254,7 +314,7 @@ bool fillPlaceholders(std::string_view text, const ValuePairs& pairs, std::strin
     return Filling(text, pairs, filled, log).run();
 }
 
-int fillText(std::string_view text, std::string& out, const ValuePairs& pairs)
+int fillText(std::string_view text, std::string& out, const ValuePairs& pairs, std::string& spare)
 {
     // Contract: placeholders stay when there are no values at all; managers know such alarms.
     if (pairs.empty()) {
@@ -262,11 +322,10 @@ int fillText(std::string_view text, std::string& out, const ValuePairs& pairs)
         return result_code::kSuccess;
     }
     StepLog log("CAlarmConfigParser::replaceAlarmParamInfo");
-    std::string filled;
-    if (!fillPlaceholders(text, pairs, filled, log)) {
+    if (!fillPlaceholders(text, pairs, spare, log)) {
         return result_code::kNoParameterPosition;
     }
-    out = std::move(filled);
+    out.swap(spare);
     return result_code::kSuccess;
 }
 

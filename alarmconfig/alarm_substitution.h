@@ -19,6 +19,9 @@ constexpr std::size_t kPositionDigits = 2;
 /// What stands for an empty or unknown value.
 constexpr std::string_view kNoValue = "--";
 
+/// Where the next mark in `text` at or behind `from` is; `npos` when there is none.
+std::size_t findMark(std::string_view text, std::size_t from = 0);
+
 /// The value of the first pair with `position`, or null when there is none.
 const std::string* valueAt(const ValuePairs& pairs, int position);
 
@@ -29,7 +32,8 @@ bool fillPlaceholders(std::string_view text, const ValuePairs& pairs, std::strin
                       StepLog& log);
 
 /// `CAlarmConfigParser::replaceAlarmParamInfo` for a text that need not be copied: `text` with its
-/// placeholders filled from `pairs`, into `out`, which must not be part of them.
-int fillText(std::string_view text, std::string& out, const ValuePairs& pairs);
+/// placeholders filled from `pairs`, into `out`, which must not be part of them. The text is made
+/// in `spare`, which then has what `out` had, so that one buffer serves several texts.
+int fillText(std::string_view text, std::string& out, const ValuePairs& pairs, std::string& spare);
 
 }  // namespace talvik

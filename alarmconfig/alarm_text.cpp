@@ -149,13 +149,13 @@ void parserParmeterByDetail(std::vector<std::string>& list,
     talvik::StepLog log(__PRETTY_FUNCTION__);
     pairs.reserve(pairs.size() + list.size());
     DetailWalk walk(detail, list, log);
-    auto mark = detail.find(kPlaceholderMark);
+    auto mark = talvik::findMark(detail);
     while (mark != kNowhere) {
         if (!walk.appendPair(mark, pairs)) {
             return;  // Contract: fields that no placeholder named so far get no pair then; texts
                      // show "None" or "--" for them, as operators know such definitions.
         }
-        mark = detail.find(kPlaceholderMark, mark + kPlaceholderMark.size());
+        mark = talvik::findMark(detail, mark + kPlaceholderMark.size());
     }
     appendFieldsWithoutPair(list, pairs);
 }
