@@ -9,8 +9,9 @@
 #include "platform/snmp_util.h"
 
 #include <cerrno>
-#include <cstdlib>
+#include <charconv>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -69,7 +70,10 @@ std::string KEL_Utility::getKELRootEnv()
 
 unsigned int KelUtility::StrToUint(std::string text)
 {
-    return static_cast<unsigned int>(std::strtoul(text.c_str(), nullptr, 10));
+    unsigned int number = 0;
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
+    return end.ec == std::errc::result_out_of_range ? std::numeric_limits<unsigned int>::max()
+                                                    : number;
 }
 
 void SnmpUtil::SplitToStr(std::string text, char separator, std::vector<std::string>& fields)
