@@ -50,7 +50,7 @@ std::string fullPath(const std::string& relative)
 /// All of `file`, which is at `path`. Read at once, as a stream that grows copies it several times.
 std::string contentsOf(std::ifstream& file, const std::string& path)
 {
-    constexpr std::size_t step = 64U * 1024;
+    constexpr std::size_t step = 65536;
     std::string text;
     std::error_code unknown;
     const auto size = std::filesystem::file_size(path, unknown);
@@ -126,6 +126,8 @@ bool storeElements(Json::Value& elements, const std::string& path, CKELDebugKitG
                    const char* label, Store store)
 {
     try {
+        // By index: of an object that makes JsonCpp throw.
+        // NOLINTNEXTLINE(modernize-loop-convert)
         for (Json::ArrayIndex i = 0; i < elements.size(); ++i) {
             store(std::move(elements[i]));
         }
@@ -269,6 +271,8 @@ int CAlarmConfigParser::parseAlarmParamEnumType(Json::Value type)
         return talvik::result_code::kFailed;
     }
     const auto& members = std::as_const(type)["enum_member"];
+    // By index: of an object that makes JsonCpp throw.
+    // NOLINTNEXTLINE(modernize-loop-convert)
     for (Json::ArrayIndex i = 0; i < members.size(); ++i) {
         const auto& member = members[i];
         const char* value = nullableText(member, "value");

@@ -25,7 +25,7 @@
 namespace talvik {
 
 constexpr std::size_t kMaxNestedSubstitutions = 65536;
-constexpr std::size_t kMaxNestedLength = 16U * 1024 * 1024;
+constexpr std::size_t kMaxNestedLength = 16777216;  // 16 MiB
 
 }  // namespace talvik
 

@@ -16,8 +16,6 @@
 #include <system_error>
 #include <thread>
 
-extern char** environ;
-
 namespace talvik::bench {
 
 namespace {

@@ -35,9 +35,9 @@ SqliteDatabase::SqliteDatabase(const std::string& path, int busyMilliseconds)
     const int result = sqlite3_open_v2(path.c_str(), &handle_,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     if (result != SQLITE_OK) {
-        const SqliteError error(result & kPrimaryCode, reasonOf(handle_));
+        const auto reason = reasonOf(handle_);
         sqlite3_close(handle_);
-        throw error;
+        throw SqliteError(result & kPrimaryCode, reason);
     }
     sqlite3_busy_timeout(handle_, busyMilliseconds);
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -178,9 +178,9 @@ bool SqliteStatement::step()
         sqlite3_reset(handle_);
         return false;
     }
-    const SqliteError error(result & kPrimaryCode, reasonOf(database_.handle_));
+    const auto reason = reasonOf(database_.handle_);
     sqlite3_reset(handle_);
-    throw error;
+    throw SqliteError(result & kPrimaryCode, reason);
 }
 
 std::int64_t SqliteStatement::number(int column) const
