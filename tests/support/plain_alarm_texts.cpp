@@ -54,7 +54,7 @@ int signedNumber(std::string text)
 /// What a line shows of a text: it ends at a zero byte.
 std::string shown(const std::string& text)
 {
-    return text.c_str();
+    return text.substr(0, text.find('\0'));
 }
 
 bool has(const Pairs& pairs, std::size_t position)

@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-constexpr std::size_t kMebi = 1024 * 1024;
+constexpr std::size_t kMebi = 1048576;
 
 std::string repeated(const std::string& text, std::size_t times)
 {
@@ -135,7 +135,7 @@ TEST_F(AlarmBound, StopsAboveTheLargestLength)
 
     const auto filled = fill("##00", pairs);
 
-    EXPECT_EQ(filled.size(), 16 * kMebi + 4 * 4);
+    EXPECT_EQ(filled.size(), 16 * kMebi + 16);
     EXPECT_EQ(filled.substr(16 * kMebi), "##01##01##01##01");
     EXPECT_EQ(lines().size(), 1u);
 }

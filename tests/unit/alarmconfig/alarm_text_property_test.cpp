@@ -25,7 +25,6 @@ std::ostream& operator<<(std::ostream& os, const Line& line)
 namespace {
 
 using namespace talvik::test;
-using testing::HasSubstr;
 using testing::PrintToString;
 
 constexpr unsigned kSeeds = 4;
