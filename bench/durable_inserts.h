@@ -32,6 +32,7 @@ private:
 
     sqlite3* database_ = nullptr;
     sqlite3_stmt* insert_ = nullptr;
+    int logPages_ = 0;  ///< in the write-ahead log
 };
 
 }  // namespace talvik::bench
