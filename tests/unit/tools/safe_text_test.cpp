@@ -28,9 +28,11 @@ const Text kTexts[] = {
     {"Delete", "\x7F", "\\x7F", "\x7F"},
     {"LastControlOfLatin1", "\xC2\x9F", "\\xC2\\x9F", "\xC2\x9F"},
     {"FirstBehindTheControls", "\xC2\xA0", "\xC2\xA0", "\xC2\xA0"},
+    // NOLINTBEGIN(misc-misleading-bidirectional): that is what these rows are about
     {"RightToLeftOverride", "\xE2\x80\xAE", "\\xE2\\x80\\xAE", "\xE2\x80\xAE"},
     {"RightToLeftMark", "\xE2\x80\x8F", "\\xE2\\x80\\x8F", "\xE2\x80\x8F"},
     {"DirectionIsolate", "\xE2\x81\xA7", "\\xE2\\x81\\xA7", "\xE2\x81\xA7"},
+    // NOLINTEND(misc-misleading-bidirectional)
     {"LineSeparator", "\xE2\x80\xA8", "\\xE2\\x80\\xA8", "\xE2\x80\xA8"},
     {"ByteOrderMark", "\xEF\xBB\xBF", "\\xEF\\xBB\\xBF", "\xEF\xBB\xBF"},
     {"TwoBytes", "\xC3\xA9", "\xC3\xA9", "\xC3\xA9"},

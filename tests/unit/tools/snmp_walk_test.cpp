@@ -39,8 +39,8 @@ SnmpCell cellAt(const ObjectId& name)
 void fill(FakeSnmpAgent& agent, std::uint32_t rows)
 {
     for (std::uint32_t row = 1; row <= rows; ++row) {
-        agent.shown[at(2, row)] = numberCell(2 * row);
-        agent.shown[at(3, row)] = numberCell(3 * row);
+        agent.shown[at(2, row)] = numberCell(std::int64_t{2} * row);
+        agent.shown[at(3, row)] = numberCell(std::int64_t{3} * row);
     }
 }
 

@@ -93,7 +93,7 @@ TEST(TrapTableText, MarksWhatIsNotShownAndWhatHasNoName)
 TEST(TrapTableText, LetsNothingReachTheTerminal)
 {
     auto row = destination(1, allBytes());
-    row.user = "\x1B]0;x\x07\n\xE2\x80\xAE";
+    row.user = "\x1B]0;x\x07\n\xE2\x80\xAE";  // NOLINT(misc-misleading-bidirectional)
 
     const auto text = trapTableText({row});
 
