@@ -201,10 +201,10 @@ SnmpAnswer SnmpClient::exchange(const MakePdu& makePdu)
 
 void SnmpClient::fail(const Error& error, unsigned sent) const
 {
-    const auto failure = connectionFailure(settings_, version_, error.code, error.text);
     if (sent == 0) {
-        throw failure;
+        throw connectionFailure(settings_, version_, error.code, error.text);
     }
+    const auto failure = connectionFailure(settings_, version_, error.code, error.text);
     throw Failure(Failure::Kind::NoAnswer, failure.what(), failure.advice());
 }
 
