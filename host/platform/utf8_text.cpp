@@ -1,63 +1,63 @@
 #include "host/platform/utf8_text.h"
 
-#include <cstdint>
-
 namespace talvik {
 
 namespace {
 
-/// The form of a character by its first octet: how many octets follow, and the least character that
-/// may be written so.
-struct Form {
-    unsigned following;
-    std::uint32_t payload;  ///< what the first octet contributes
-    std::uint32_t least;
-};
+/// The least code that may take so many octets.
+constexpr std::uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
 
-bool formOf(unsigned char first, Form& form)
+constexpr std::uint32_t kGreatest = 0x10FFFF;
+
+unsigned char octetAt(std::string_view text, std::size_t at)
 {
-    if (first < 0x80U) {
-        form = {0, first, 0};
-    } else if ((first & 0xE0U) == 0xC0U) {
-        form = {1, first & 0x1FU, 0x80U};
-    } else if ((first & 0xF0U) == 0xE0U) {
-        form = {2, first & 0x0FU, 0x800U};
-    } else if ((first & 0xF8U) == 0xF0U) {
-        form = {3, first & 0x07U, 0x10000U};
-    } else {
-        return false;
-    }
-    return true;
+    return static_cast<unsigned char>(text[at]);
 }
 
-bool isPlainCharacter(std::uint32_t c)
+bool isSurrogate(std::uint32_t code)
 {
-    const bool isControl = c < 0x20U || (c >= 0x7FU && c <= 0x9FU);
-    const bool isSurrogate = c >= 0xD800U && c <= 0xDFFFU;
-    return !isControl && !isSurrogate && c <= 0x10FFFFU;
+    return code >= 0xD800 && code <= 0xDFFF;
 }
 
 }  // namespace
 
+Utf8Character utf8CharacterAt(std::string_view text, std::size_t at)
+{
+    const auto first = octetAt(text, at);
+    if (first < 0x80) {
+        return {first, 1};
+    }
+    const std::size_t length = first >= 0xF0 ? 4 : (first >= 0xE0 ? 3 : 2);
+    if (first < 0xC0 || first >= 0xF8 || text.size() - at < length) {
+        return {};
+    }
+    std::uint32_t code = first & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        const auto next = octetAt(text, at + i);
+        if ((next & 0xC0U) != 0x80) {
+            return {};
+        }
+        code = code << 6U | (next & 0x3FU);
+    }
+    if (code < kLeast[length] || code > kGreatest || isSurrogate(code)) {
+        return {};
+    }
+    return {code, length};
+}
+
+bool isControlCharacter(std::uint32_t code)
+{
+    return code < 0x20 || (code >= 0x7F && code <= 0x9F);
+}
+
 bool isPlainUtf8(const std::string& text)
 {
     for (std::size_t at = 0; at < text.size();) {
-        Form form{};
-        if (!formOf(static_cast<unsigned char>(text[at++]), form) ||
-            text.size() - at < form.following) {
+        const auto character = utf8CharacterAt(text, at);
+        if (character.length == 0 || isControlCharacter(character.code)) {
             return false;
         }
-        auto character = form.payload;
-        for (unsigned i = 0; i < form.following; ++i) {
-            const auto octet = static_cast<unsigned char>(text[at++]);
-            if ((octet & 0xC0U) != 0x80U) {
-                return false;
-            }
-            character = character << 6U | (octet & 0x3FU);
-        }
-        if (character < form.least || !isPlainCharacter(character)) {
-            return false;
-        }
+        at += character.length;
     }
     return true;
 }

@@ -1,52 +1,15 @@
 #include "tools/catalogue/checks.h"
 
+#include "host/platform/utf8_text.h"
 #include "tools/catalogue/finding_kinds.h"
 
 #include <cstdint>
 #include <cstdio>
-#include <string_view>
+#include <string>
 
 namespace talvik::ctl {
 
 namespace {
-
-/// The shortest code point that needs so many bytes.
-constexpr std::uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
-
-struct Character {
-    std::uint32_t code = 0;
-    std::size_t length = 0;  ///< 0 when the bytes are no UTF-8
-};
-
-Character characterAt(std::string_view text, std::size_t at)
-{
-    const auto lead = static_cast<unsigned char>(text[at]);
-    if (lead < 0x80) {
-        return {lead, 1};
-    }
-    const std::size_t length = lead >= 0xF0 ? 4 : (lead >= 0xE0 ? 3 : 2);
-    if (lead < 0xC0 || lead >= 0xF8 || text.size() - at < length) {
-        return {};
-    }
-    std::uint32_t code = lead & (0xFFU >> (length + 1));
-    for (std::size_t i = 1; i < length; ++i) {
-        const auto next = static_cast<unsigned char>(text[at + i]);
-        if ((next & 0xC0U) != 0x80U) {
-            return {};
-        }
-        code = (code << 6U) | (next & 0x3FU);
-    }
-    const bool surrogate = code >= 0xD800 && code < 0xE000;
-    if (code < kSmallest[length] || code > 0x10FFFF || surrogate) {
-        return {};
-    }
-    return {code, length};
-}
-
-bool isControl(std::uint32_t code)
-{
-    return code < 0x20 || (code >= 0x7F && code < 0xA0);
-}
 
 std::string unicodeName(std::uint32_t code)
 {
@@ -62,14 +25,14 @@ void checkCharacters(const JsonDocument& file, const Json::Value& value, const s
 {
     const auto text = value.asString();
     for (std::size_t at = 0; at < text.size();) {
-        const auto character = characterAt(text, at);
+        const auto character = utf8CharacterAt(text, at);
         if (character.length == 0) {
             findings.add(kind::kInvalidUtf8, file.placeIn(value, at),
                          subject + " is no UTF-8 from here on; managers will show it garbled",
                          "save the file as UTF-8");
             return;
         }
-        if (isControl(character.code)) {
+        if (isControlCharacter(character.code)) {
             findings.add(kind::kControlCharacter, file.placeIn(value, at),
                          subject + " holds the control character " + unicodeName(character.code) +
                              (character.code == 0 ? ", and the module reads it only up to there"
