@@ -194,27 +194,13 @@ void showPeakMemory()
 
 int run(int argc, char** argv)
 {
-    std::vector<std::string> options = {argv[0], "--benchmark_repetitions=9",
-                                        "--benchmark_min_time=0.1",
-                                        "--benchmark_enable_random_interleaving=true"};
-    options.insert(options.end(), argv + 1, argv + argc);
-    std::vector<char*> arguments;
-    arguments.reserve(options.size());
-    for (std::string& option : options) {
-        arguments.push_back(option.data());
-    }
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
-        return EXIT_FAILURE;
-    }
     const WorkFolder folder;
     catalogueFolder() = folder.path();
     showPeakMemory();
-    RatioReporter reporter(kTargets);
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return EXIT_SUCCESS;
+    return runBenchmarks(argc, argv,
+                         {"--benchmark_repetitions=9", "--benchmark_min_time=0.1",
+                          "--benchmark_enable_random_interleaving=true"},
+                         kTargets);
 }
 
 }  // namespace

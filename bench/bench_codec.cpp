@@ -163,22 +163,9 @@ const std::vector<Target> kTargets = {
 int main(int argc, char** argv)
 {
     // Others use the machine too: short repetitions in mixed order, of which the summary takes
-    // medians. Options on the command line come later and win.
-    std::vector<std::string> options = {argv[0], "--benchmark_repetitions=15",
-                                        "--benchmark_min_time=0.1",
-                                        "--benchmark_enable_random_interleaving=true"};
-    options.insert(options.end(), argv + 1, argv + argc);
-    std::vector<char*> arguments;
-    for (std::string& option : options) {
-        arguments.push_back(option.data());
-    }
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
-        return 1;
-    }
-    talvik::bench::RatioReporter reporter(talvik::bench::kTargets);
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    // medians.
+    return talvik::bench::runBenchmarks(argc, argv,
+                                        {"--benchmark_repetitions=15", "--benchmark_min_time=0.1",
+                                         "--benchmark_enable_random_interleaving=true"},
+                                        talvik::bench::kTargets);
 }

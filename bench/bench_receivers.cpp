@@ -197,26 +197,12 @@ const std::vector<Target> kTargets = {
 
 int run(int argc, char** argv)
 {
-    std::vector<std::string> options = {argv[0], "--benchmark_repetitions=7",
-                                        "--benchmark_enable_random_interleaving=true"};
-    options.insert(options.end(), argv + 1, argv + argc);
-    std::vector<char*> arguments;
-    arguments.reserve(options.size());
-    for (std::string& option : options) {
-        arguments.push_back(option.data());
-    }
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
-        return EXIT_FAILURE;
-    }
     setenv("MIBS", "", 1);
     init_snmp("talvik-bench");
     compareCreates();
-    RatioReporter reporter(kTargets, RatioReporter::Clock::Wall);
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return EXIT_SUCCESS;
+    return runBenchmarks(
+        argc, argv, {"--benchmark_repetitions=7", "--benchmark_enable_random_interleaving=true"},
+        kTargets, RatioReporter::Clock::Wall);
 }
 
 }  // namespace

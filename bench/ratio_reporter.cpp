@@ -1,6 +1,7 @@
 #include "bench/ratio_reporter.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iomanip>
 #include <ostream>
 
@@ -65,6 +66,27 @@ void RatioReporter::Finalize()
         report(target);
     }
     GetOutputStream().flush();
+}
+
+int runBenchmarks(int argc, char** argv, std::vector<std::string> options,
+                  std::vector<Target> targets, RatioReporter::Clock clock)
+{
+    options.insert(options.begin(), argv[0]);
+    options.insert(options.end(), argv + 1, argv + argc);
+    std::vector<char*> arguments;
+    arguments.reserve(options.size());
+    for (std::string& option : options) {
+        arguments.push_back(option.data());
+    }
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
+        return EXIT_FAILURE;
+    }
+    RatioReporter reporter(std::move(targets), clock);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return EXIT_SUCCESS;
 }
 
 }  // namespace talvik::bench

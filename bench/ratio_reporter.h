@@ -39,4 +39,10 @@ private:
     std::map<std::string, std::vector<double>> nanoseconds_;  // of each repetition, by benchmark
 };
 
+/// Runs the registered benchmarks and reports `targets`. `options` are Google Benchmark's; those on
+/// the command line come later and win. The exit status of the program.
+int runBenchmarks(int argc, char** argv, std::vector<std::string> options,
+                  std::vector<Target> targets,
+                  RatioReporter::Clock clock = RatioReporter::Clock::Cpu);
+
 }  // namespace talvik::bench
