@@ -105,7 +105,7 @@ private:
         std::string name;
         std::size_t at = kHeaderSize;
         while (question.at(at) != 0) {
-            const auto length = static_cast<std::size_t>(question.at(at));
+            const std::size_t length = static_cast<unsigned char>(question.at(at));
             name += (name.empty() ? "" : ".") + question.substr(at + 1, length);
             at += length + 1;
         }

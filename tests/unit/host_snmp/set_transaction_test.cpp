@@ -14,7 +14,6 @@
 
 namespace {
 
-using talvik::SetError;
 using talvik::SetOutcome;
 using talvik::SetTransaction;
 using talvik::SnmpValue;
