@@ -45,6 +45,12 @@ constexpr std::uint32_t kNoCommand = 0x1000011;  ///< the request has no record
 constexpr std::uint32_t kCommandFailed =
     0x1000012;  ///< the command broke off; the back end's log says why
 constexpr std::uint32_t kAnswerTooLarge = 0x1000013;  ///< the answer does not fit a package
+constexpr std::uint32_t kNoSuchAlarm = 0x1000014;  ///< no alarm with that serial number is active
+constexpr std::uint32_t kBadRequest =
+    0x1000015;  ///< a cell is missing, of the wrong type or out of bounds
+constexpr std::uint32_t kOutboxFull = 0x1000016;  ///< too many notifications wait for the host
+constexpr std::uint32_t kAlreadySubscribed = 0x1000017;  ///< another host takes the notifications
+constexpr std::uint32_t kStoreFailed = 0x1000018;        ///< the alarm store cannot be written
 
 }  // namespace result
 
