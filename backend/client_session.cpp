@@ -38,27 +38,105 @@ ClientSession::ClientSession(FileDescriptor socket, const CommandServer& command
 
 short ClientSession::events() const
 {
-    return writing() ? POLLOUT : POLLIN;
+    if (!stream_) {
+        return writing() ? POLLOUT : POLLIN;
+    }
+    const bool wantsToWrite = writing() || stream_->mayHaveMore();
+    return static_cast<short>(wantsToWrite ? POLLIN | POLLOUT : POLLIN);
+}
+
+bool ClientSession::wake()
+{
+    if (stream_) {
+        stream_->wake();
+    }
+    return stream_ != nullptr;
+}
+
+void ClientSession::carry(std::unique_ptr<NotificationStream> stream)
+{
+    stream_ = std::move(stream);
 }
 
 bool ClientSession::proceed(Time now)
+{
+    return stream_ ? proceedWithStream(now) : proceedWithCommands(now);
+}
+
+bool ClientSession::proceedWithCommands(Time now)
 {
     const bool wasWriting = writing();
     const bool open = wasWriting || read();
     flush();
     bool movedOn = wasWriting && !writing();
-    while (!writing() && answerNext()) {
+    while (!stream_ && !writing() && answerNext()) {
         movedOn = true;
         flush();
     }
-    updateDeadline(now, movedOn);
+    updateDeadlines(now, movedOn, movedOn);
     if (open || writing()) {
         return true;  // a client that only stopped sending still gets its replies
     }
-    if (input_.held() != 0) {
-        throw Broken("the stream ended " + std::to_string(input_.held()) + " bytes into a request");
-    }
+    checkEndsBetweenPackages();
     return false;
+}
+
+bool ClientSession::proceedWithStream(Time now)
+{
+    const bool open = read();
+    const bool readOn = takeAcknowledgements();
+    if (!open) {
+        checkEndsBetweenPackages();
+        return false;
+    }
+    updateDeadlines(now, sendNotifications(), readOn);
+    return true;
+}
+
+/// Writes one page at most, so that the others have their turn. Returns whether the client has
+/// taken what was left of the one before.
+bool ClientSession::sendNotifications()
+{
+    try {
+        const bool wasWriting = writing();
+        flush();
+        const bool wroteOn = wasWriting && !writing();
+        if (!writing()) {
+            output_ = stream_->next();
+            flush();
+        }
+        return wroteOn;
+    } catch (const Broken&) {
+        // A client that left may have acknowledged until the end; that must not be sent again.
+        read();
+        takeAcknowledgements();
+        throw;
+    }
+}
+
+/// Returns whether there were any.
+bool ClientSession::takeAcknowledgements()
+{
+    bool any = false;
+    try {
+        while (const auto package = input_.next()) {
+            stream_->acknowledge(*package);
+            any = true;
+        }
+    } catch (const ProtocolError&) {
+        stream_->commit();  // those before it hold
+        throw;
+    }
+    stream_->commit();
+    return any;
+}
+
+void ClientSession::checkEndsBetweenPackages() const
+{
+    if (input_.held() != 0) {
+        throw Broken("the stream ended " + std::to_string(input_.held()) + " bytes into a " +
+                     (stream_ ? "package" : "request"));
+    }
 }
 
 bool ClientSession::read()
@@ -82,7 +160,7 @@ bool ClientSession::answerNext()
     if (!request) {
         return false;
     }
-    output_ = commands_.serve(*request);
+    output_ = commands_.serve(*request, this);
     written_ = 0;
     return true;
 }
@@ -105,30 +183,31 @@ void ClientSession::flush()
     written_ = 0;
 }
 
-void ClientSession::updateDeadline(Time now, bool movedOn)
+void ClientSession::updateDeadlines(Time now, bool wroteOn, bool readOn)
 {
-    if (writing()) {
-        if (movedOn || deadline_ == Time::max()) {
-            deadline_ = now + limits_.write;
+    const auto update = [](Time& deadline, bool waiting, bool movedOn, Time next) {
+        if (!waiting) {
+            deadline = Time::max();
+        } else if (movedOn || deadline == Time::max()) {
+            deadline = next;
         }
-    } else if (input_.held() == 0) {
-        deadline_ = Time::max();
-    } else if (movedOn || deadline_ == Time::max()) {
-        deadline_ = now + limits_.package;
-    }
+    };
+    const bool reading = stream_ || !writing();
+    update(writeBy_, writing(), wroteOn, now + limits_.write);
+    update(readBy_, reading && input_.held() != 0, readOn, now + limits_.package);
 }
 
 void ClientSession::checkDeadline(Time now) const
 {
-    if (now < deadline_) {
-        return;
+    if (now >= writeBy_) {
+        throw Broken(std::string("it did not take its ") + (stream_ ? "notifications" : "reply") +
+                     " within " + std::to_string(limits_.write.count()) + " ms");
     }
-    if (writing()) {
-        throw Broken("it did not take its reply within " + std::to_string(limits_.write.count()) +
-                     " ms");
+    if (now >= readBy_) {
+        throw Broken("only " + std::to_string(input_.held()) + " bytes of a " +
+                     (stream_ ? "package" : "request") + " came within " +
+                     std::to_string(limits_.package.count()) + " ms");
     }
-    throw Broken("only " + std::to_string(input_.held()) + " bytes of a request came within " +
-                 std::to_string(limits_.package.count()) + " ms");
 }
 
 }  // namespace talvik::backend

@@ -20,27 +20,51 @@ void refuse(Package& reply, std::uint32_t code)
 
 void CommandServer::add(std::uint64_t number, const std::string& name, Command command)
 {
-    const auto [entry, fresh] = commands_.try_emplace(number, Entry{name, std::move(command)});
+    addEntry(number, {name, [command = std::move(command)](const Package& request, Package& reply,
+                                                           Connection*) {
+                          return command(request, reply);
+                      }});
+}
+
+void CommandServer::addForConnection(std::uint64_t number, const std::string& name,
+                                     ConnectionCommand command)
+{
+    addEntry(number, {name, [name, command = std::move(command)](const Package& request, Package&,
+                                                                 Connection* connection) {
+                          if (connection == nullptr) {
+                              backendLog()->warn("{} came by no connection of its own: send it "
+                                                 "over the socket",
+                                                 name);
+                              return result::kBadRequest;
+                          }
+                          return command(*connection, request);
+                      }});
+}
+
+void CommandServer::addEntry(std::uint64_t number, Entry added)
+{
+    const auto [entry, fresh] = commands_.try_emplace(number, added);
     if (!fresh) {
         throw StartupError(
-            "the commands " + entry->second.name + " and " + name + " have the same number " +
+            "the commands " + entry->second.name + " and " + added.name + " have the same number " +
             std::to_string(number) +
             ": give each its own in section \"COMMAND\" of the device configuration");
     }
 }
 
-void CommandServer::answer(const Package& request, Package& reply) const
+void CommandServer::answer(const Package& request, Package& reply, Connection* connection) const
 {
     reply.oHead = request.oHead;
     setKind(reply.oHead, MessageKind::Reply);
-    const auto code = run(request, reply);
+    const auto code = run(request, reply, connection);
     setResult(reply.oHead, code);
     if (code != result::kSuccess) {
         refuse(reply, code);
     }
 }
 
-std::uint32_t CommandServer::run(const Package& request, Package& reply) const
+std::uint32_t CommandServer::run(const Package& request, Package& reply,
+                                 Connection* connection) const
 {
     if (request.oRecords.empty()) {
         backendLog()->warn("request {} names no command: it has no record",
@@ -56,7 +80,7 @@ std::uint32_t CommandServer::run(const Package& request, Package& reply) const
         return result::kUnknownCommand;
     }
     try {
-        return command->second.run(request, reply);
+        return command->second.run(request, reply, connection);
     } catch (const std::exception& error) {
         backendLog()->error("command {} ({}) failed: {}", command->second.name, number,
                             error.what());
@@ -67,7 +91,7 @@ std::uint32_t CommandServer::run(const Package& request, Package& reply) const
     return result::kCommandFailed;
 }
 
-Bytes CommandServer::serve(Bytes& wire) const
+Bytes CommandServer::serve(Bytes& wire, Connection* connection) const
 {
     Package request;
     decodeInto(request, wire);
@@ -76,7 +100,7 @@ Bytes CommandServer::serve(Bytes& wire) const
                             " where a request (1) is due");
     }
     Package reply;
-    answer(request, reply);
+    answer(request, reply, connection);
     try {
         return encoded(reply);
     } catch (const ProtocolError& error) {

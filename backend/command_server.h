@@ -9,6 +9,8 @@
 
 namespace talvik::backend {
 
+class Connection;
+
 /// Answers requests; knows nothing of how they came. Commands are added first, then `answer` and
 /// `serve` may be called from any thread as far as the commands allow it.
 class CommandServer {
@@ -21,20 +23,30 @@ public:
     /// Throws `StartupError` when the number is taken.
     void add(std::uint64_t number, const std::string& name, Command command);
 
-    /// Makes `reply`, a new package, the answer to `request`. Throws nothing but an allocation
-    /// failure of its own; a command's failure becomes a result code.
-    void answer(const Package& request, Package& reply) const;
+    /// A command that changes what the connection carries that the request came by.
+    using ConnectionCommand =
+        std::function<std::uint32_t(Connection& connection, const Package& request)>;
+
+    /// As `add`. A request that came by no connection is answered `result::kBadRequest`; a reply
+    /// has no records.
+    void addForConnection(std::uint64_t number, const std::string& name, ConnectionCommand command);
+
+    /// Makes `reply`, a new package, the answer to `request`, which came by `connection`, if by
+    /// any. Throws nothing but an allocation failure of its own; a command's failure becomes a
+    /// result code.
+    void answer(const Package& request, Package& reply, Connection* connection = nullptr) const;
 
     /// As `answer`, from bytes to bytes. Throws `ProtocolError` when `wire` is no request.
-    Bytes serve(Bytes& wire) const;
+    Bytes serve(Bytes& wire, Connection* connection = nullptr) const;
 
 private:
     struct Entry {
         std::string name;
-        Command run;
+        std::function<std::uint32_t(const Package&, Package&, Connection*)> run;
     };
 
-    std::uint32_t run(const Package& request, Package& reply) const;
+    void addEntry(std::uint64_t number, Entry added);
+    std::uint32_t run(const Package& request, Package& reply, Connection* connection) const;
 
     std::map<std::uint64_t, Entry> commands_;
 };

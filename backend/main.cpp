@@ -1,10 +1,11 @@
 // talvik-backendd: the management back end as a process of its own.
+#include "backend/back_end.h"
 #include "backend/backend_log.h"
 #include "backend/socket_server.h"
-#include "backend/system_commands.h"
 #include "host/installation_paths.h"
 #include "host/platform/ace_log_route.h"
 #include "host/platform/host_log.h"
+#include "host/snmp/durable_file.h"
 #include "host/startup_error.h"
 
 #include <CLI/CLI.hpp>
@@ -29,6 +30,7 @@ constexpr int kExitUsage = 2;
 struct Options {
     std::string socket;
     std::string device = talvik::InstallationPaths::ofThisProgram().configFile("talvik-device.xml");
+    std::string stateDir = talvik::InstallationPaths::ofThisProgram().stateDirectory();
     talvik::LogSettings log;
 };
 
@@ -40,6 +42,11 @@ void declare(CLI::App& app, Options& options)
         ->required();
     app.add_option("--device", options.device, "Device configuration")
         ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option(
+           "--state-dir", options.stateDir,
+           "Directory of the alarms and of what waits for the host, made when it is missing")
+        ->type_name("DIR")
         ->capture_default_str();
     app.add_option("--log-level", options.log.level, "Least severe log lines to keep")
         ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error"}))
@@ -79,9 +86,12 @@ void serve(const Options& options)
     const auto stop = stopSignals();
     talvik::configureLog(options.log);
     talvik::routeAceLog();
-    const auto commands =
-        talvik::backend::makeCommandServer(talvik::DeviceConfigFile::load(options.device));
-    talvik::backend::SocketServer server(commands, options.socket);
+    const auto device = talvik::DeviceConfigFile::load(options.device);
+    talvik::makePrivateDirectory(options.stateDir);
+    talvik::backend::BackEnd backEnd(device, talvik::backend::alarmFileIn(options.stateDir));
+    talvik::backend::backendLog()->info("active alarms: {}", backEnd.alarms().countActive());
+    talvik::backend::SocketServer server(backEnd.commands(), options.socket,
+                                         talvik::backend::ServerLimits(), &backEnd);
     talvik::backend::backendLog()->info("ready, listening on unix:{}", options.socket);
     server.run(stop.get());
     talvik::backend::backendLog()->info("stopped by a signal");

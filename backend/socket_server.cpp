@@ -16,9 +16,13 @@ namespace talvik::backend {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::size_t kStopSlot = 0;
 constexpr std::size_t kListenerSlot = 1;
-constexpr std::size_t kFirstClientSlot = 2;
+constexpr std::size_t kWorkSlot = 2;
+constexpr std::size_t kFirstClientSlot = 3;
+constexpr int kNoFd = -1;
 constexpr int kForever = -1;
 constexpr std::chrono::seconds kAcceptPause{1};
 
@@ -36,9 +40,10 @@ ucred peerOf(int fd)
 }  // namespace
 
 SocketServer::SocketServer(const CommandServer& commands, const std::string& path,
-                           const ServerLimits& limits)
+                           const ServerLimits& limits, BackgroundWork* work)
     : commands_(commands),
       limits_(limits),
+      work_(work),
       listener_(path)
 {
 }
@@ -46,7 +51,7 @@ SocketServer::SocketServer(const CommandServer& commands, const std::string& pat
 void SocketServer::run(int stopFd)
 {
     for (;;) {
-        const auto before = std::chrono::steady_clock::now();
+        const auto before = Clock::now();
         auto fds = watched(stopFd, before);
         if (::poll(fds.data(), fds.size(), waitLimit(before)) < 0) {
             if (errno == EINTR) {
@@ -57,9 +62,10 @@ void SocketServer::run(int stopFd)
         if (fds[kStopSlot].revents != 0) {
             return;
         }
-        serveClients(fds);
+        const bool woken = proceedWithWork(fds[kWorkSlot].revents != 0, Clock::now());
+        serveClients(fds, woken);
         if (fds[kListenerSlot].revents != 0) {
-            acceptAll(std::chrono::steady_clock::now());
+            acceptAll(Clock::now());
         }
     }
 }
@@ -69,7 +75,8 @@ std::vector<pollfd> SocketServer::watched(int stopFd, Time now) const
     std::vector<pollfd> fds;
     fds.reserve(kFirstClientSlot + clients_.size());
     fds.push_back({stopFd, POLLIN, 0});
-    fds.push_back({now < acceptAgain_ ? -1 : listener_.fd(), POLLIN, 0});
+    fds.push_back({now < acceptAgain_ ? kNoFd : listener_.fd(), POLLIN, 0});
+    fds.push_back({work_ != nullptr ? work_->wakeFd() : kNoFd, POLLIN, 0});
     for (const auto& client : clients_) {
         fds.push_back({client.session.fd(), client.session.events(), 0});
     }
@@ -80,22 +87,40 @@ std::vector<pollfd> SocketServer::watched(int stopFd, Time now) const
 int SocketServer::waitLimit(Time now) const
 {
     auto first = now < acceptAgain_ ? acceptAgain_ : Time::max();
+    if (work_ != nullptr) {
+        first = std::min(first, work_->deadline());
+    }
     for (const auto& client : clients_) {
         first = std::min(first, client.session.deadline());
     }
     if (first == Time::max()) {
         return kForever;
     }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(first - now);
-    return static_cast<int>(std::max(left, std::chrono::milliseconds(0)).count());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(std::max(first, now) - now);
+    return static_cast<int>(left.count());
 }
 
-void SocketServer::serveClients(const std::vector<pollfd>& events)
+/// Returns whether there may be something for subscribed clients.
+bool SocketServer::proceedWithWork(bool woken, Time now)
 {
-    const auto now = std::chrono::steady_clock::now();
+    if (work_ == nullptr || (!woken && now < work_->deadline())) {
+        return false;
+    }
+    try {
+        work_->proceed(now);
+    } catch (const std::exception& error) {
+        backendLog()->error("work of the back end broke off: {}", error.what());
+    }
+    return true;
+}
+
+void SocketServer::serveClients(const std::vector<pollfd>& events, bool woken)
+{
+    const auto now = Clock::now();
     auto slot = kFirstClientSlot;
     for (auto client = clients_.begin(); client != clients_.end();) {
-        if (goesOn(*client, events[slot++].revents != 0, now)) {
+        const bool toWake = woken && client->session.wake();
+        if (goesOn(*client, events[slot++].revents != 0 || toWake, now)) {
             ++client;
         } else {
             client = clients_.erase(client);
@@ -163,7 +188,7 @@ void SocketServer::admit(FileDescriptor socket)
     }
     const auto name =
         "client " + std::to_string(++admitted_) + " (process " + std::to_string(peer.pid) + ")";
-    clients_.push_back({name, ClientSession(std::move(socket), commands_, limits_)});
+    clients_.emplace_back(name, std::move(socket), commands_, limits_);
     backendLog()->debug("{} connected", name);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backend/background_work.h"
 #include "backend/client_session.h"
 #include "backend/command_server.h"
 #include "backend/listening_socket.h"
@@ -9,6 +10,7 @@
 #include <cstddef>
 #include <list>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct pollfd;
@@ -19,10 +21,10 @@ namespace talvik::backend {
 /// calls `run`. Nothing that a client does or leaves undone keeps another client waiting.
 class SocketServer {
 public:
-    /// Listens on `path` at once. `commands` must outlive the server. Throws `StartupError` when it
-    /// cannot listen.
+    /// Listens on `path` at once. `commands` and `work`, if there is any, must outlive the server.
+    /// Throws `StartupError` when it cannot listen.
     SocketServer(const CommandServer& commands, const std::string& path,
-                 const ServerLimits& limits = ServerLimits());
+                 const ServerLimits& limits = ServerLimits(), BackgroundWork* work = nullptr);
 
     /// Serves until `stopFd` becomes readable. Throws `std::system_error` when the system no longer
     /// lets it wait.
@@ -30,6 +32,13 @@ public:
 
 private:
     struct Client {
+        Client(std::string known, FileDescriptor socket, const CommandServer& commands,
+               const ServerLimits& limits)
+            : name(std::move(known)),
+              session(std::move(socket), commands, limits)
+        {
+        }
+
         std::string name;  // for log lines
         ClientSession session;
     };
@@ -38,13 +47,15 @@ private:
 
     std::vector<pollfd> watched(int stopFd, Time now) const;
     int waitLimit(Time now) const;
-    void serveClients(const std::vector<pollfd>& events);
+    bool proceedWithWork(bool woken, Time now);
+    void serveClients(const std::vector<pollfd>& events, bool woken);
     bool goesOn(Client& client, bool ready, Time now);
     void acceptAll(Time now);
     void admit(FileDescriptor socket);
 
     const CommandServer& commands_;
     const ServerLimits limits_;
+    BackgroundWork* const work_;  // may be null
     ListeningSocket listener_;
     std::list<Client> clients_;
     unsigned long admitted_ = 0;

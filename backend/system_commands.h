@@ -9,7 +9,7 @@ namespace talvik::backend {
 /// answer come from `config`. Throws `StartupError` when an item is missing or malformed.
 void addSystemCommands(CommandServer& server, const DeviceConfigFile& config);
 
-/// A server with every command that the back end has.
+/// A server with the commands about the system, and no others yet.
 CommandServer makeCommandServer(const DeviceConfigFile& config);
 
 /// The number of the command `name` in section "COMMAND": 1 to 2^63 - 1. Throws `StartupError` for

@@ -6,6 +6,8 @@
 #include "host/link/socket_link.h"
 #include "host/startup_error.h"
 
+#include <utility>
+
 namespace talvik {
 
 BackendChoice parseBackendName(const std::string& name)
@@ -25,12 +27,20 @@ BackendChoice parseBackendName(const std::string& name)
 }
 
 std::unique_ptr<BackendLink> makeBackendLink(const BackendChoice& choice,
-                                             const DeviceConfigFile& config)
+                                             std::shared_ptr<const backend::CommandServer> commands)
 {
     if (choice.embedded) {
-        return std::make_unique<EmbeddedLink>(backend::makeCommandServer(config));
+        return std::make_unique<EmbeddedLink>(std::move(commands));
     }
     return std::make_unique<SocketLink>(choice.socketPath);
+}
+
+std::unique_ptr<BackendLink> makeBackendLink(const BackendChoice& choice,
+                                             const DeviceConfigFile& config)
+{
+    return makeBackendLink(choice, choice.embedded ? std::make_shared<const backend::CommandServer>(
+                                                         backend::makeCommandServer(config))
+                                                   : nullptr);
 }
 
 }  // namespace talvik

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "backend/command_server.h"
 #include "host/link/backend_link.h"
 #include "host/platform/device_config_file.h"
 
@@ -17,9 +18,16 @@ struct BackendChoice {
 /// Reads "embedded" or "unix:PATH". Throws `StartupError` for anything else.
 BackendChoice parseBackendName(const std::string& name);
 
-/// The link to the chosen back end. An embedded one takes its commands and data from `config`;
-/// throws `StartupError` when an item is missing or malformed there. A socket is first connected to
-/// by the first exchange.
+/// The link to the chosen back end. An embedded one runs `commands`, which others may use at the
+/// same time; it is not looked at for a socket. A socket is first connected to by the first
+/// exchange.
+std::unique_ptr<BackendLink>
+makeBackendLink(const BackendChoice& choice,
+                std::shared_ptr<const backend::CommandServer> commands);
+
+/// As above; an embedded back end has the commands about the system only, takes what they answer
+/// from `config` and keeps nothing. Throws `StartupError` when an item is missing or malformed
+/// there.
 std::unique_ptr<BackendLink> makeBackendLink(const BackendChoice& choice,
                                              const DeviceConfigFile& config);
 

@@ -7,7 +7,15 @@
 
 namespace talvik {
 
-EmbeddedLink::EmbeddedLink(backend::CommandServer commands) : commands_(std::move(commands)) {}
+EmbeddedLink::EmbeddedLink(std::shared_ptr<const backend::CommandServer> commands)
+    : commands_(std::move(commands))
+{
+}
+
+EmbeddedLink::EmbeddedLink(backend::CommandServer commands)
+    : EmbeddedLink(std::make_shared<const backend::CommandServer>(std::move(commands)))
+{
+}
 
 int EmbeddedLink::exchange(Package& request, Package& answer)
 {
@@ -16,7 +24,7 @@ int EmbeddedLink::exchange(Package& request, Package& answer)
     try {
         auto wire = requestBytes(request, ++exchangeNumber_);
         ifRefused = kUnreachable;  // as over a socket, where the back end closes the connection
-        auto reply = commands_.serve(wire);
+        auto reply = commands_->serve(wire);
         ifRefused = kProtocolError;
         return takeReply(reply, exchangeNumber_, answer);
     } catch (const backend::ProtocolError& error) {

@@ -4,6 +4,7 @@
 #include "host/link/backend_link.h"
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 
 namespace talvik {
@@ -12,13 +13,17 @@ namespace talvik {
 /// over a socket, so that both behave alike.
 class EmbeddedLink : public BackendLink {
 public:
+    /// Others may use `commands`, all of which it has by now, at the same time.
+    explicit EmbeddedLink(std::shared_ptr<const backend::CommandServer> commands);
+
+    /// A link to commands of its own.
     explicit EmbeddedLink(backend::CommandServer commands);
 
     int exchange(Package& request, Package& answer) override;
     std::string name() const override;
 
 private:
-    const backend::CommandServer commands_;
+    const std::shared_ptr<const backend::CommandServer> commands_;
     std::mutex mutex_;                  // held during an exchange
     std::uint32_t exchangeNumber_ = 0;  // of the latest exchange; guarded by mutex_
 };

@@ -19,8 +19,6 @@ namespace {
 
 constexpr mode_t kOwnerFile = 0600;
 constexpr mode_t kPermissions = 07777;
-// Many times what a full list takes: checking the file must not hold the start up.
-constexpr off_t kMaxFileSize = off_t{64} << 20U;
 constexpr off_t kHeaderSize = 100;
 
 /// The database itself and what SQLite keeps beside it.
@@ -76,7 +74,7 @@ void removeAll(const std::string& path)
     }
 }
 
-void create(const std::string& path, void (*fill)(const std::string& path))
+void create(const std::string& path, const std::function<void(const std::string& path)>& fill)
 {
     const auto unfinished = path + ".new";
     removeAll(unfinished);  // of an agent that was killed meanwhile
@@ -139,7 +137,9 @@ void removeMark(const std::string& name)
 
 }  // namespace
 
-void prepareDatabaseFile(const std::string& path, void (*fill)(const std::string& path))
+void prepareDatabaseFile(const std::string& path,
+                         const std::function<void(const std::string& path)>& fill,
+                         std::int64_t maxSize)
 {
     const auto facts = factsOf(path);
     const auto aside = nameFor(path);
@@ -173,8 +173,8 @@ void prepareDatabaseFile(const std::string& path, void (*fill)(const std::string
     if (facts->st_size < kHeaderSize) {
         throw DamagedFile("it ends within its header");
     }
-    if (facts->st_size > kMaxFileSize) {
-        throw DamagedFile("it is larger than 64 MiB");
+    if (facts->st_size > maxSize) {
+        throw DamagedFile("it is larger than " + std::to_string(maxSize >> 20U) + " MiB");
     }
 }
 

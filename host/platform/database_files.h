@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -14,12 +16,18 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// In octets. Many times what a full list of trap destinations takes: checking the file must not
+/// hold the start up.
+constexpr std::int64_t kMaxDatabaseSize = std::int64_t{64} << 20U;
+
 /// Makes the database `path` when there is none, readable and writable for its owner only. `fill`
 /// gets the name of an empty file, which gets its own name when it is filled and on disk: so `path`
 /// is never there in part. Throws `DamagedFile` when SQLite would take what is left of a database
-/// for a new one, and when setting it aside was cut short; `StartupError` when the file cannot be
-/// used.
-void prepareDatabaseFile(const std::string& path, void (*fill)(const std::string& path));
+/// for a new one, when the file has more than `maxSize` octets, and when setting it aside was cut
+/// short; `StartupError` when the file cannot be used.
+void prepareDatabaseFile(const std::string& path,
+                         const std::function<void(const std::string& path)>& fill,
+                         std::int64_t maxSize = kMaxDatabaseSize);
 
 /// Which file a name stands for.
 class FileIdentity {

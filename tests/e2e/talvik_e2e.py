@@ -211,7 +211,8 @@ class TalvikTest(unittest.TestCase):
     def start_backend(self, socket_path):
         daemon = self.keep(Daemon(self.folder, f"backendd-{time.monotonic_ns()}",
                                   [BIN / "talvik-backendd", "--socket", socket_path, "--device",
-                                   SOURCE / "etc" / "talvik-device.xml"]))
+                                   SOURCE / "etc" / "talvik-device.xml", "--state-dir",
+                                   self.folder / "backend-state"]))
 
         def answers():
             with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as probe:

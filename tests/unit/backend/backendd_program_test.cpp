@@ -19,9 +19,10 @@ protected:
     std::string path() const { return dir_.path("socket"); }
     std::string ready() const { return "ready, listening on unix:" + path(); }
 
-    std::vector<std::string> arguments() const
+    std::vector<std::string> arguments(const std::string& stateDir = "state") const
     {
-        return {"--socket", path(), "--device", sampleDeviceFile()};
+        return {"--socket",         path(),        "--device",
+                sampleDeviceFile(), "--state-dir", dir_.path(stateDir)};
     }
 
     void expectServes() const
@@ -75,9 +76,54 @@ TEST_F(BackenddProgram, RefusesToStartBesideAnotherOne)
     Program first("talvik-backendd", arguments());
     ASSERT_TRUE(first.printed(ready())) << first.output();
 
-    expectRefusal(arguments(), 1, "another program listens there: stop it or choose another path");
+    expectRefusal(arguments("other state"), 1,
+                  "another program listens there: stop it or choose another path");
+    expectRefusal(arguments(), 1,
+                  "the alarms in " + dir_.path("state/alarms.db") +
+                      " are in use by another process");
 
     expectServes();
+}
+
+TEST_F(BackenddProgram, KeepsItsAlarmsInTheStateDirectoryAcrossAKill)
+{
+    auto request = [](std::uint32_t exchange) {
+        return Wire::header(1, exchange, 0xFFFFFFFF, 35)
+            .u64(4010)
+            .u16(25)
+            .u16(0x13)
+            .u16(8)
+            .u64(77)
+            .u16(0x23)
+            .u16(4)
+            .u32(3)
+            .u16(0x82)
+            .u16(1)
+            .text("");
+    };
+    auto reply = [](std::uint32_t exchange, std::uint32_t serial) {
+        return Wire::header(2, exchange, 0, 18).u64(4010).u16(8).u16(0x33).u16(4).u32(serial);
+    };
+    for (const std::uint32_t serial : {1U, 2U, 3U}) {
+        Program program("talvik-backendd", arguments());
+        ASSERT_TRUE(program.printed(ready())) << program.output();
+        EXPECT_THAT(program.output(), HasSubstr("active alarms: " + std::to_string(serial - 1)));
+        auto client = Stream::connectedTo(path());
+
+        client.send(request(serial).bytes());
+
+        EXPECT_EQ(client.receive(46), reply(serial, serial).bytes());
+        program.signal(SIGKILL);
+        EXPECT_EQ(program.wait(), -SIGKILL);
+    }
+}
+
+TEST_F(BackenddProgram, NamesTheStateDirectoryThatItCannotUse)
+{
+    const auto file = dir_.write("file", "");
+
+    expectRefusal({"--socket", path(), "--device", sampleDeviceFile(), "--state-dir", file}, 1,
+                  file);
 }
 
 TEST_F(BackenddProgram, NamesTheDeviceConfigurationThatItCannotUse)

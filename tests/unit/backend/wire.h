@@ -40,6 +40,38 @@ public:
         return header(2, exchange, code, 0);
     }
 
+    /// A package of any kind.
+    static Wire package(std::uint16_t kind, std::uint32_t exchange, std::uint32_t word3,
+                        const Wire& records)
+    {
+        const auto length = static_cast<std::uint32_t>(records.bytes().size());
+        return header(kind, exchange, word3, length).append(records);
+    }
+
+    /// An acknowledgement.
+    static Wire acknowledgement(std::uint32_t number) { return header(4, number, 0xFFFFFFFF, 0); }
+
+    /// A record with these cells.
+    static Wire record(std::uint64_t id, const Wire& cells)
+    {
+        const auto length = static_cast<std::uint16_t>(cells.bytes().size());
+        return Wire().u64(id).u16(length).append(cells);
+    }
+
+    /// A cell with an unsigned number of `width` bytes.
+    Wire& numberCell(unsigned tag, std::uint64_t value, int width)
+    {
+        u16(static_cast<std::uint16_t>(tag << 4U | 3U)).u16(static_cast<std::uint16_t>(width));
+        return number(value, width);
+    }
+
+    /// A cell with the characters and a NUL.
+    Wire& textCell(unsigned tag, const std::string& value)
+    {
+        u16(static_cast<std::uint16_t>(tag << 4U | 2U));
+        return u16(static_cast<std::uint16_t>(value.size() + 1)).text(value);
+    }
+
     Wire& u16(std::uint16_t value) { return number(value, 2); }
     Wire& u32(std::uint32_t value) { return number(value, 4); }
     Wire& u64(std::uint64_t value) { return number(value, 8); }
@@ -65,6 +97,7 @@ public:
     }
 
     const backend::Bytes& bytes() const { return bytes_; }
+    std::string octets() const { return {bytes_.begin(), bytes_.end()}; }
 
 private:
     Wire& number(std::uint64_t value, int width)

@@ -40,7 +40,8 @@ protected:
 class TalvikctlStatusUp : public TalvikctlStatus {
 protected:
     TalvikctlStatusUp()
-        : backend_("talvik-backendd", {"--socket", path(), "--device", sampleDeviceFile()})
+        : backend_("talvik-backendd", {"--socket", path(), "--device", sampleDeviceFile(),
+                                       "--state-dir", dir_.path("state")})
     {
         if (!backend_.printed("ready, listening")) {
             throw std::runtime_error(backend_.output());
