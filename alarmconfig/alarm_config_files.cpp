@@ -1,6 +1,7 @@
 // Loading of the catalogue: where the two files are, and how they are read.
 
 #include "alarmconfig/alarm_config_parser.h"
+#include "alarmconfig/definition_texts.h"
 #include "alarmconfig/str_spliter.h"
 #include "framework/debug_kit_guard.h"
 #include "framework/kel_exception.h"
@@ -26,6 +27,8 @@
 namespace {
 
 namespace code = talvik::log_code;
+
+using Key = talvik::DefinitionTexts::Key;
 
 const std::string kMissingText = "None";
 const std::string kSection = "SNMP_CONF";
@@ -96,25 +99,20 @@ Json::Value* memberOf(Json::Value* value, std::string_view key)
     return value->isMember(key.data(), key.data() + key.size()) ? &(*value)[key.data()] : nullptr;
 }
 
-/// As `memberOf`, but throws JsonCpp's exception when `value` is neither object nor null.
-const Json::Value* findMember(const Json::Value& value, std::string_view key)
-{
-    return value.find(key.data(), key.data() + key.size());
-}
-
-/// The text of the member `key` up to its first NUL; "None" when it is missing. Throws JsonCpp's
-/// exception when it is no text.
-const char* textOr(const Json::Value& value, std::string_view key, const char* missing)
-{
-    const auto* member = findMember(value, key);
-    return member == nullptr ? missing : member->asCString();
-}
-
-/// As `textOr`, null for a member that is missing or null.
+/// The text of the member `key` up to its first NUL, null when that is missing or null. Throws
+/// JsonCpp's exception when it is no text, or `value` neither object nor null.
 const char* nullableText(const Json::Value& value, std::string_view key)
 {
-    const auto* member = findMember(value, key);
+    const auto* member = value.find(key.data(), key.data() + key.size());
     return member == nullptr || member->isNull() ? nullptr : member->asCString();
+}
+
+/// Where `id` is in `items` or belongs; at once where files define alarms by ascending id.
+template <typename Items>
+auto placeOf(unsigned long long id, Items& items)
+{
+    const bool last = items.empty() || items.rbegin()->first < id;
+    return last ? items.end() : items.lower_bound(id);
 }
 
 /// Hands each element over to `store`, the document being of no more use afterwards. False, with an
@@ -126,10 +124,11 @@ bool storeElements(Json::Value& elements, const std::string& path, CKELDebugKitG
                    const char* label, Store store)
 {
     try {
-        // By index: of an object that makes JsonCpp throw.
-        // NOLINTNEXTLINE(modernize-loop-convert)
-        for (Json::ArrayIndex i = 0; i < elements.size(); ++i) {
-            store(std::move(elements[i]));
+        if (elements.isObject() && !elements.empty()) {
+            elements[Json::ArrayIndex{0}];  // throws
+        }
+        for (auto& element : elements) {
+            store(std::move(element));
         }
     } catch (const Json::Exception& error) {
         guard.error(code::kAlarmConfig, label, __LINE__, "parse mib file %s failed, %s.",
@@ -188,11 +187,12 @@ int CAlarmConfigParser::parseAlarmItem(Json::Value item)
     if (item.isNull()) {
         return talvik::result_code::kFailed;
     }
+    const talvik::DefinitionTexts texts(item);
     // Contract: read as signed, kept as unsigned, and 0 when it is missing; back ends number their
     // alarms so.
     const auto id =
-        static_cast<unsigned long long>(std::strtoll(textOr(item, "eventID", "0"), nullptr, 10));
-    const auto place = alarmItems.lower_bound(id);
+        static_cast<unsigned long long>(std::strtoll(texts.textOr(Key::EventId, "0"), nullptr, 10));
+    const auto place = placeOf(id, alarmItems);
     if (place != alarmItems.end() && place->first == id) {
         // Contract: the first definition of an id wins; deployed files append corrections for
         // other hosts.
@@ -201,13 +201,13 @@ int CAlarmConfigParser::parseAlarmItem(Json::Value item)
         return talvik::result_code::kFailed;
     }
     const char* missing = kMissingText.c_str();
-    const char* name = textOr(item, "name", missing);
-    const char* reason = textOr(item, "reason", missing);
-    const char* suggestion = textOr(item, "suggestion", missing);
-    const char* detail = textOr(item, "detail", missing);
-    const char* location = textOr(item, "location", missing);
-    const char* alarmOid = textOr(item, "alarmOid", missing);
-    const char* paramDesc = textOr(item, "paramDesc", missing);
+    const char* name = texts.textOr(Key::Name, missing);
+    const char* reason = texts.textOr(Key::Reason, missing);
+    const char* suggestion = texts.textOr(Key::Suggestion, missing);
+    const char* detail = texts.textOr(Key::Detail, missing);
+    const char* location = texts.textOr(Key::Location, missing);
+    const char* alarmOid = texts.textOr(Key::AlarmOid, missing);
+    const char* paramDesc = texts.textOr(Key::ParamDesc, missing);
 
     auto definition = std::make_unique<CAlarmConfigItem>(
         id, static_cast<unsigned int>(id), name, reason, suggestion, detail, location, alarmOid);
