@@ -8,6 +8,7 @@
 
 #include <ace/Guard_T.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -135,6 +136,8 @@ int CAlarmConfigParser::getAlarmInfo(unsigned long long alarmId, const std::stri
     replaceBraceWithEmptyString(cleanDetail);
 
     std::string spare;
+    spare.reserve(talvik::roomFor(
+        std::max({item->location.size(), cleanDetail.size(), item->suggestion.size()})));
     int result = talvik::fillText(item->location, location, pairs, spare);
     if (result != talvik::result_code::kSuccess) {
         guard.error(code::kAlarmConfig, label, __LINE__,

@@ -59,13 +59,38 @@ struct Placeholder {
     bool reachesTheEnd() const { return size < sizeof text; }
 };
 
+/// Writes a text piece by piece. Not `append` of the string, whose calls cost more than copying the
+/// few characters between two placeholders.
+class TextWriter {
+public:
+    /// Writes over `text`, which holds the text after `finish`.
+    TextWriter(std::string& text, std::size_t room) : text_(text) { text_.resize(room); }
+
+    void append(std::string_view piece)
+    {
+        if (text_.size() - size_ < piece.size()) {
+            text_.resize(roomFor(size_ + piece.size()));
+        }
+        piece.copy(&text_[size_], piece.size());
+        size_ += piece.size();
+    }
+
+    std::size_t size() const { return size_; }
+
+    void finish() { text_.resize(size_); }
+
+private:
+    std::string& text_;
+    std::size_t size_ = 0;
+};
+
 /// One run over a text. Values with a "#" in them are read again in front of what is left, as
 /// sources of their own on a stack; a source stays on it until something behind it is read. What
 /// happens in between follows from the value alone, which is why a value that is asked for while it
 /// is on the stack would be asked for again and again.
 class Filling {
 public:
-    Filling(std::string_view text, const ValuePairs& pairs, std::string& filled, StepLog& log)
+    Filling(std::string_view text, const ValuePairs& pairs, TextWriter& filled, StepLog& log)
         : text_(text),
           pairs_(pairs),
           filled_(filled),
@@ -106,7 +131,7 @@ private:
     {
         while (values_.empty()) {
             const auto mark = std::min(findMark(text_), text_.size());
-            filled_.append(text_.data(), mark);
+            filled_.append(text_.substr(0, mark));
             text_.remove_prefix(mark);
             const auto* value = valueOfCommonOne();
             if (value == nullptr) {
@@ -275,7 +300,7 @@ private:
 
     std::string_view text_;  // what is left of it
     const ValuePairs& pairs_;
-    std::string& filled_;
+    TextWriter& filled_;
     std::vector<Source> values_;
     std::vector<int> positionsAtTheEnd_;
     std::size_t nestedSubstitutions_ = 0;
@@ -309,9 +334,10 @@ const std::string* valueAt(const ValuePairs& pairs, int position)
 bool fillPlaceholders(std::string_view text, const ValuePairs& pairs, std::string& filled,
                       StepLog& log)
 {
-    filled.clear();
-    filled.reserve(text.size() + text.size() / 2);
-    return Filling(text, pairs, filled, log).run();
+    TextWriter writer(filled, roomFor(text.size()));
+    const bool complete = Filling(text, pairs, writer, log).run();
+    writer.finish();
+    return complete;
 }
 
 int fillText(std::string_view text, std::string& out, const ValuePairs& pairs, std::string& spare)

@@ -19,6 +19,12 @@ constexpr std::size_t kPositionDigits = 2;
 /// What stands for an empty or unknown value.
 constexpr std::string_view kNoValue = "--";
 
+/// How many characters to reserve for a text of `length` with its placeholders filled.
+constexpr std::size_t roomFor(std::size_t length)
+{
+    return length + length / 2;
+}
+
 /// Where the next mark in `text` at or behind `from` is; `npos` when there is none.
 std::size_t findMark(std::string_view text, std::size_t from = 0);
 
