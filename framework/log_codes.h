@@ -10,7 +10,8 @@ namespace log_code {
 
 constexpr unsigned long long kRepository =
     0x10014;  ///< repository conditions, a trap delete without a row
-constexpr unsigned long long kHandler = 0x1002E;  ///< failures of handlers
+constexpr unsigned long long kNotification = 0x1002C;  ///< alarms without a trap, or its OID
+constexpr unsigned long long kHandler = 0x1002E;       ///< failures of handlers, what traps say
 
 // The alarm catalogue. Two of these share their number with the groups above.
 constexpr unsigned long long kAlarmId = 0x10014;            ///< an alarm id or position refused

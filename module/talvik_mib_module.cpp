@@ -1,6 +1,9 @@
 #include "module/talvik_mib_module.h"
 
 #include "handlers/snmp_topo_handler.h"
+#include "notify/talvik_notify_msg_handler.h"
+#include "notify/talvik_oid_based_msg_handler.h"
+#include "platform/notify_handler.h"
 #include "trap/talvik_trap_addr_handler.h"
 
 #include <memory>
@@ -18,10 +21,23 @@ void appendHandler(HandlerList& handlers, const char* oid)
     handler.release();
 }
 
+/// Registers a new handler with the host's dispatcher, which owns it from then on.
+template <typename Handler>
+void registerNotifyHandler()
+{
+    auto handler = std::make_unique<Handler>();
+    CNotifyHandler::instance()->handlers().push_back(handler.get());
+    handler.release();
+}
+
 }  // namespace
 
+// The order is that in which the dispatcher offers each alarm. What is registered before an
+// allocation fails stays with the dispatcher.
 bool CSNMP_Talvik_Mib_Module::init()
 {
+    registerNotifyHandler<CTalvikNotifyMsgHandler>();
+    registerNotifyHandler<CTalvikOIDBasedMsgHandler>();
     return true;
 }
 

@@ -4,7 +4,8 @@ namespace Snmp_pp {
 class OctetStr;
 }
 
-/// Conversion of times to what SNMP shows. Callable from any thread.
+/// Conversion of times to what SNMP shows. Callable from any thread. A time beyond what a form can
+/// say becomes the nearest one that it can.
 class CSnmpUtil {
 public:
     /// Writes `seconds` (since 1970-01-01 00:00 UTC) into `octets` as an SNMP DateAndTime with

@@ -3,7 +3,9 @@
 
 #include "framework/tlv_cell.h"
 #include "framework/tlv_record.h"
+#include "notify/alarm_repository.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/fake_notify_host.h"
 
 extern "C" {
 
@@ -14,6 +16,7 @@ int __real__ZN8CTLVCell7setCellEtPKcm(CTLVCell* self, unsigned short tagWord, co
                                       unsigned long len);
 void __real__ZN12CTLVRecordV36appendEPK8CTLVCell(CTLVRecordV3* self, const CTLVCell* cell);
 void __real__ZN12CTLVRecordV35clearEv(CTLVRecordV3* self);
+CAlarmRepository_Singleton* __real__ZN26CAlarmRepository_Singleton18getAlarmRepositoryEv();
 
 int __wrap__ZN8CTLVCell5set_iENS_8ETLVTypeEtPKvm(CTLVCell* self, CTLVCell::ETLVType type,
                                                  unsigned short tag, const void* data,
@@ -41,6 +44,13 @@ void __wrap__ZN12CTLVRecordV35clearEv(CTLVRecordV3* self)
 {
     talvik::test::fakeHost().act("clear");
     __real__ZN12CTLVRecordV35clearEv(self);
+}
+
+CAlarmRepository_Singleton* __wrap__ZN26CAlarmRepository_Singleton18getAlarmRepositoryEv()
+{
+    return talvik::test::fakeNotifyHost().withoutRepository
+               ? nullptr
+               : __real__ZN26CAlarmRepository_Singleton18getAlarmRepositoryEv();
 }
 
 }  // extern "C"

@@ -2,14 +2,18 @@
 
 #include "framework/snmp_handler.h"
 #include "handlers/snmp_topo_handler.h"
+#include "notify/talvik_oid_based_msg_handler.h"
+#include "platform/notify_handler.h"
 #include "tests/support/allocation_probe.h"
 #include "tests/support/fake_host_test.h"
+#include "tests/support/fake_notify_host.h"
 #include "trap/talvik_trap_addr_handler.h"
 
 #include <memory>
 #include <new>
 #include <set>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 namespace {
@@ -19,12 +23,18 @@ using HandlerList = std::list<std::pair<const std::string, CSnmpHandler*>>;
 
 class TalvikMibModule : public talvik::test::FakeHostTest {
 protected:
-    TalvikMibModule() : module(SNMP_SvcModuleCreator()) {}
+    TalvikMibModule()
+    {
+        talvik::test::fakeNotifyHost().reset();
+        module.reset(SNMP_SvcModuleCreator());
+    }
+
     ~TalvikMibModule() override
     {
         for (const auto& entry : handlers) {
             delete entry.second;
         }
+        talvik::test::fakeNotifyHost().reset();
     }
 
     std::vector<std::string> keys() const
@@ -36,9 +46,25 @@ protected:
         return found;
     }
 
+    /// The dispatcher's handlers from `first` on: "notify", "oid" or, for any other, "unknown".
+    static std::vector<std::string> registered(std::size_t first = 0)
+    {
+        std::vector<std::string> found;
+        for (const auto* handler : CNotifyHandler::instance()->handlers()) {
+            const auto& type = typeid(*handler);
+            found.push_back(type == typeid(CTalvikNotifyMsgHandler)     ? "notify"
+                            : type == typeid(CTalvikOIDBasedMsgHandler) ? "oid"
+                                                                        : "unknown");
+        }
+        found.erase(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(first));
+        return found;
+    }
+
     std::unique_ptr<CSNMP_Svc_Module> module;
     HandlerList handlers;
 };
+
+using Names = std::vector<std::string>;
 
 const std::vector<std::string> kSubtrees = {"1.3.6.1.4.1.99999.2.91.9.1",
                                             "1.3.6.1.4.1.99999.2.91.10.4.1"};
@@ -49,9 +75,68 @@ TEST_F(TalvikMibModule, IsMadeByTheFactory)
     EXPECT_NE(dynamic_cast<CSNMP_Talvik_Mib_Module*>(module.get()), nullptr);
 }
 
-TEST_F(TalvikMibModule, InitSucceeds)
+TEST_F(TalvikMibModule, RegistersBothNotificationHandlersInOrder)
 {
+    EXPECT_EQ(registered(), (Names{"notify", "oid"}));
+}
+
+TEST_F(TalvikMibModule, InitSucceedsAndRegistersBehindWhatIsThere)
+{
+    const auto* first = CNotifyHandler::instance()->handlers().front();
+
     EXPECT_TRUE(CSNMP_Talvik_Mib_Module().init());
+
+    EXPECT_EQ(registered(2), (Names{"notify", "oid"}));
+    EXPECT_EQ(CNotifyHandler::instance()->handlers().front(), first);
+}
+
+TEST_F(TalvikMibModule, LoadsNoCatalogueBeforeItIsNeeded)
+{
+    module->getSvcHandler(handlers);
+
+    EXPECT_EQ(host.count("getKELRootEnv"), 0U);
+}
+
+TEST_F(TalvikMibModule, KeepsWhatIsRegisteredAndLeaksNothingWhicheverAllocationOfInitFails)
+{
+    CSNMP_Talvik_Mib_Module other;
+    std::vector<std::size_t> lengths;
+    bool failed = true;
+    for (std::size_t count = 0; failed; ++count) {
+        talvik::test::fakeNotifyHost().reset();
+        bool complete = false;
+        long blocks = 0;
+        {
+            AllocationProbe probe;
+            probe.failAfter(count);
+            try {
+                complete = other.init();
+            } catch (const std::bad_alloc&) {
+            }
+            failed = probe.failed();
+            blocks = probe.live();
+        }
+        EXPECT_EQ(complete, !failed) << "allocation " << count;
+        Names expected{"notify", "oid"};
+        expected.resize(registered().size());
+        EXPECT_EQ(registered(), expected) << "allocation " << count;
+        // A handler and its place in the list.
+        EXPECT_EQ(blocks, 2 * static_cast<long>(expected.size())) << "allocation " << count;
+        lengths.push_back(expected.size());
+    }
+    EXPECT_EQ(lengths, (std::vector<std::size_t>{0, 0, 1, 1, 2}));
+}
+
+TEST_F(TalvikMibModule, AFactoryThatFailsHalfWayLeavesTheFirstHandlerRegistered)
+{
+    talvik::test::fakeNotifyHost().reset();
+    {
+        AllocationProbe probe;
+        probe.failAfter(3);  // the module, a handler and its place come first
+        EXPECT_THROW(SNMP_SvcModuleCreator(), std::bad_alloc);
+        EXPECT_EQ(probe.live(), 2);
+    }
+    EXPECT_EQ(registered(), Names{"notify"});
 }
 
 TEST_F(TalvikMibModule, NamesTheMibDescriptionWithoutAPath)
