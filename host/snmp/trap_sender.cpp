@@ -1,0 +1,208 @@
+#include "host/snmp/trap_sender.h"
+
+#include "host/platform/host_log.h"
+#include "host/snmp/net_snmp.h"
+#include "host/snmp/trap_receiver.h"
+#include "host/snmp/trap_settings_file.h"
+#include "host/snmp/trap_size.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace talvik {
+
+namespace {
+
+bool sameRow(const tTrapDestInfo& a, const tTrapDestInfo& b)
+{
+    return a.index == b.index && a.address == b.address && a.port == b.port &&
+           a.version == b.version && a.type == b.type && a.user == b.user;
+}
+
+}  // namespace
+
+class TrapSender::Outgoing {
+public:
+    explicit Outgoing(const Settings& settings) : mib_(settings.mib), file_(settings.receiversFile)
+    {
+        services_.names = settings.names;
+        settings_ = file_.load();
+        services_.users.replace(settings_.users);
+    }
+
+    void send(const Trap& trap, const Delivery& delivery, Time now);
+    void setReceivers(const std::vector<tTrapDestInfo>& rows);
+    std::vector<ReceiverStatus> status() const;
+    Time deadline() const;
+    void proceed(Time now);
+
+private:
+    TrapReceiver* find(const tTrapDestInfo& row);
+    void lookAtFile(Time now);
+    void reportCuts(const Trap& trap, const std::vector<TextCut>& cuts);
+    std::string nameOf(const ObjectId& id) const;
+
+    const MibDescription* mib_;
+    TrapSettingsFile file_;
+    TrapSettings settings_;
+    ReceiverServices services_;  // outlives the receivers
+    LineBudget lines_;           ///< of what is wrong with notifications
+    std::vector<std::unique_ptr<TrapReceiver>> receivers_;
+};
+
+void TrapSender::Outgoing::send(const Trap& trap, const Delivery& delivery, Time now)
+{
+    lookAtFile(now);
+    TrapContent content{trap.id, netsnmp_get_agent_uptime(), trap.bindings};
+    const auto cuts = fitTexts(content.id, content.bindings);
+    if (cuts && !cuts->empty()) {
+        reportCuts(trap, *cuts);
+    }
+    if (!cuts && lines_.take()) {
+        hostLog()->error("trap {}: takes more than {} octets even without its texts; not sent",
+                         toText(trap.id), kMaxTrapMessage);
+    }
+    const auto outgoing = std::make_shared<OutgoingTrap>(std::move(content));
+    for (const auto& row : trap.receivers) {
+        auto* receiver = find(row);
+        if (receiver == nullptr) {
+            continue;
+        }
+        if (cuts) {
+            receiver->send(outgoing, delivery, now);
+        } else {
+            receiver->fail();
+        }
+    }
+}
+
+/// Null, with a line in the log, for a row that is gone.
+TrapReceiver* TrapSender::Outgoing::find(const tTrapDestInfo& row)
+{
+    for (const auto& receiver : receivers_) {
+        if (sameRow(receiver->row(), row)) {
+            return receiver.get();
+        }
+    }
+    if (lines_.take()) {
+        hostLog()->warn("trap receiver {} is not in the table any more; it gets nothing",
+                        row.index);
+    }
+    return nullptr;
+}
+
+void TrapSender::Outgoing::setReceivers(const std::vector<tTrapDestInfo>& rows)
+{
+    std::vector<std::unique_ptr<TrapReceiver>> receivers;
+    for (const auto& row : rows) {
+        const auto known = std::find_if(receivers_.begin(), receivers_.end(), [&](const auto& old) {
+            return old != nullptr && sameRow(old->row(), row);
+        });
+        receivers.push_back(known != receivers_.end()
+                                ? std::move(*known)
+                                : std::make_unique<TrapReceiver>(row, settings_, services_));
+    }
+    receivers_ = std::move(receivers);
+}
+
+std::vector<ReceiverStatus> TrapSender::Outgoing::status() const
+{
+    std::vector<ReceiverStatus> all;
+    for (const auto& receiver : receivers_) {
+        all.push_back(receiver->status());
+    }
+    return all;
+}
+
+TrapSender::Time TrapSender::Outgoing::deadline() const
+{
+    if (services_.workDue) {
+        return Time::min();
+    }
+    auto earliest = Time::max();
+    for (const auto& receiver : receivers_) {
+        earliest = std::min(earliest, receiver->deadline());
+    }
+    return earliest;
+}
+
+void TrapSender::Outgoing::proceed(Time now)
+{
+    lookAtFile(now);
+    const bool all = std::exchange(services_.workDue, false);
+    for (const auto& receiver : receivers_) {
+        if (all || receiver->deadline() <= now) {
+            receiver->proceed(now);
+        }
+    }
+}
+
+void TrapSender::Outgoing::lookAtFile(Time now)
+{
+    auto changed = file_.changed(now);
+    if (!changed) {
+        return;
+    }
+    settings_ = std::move(*changed);
+    const auto users = services_.users.replace(settings_.users);
+    for (const auto& receiver : receivers_) {
+        receiver->usersChanged(users);
+        receiver->configure(settings_);
+    }
+}
+
+void TrapSender::Outgoing::reportCuts(const Trap& trap, const std::vector<TextCut>& cuts)
+{
+    if (!lines_.take()) {
+        return;
+    }
+    std::string list;
+    for (const auto& cut : cuts) {
+        list += (list.empty() ? "" : ", ") + nameOf(trap.bindings[cut.binding].name) + " from " +
+                std::to_string(cut.before) + " to " + std::to_string(cut.after);
+    }
+    hostLog()->warn("trap {}: texts cut to fit {} octets: {}", toText(trap.id), kMaxTrapMessage,
+                    list);
+}
+
+/// With the object's name in front, if the MIB description has one.
+std::string TrapSender::Outgoing::nameOf(const ObjectId& id) const
+{
+    const auto* scalar = mib_ == nullptr || id.empty()
+                             ? nullptr
+                             : mib_->scalar(ObjectId(id.begin(), std::prev(id.end())));
+    return (scalar == nullptr ? "" : scalar->name + " ") + toText(id);
+}
+
+TrapSender::TrapSender(const Settings& settings) : outgoing_(std::make_unique<Outgoing>(settings))
+{
+}
+
+TrapSender::~TrapSender() = default;
+
+void TrapSender::send(const Trap& trap, const Delivery& delivery)
+{
+    outgoing_->send(trap, delivery, std::chrono::steady_clock::now());
+}
+
+void TrapSender::setReceivers(const std::vector<tTrapDestInfo>& receivers)
+{
+    outgoing_->setReceivers(receivers);
+}
+
+std::vector<ReceiverStatus> TrapSender::status() const
+{
+    return outgoing_->status();
+}
+
+TrapSender::Time TrapSender::deadline() const
+{
+    return outgoing_->deadline();
+}
+
+void TrapSender::proceed(Time now)
+{
+    outgoing_->proceed(now);
+}
+
+}  // namespace talvik
