@@ -47,6 +47,8 @@ SqliteDatabase::SqliteDatabase(const std::string& path, int busyMilliseconds)
 
 SqliteDatabase::~SqliteDatabase()
 {
+    commit_.reset();  // a database with statements is not closed
+    begin_.reset();
     sqlite3_close(handle_);
 }
 
@@ -199,7 +201,11 @@ std::string SqliteStatement::text(int column) const
 
 SqliteTransaction::SqliteTransaction(SqliteDatabase& database) : database_(database)
 {
-    database.run("BEGIN IMMEDIATE");
+    if (database_.begin_ == nullptr) {
+        database_.begin_ = std::make_unique<SqliteStatement>(database_, "BEGIN IMMEDIATE");
+        database_.commit_ = std::make_unique<SqliteStatement>(database_, "COMMIT");
+    }
+    database_.begin_->step();
 }
 
 SqliteTransaction::~SqliteTransaction()
@@ -213,7 +219,7 @@ SqliteTransaction::~SqliteTransaction()
 
 void SqliteTransaction::commit()
 {
-    database_.run("COMMIT");
+    database_.commit_->step();
 }
 
 }  // namespace talvik

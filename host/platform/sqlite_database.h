@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -24,6 +25,8 @@ public:
 private:
     int code_;
 };
+
+class SqliteStatement;
 
 /// A connection to one database file, used by one thread at a time. Every failure is a
 /// `SqliteError`.
@@ -72,6 +75,8 @@ private:
     [[noreturn]] void fail() const;
 
     sqlite3* handle_ = nullptr;
+    std::unique_ptr<SqliteStatement> begin_;   ///< of transactions; made by the first one
+    std::unique_ptr<SqliteStatement> commit_;  ///< and this too
 };
 
 /// A prepared statement of a database that outlives it. Parameters count from 1, columns from 0.
