@@ -1,5 +1,7 @@
 #include "bench/snmp_manager.h"
 
+#include <sys/select.h>
+
 #include <memory>
 #include <stdexcept>
 
@@ -32,6 +34,63 @@ void append(netsnmp_pdu* pdu, const ObjectId& name, const Assignment& column)
     } else {
         snmp_pdu_add_variable(pdu, name.data(), name.size(), column.type, &column.number,
                               sizeof column.number);
+    }
+}
+
+/// Never null.
+netsnmp_pdu* setRequest(const ObjectId& entry, const RowAssignment& row)
+{
+    auto* request = snmp_pdu_create(SNMP_MSG_SET);
+    for (const auto& column : row.columns) {
+        auto name = entry;
+        name.push_back(column.column);
+        name.push_back(row.index);
+        append(request, name, column);
+    }
+    return request;
+}
+
+/// Why the agent has not set a row; empty if it has. `answer` is null when none came.
+std::string refusal(const netsnmp_pdu* answer)
+{
+    if (answer == nullptr) {
+        return "no answer";
+    }
+    return answer->errstat == SNMP_ERR_NOERROR ? std::string()
+                                               : snmp_errstring(static_cast<int>(answer->errstat));
+}
+
+/// What became of the requests of one `setAll`.
+struct Answers {
+    std::size_t count = 0;
+    std::string refusal;  ///< the last one
+};
+
+int onAnswer(int operation, netsnmp_session*, int, netsnmp_pdu* answer, void* answers)
+{
+    const auto reason =
+        refusal(operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE ? answer : nullptr);
+    auto& all = *static_cast<Answers*>(answers);
+    ++all.count;
+    if (!reason.empty()) {
+        all.refusal = reason;
+    }
+    return 1;  // the request is done with
+}
+
+/// Waits for what comes first, an answer or the end of a request's time, and has it handled.
+void handleNext(void* session)
+{
+    fd_set ready;
+    FD_ZERO(&ready);
+    int count = 0;
+    int block = 1;
+    timeval timeout{};
+    snmp_sess_select_info(session, &count, &ready, &timeout, &block);
+    if (select(count, &ready, nullptr, nullptr, block != 0 ? nullptr : &timeout) > 0) {
+        snmp_sess_read(session, &ready);
+    } else {
+        snmp_sess_timeout(session);
     }
 }
 
@@ -68,21 +127,24 @@ bool SnmpManager::answers() const
     return exchange(session_, request) != nullptr;
 }
 
-void SnmpManager::set(const ObjectId& entry, unsigned long index,
-                      const std::vector<Assignment>& row) const
+void SnmpManager::setAll(const ObjectId& entry, const std::vector<RowAssignment>& rows,
+                         std::size_t window) const
 {
-    auto* request = snmp_pdu_create(SNMP_MSG_SET);
-    for (const auto& column : row) {
-        auto name = entry;
-        name.push_back(column.column);
-        name.push_back(index);
-        append(request, name, column);
+    Answers answers;
+    for (std::size_t sent = 0; answers.count < rows.size();) {
+        if (sent < rows.size() && sent - answers.count < window) {
+            auto* request = setRequest(entry, rows[sent++]);
+            if (snmp_sess_async_send(session_, request, &onAnswer, &answers) == 0) {
+                snmp_free_pdu(request);
+                ++answers.count;
+                answers.refusal = "it cannot be sent";
+            }
+        } else {
+            handleNext(session_);
+        }
     }
-    const auto answer = exchange(session_, request);
-    if (answer == nullptr || answer->errstat != SNMP_ERR_NOERROR) {
-        throw std::runtime_error(
-            "row " + std::to_string(index) + " is refused: " +
-            (answer == nullptr ? "no answer" : snmp_errstring(static_cast<int>(answer->errstat))));
+    if (!answers.refusal.empty()) {
+        throw std::runtime_error("a row is refused: " + answers.refusal);
     }
 }
 

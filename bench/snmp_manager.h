@@ -17,6 +17,12 @@ struct Assignment {
     std::string octets;
 };
 
+/// One row of a SET.
+struct RowAssignment {
+    unsigned long index;
+    std::vector<Assignment> columns;
+};
+
 /// A manager with one v2c session, as lean as net-snmp's client library allows.
 class SnmpManager {
 public:
@@ -30,9 +36,12 @@ public:
     /// Whether anything at all answers.
     bool answers() const;
 
-    /// Sets columns of the row `index` of the table at `entry`; throws `std::runtime_error` with
-    /// the agent's reason when it is refused.
-    void set(const ObjectId& entry, unsigned long index, const std::vector<Assignment>& row) const;
+    /// Sets columns of rows of the table at `entry`, a request each, with up to `window` of them on
+    /// their way at a time: one for a manager that waits, several for one that provisions. Returns
+    /// when all are answered; throws `std::runtime_error` with the agent's reason when one is
+    /// refused.
+    void setAll(const ObjectId& entry, const std::vector<RowAssignment>& rows,
+                std::size_t window) const;
 
     /// Walks what lies under `root` and returns the number of variables: with GETNEXT when
     /// `repetitions` is 0, with GETBULK otherwise.
