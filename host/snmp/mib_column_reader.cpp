@@ -52,26 +52,6 @@ bool isSet(const MibElement& object, const char* member, const char* value)
     return object.has(member) && choice(object, member, Names<bool, 1>{{{value, true}}});
 }
 
-std::map<long, std::string> readEnumeration(const MibElement& element, Syntax syntax)
-{
-    std::map<long, std::string> labels;
-    if (!element.has("enumeration")) {
-        return labels;
-    }
-    const auto all = element.at("enumeration");
-    if (syntax != Syntax::Integer) {
-        all.refuse("only an INTEGER has an enumeration");
-    }
-    for (const auto& label : all.memberNames()) {
-        const auto value =
-            all.number(label, std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
-        if (!labels.emplace(value, label).second) {
-            all.refuse("number " + std::to_string(value) + " stands here twice");
-        }
-    }
-    return labels;
-}
-
 std::optional<Bounds> readBounds(const MibElement& element, const char* member, const Bounds& limit)
 {
     if (!element.has(member)) {
@@ -194,6 +174,26 @@ Syntax readSyntax(const MibElement& object)
 Access readAccess(const MibElement& object)
 {
     return choice(object, "access", kAccesses);
+}
+
+std::map<long, std::string> readEnumeration(const MibElement& element, Syntax syntax)
+{
+    std::map<long, std::string> labels;
+    if (!element.has("enumeration")) {
+        return labels;
+    }
+    const auto all = element.at("enumeration");
+    if (syntax != Syntax::Integer) {
+        all.refuse("only an INTEGER has an enumeration");
+    }
+    for (const auto& label : all.memberNames()) {
+        const auto value =
+            all.number(label, std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
+        if (!labels.emplace(value, label).second) {
+            all.refuse("number " + std::to_string(value) + " stands here twice");
+        }
+    }
+    return labels;
 }
 
 std::vector<MibColumn> readColumns(const MibElement& table)

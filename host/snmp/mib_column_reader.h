@@ -3,6 +3,8 @@
 #include "host/snmp/mib_description.h"
 #include "host/snmp/mib_element.h"
 
+#include <map>
+#include <string>
 #include <vector>
 
 namespace talvik {
@@ -10,6 +12,9 @@ namespace talvik {
 /// Syntax and access of a column or a scalar.
 Syntax readSyntax(const MibElement& object);
 Access readAccess(const MibElement& object);
+
+/// The labels of `element`, whose syntax is `syntax`; none when it has no enumeration.
+std::map<long, std::string> readEnumeration(const MibElement& element, Syntax syntax);
 
 /// The columns of a table, in the file's order, each checked by itself and their aliases resolved.
 /// Throws `StartupError`, as everything here does.

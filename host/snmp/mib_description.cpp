@@ -40,4 +40,14 @@ const MibScalar* MibDescription::scalar(const ObjectId& id) const
     return objectAt(scalars_, id);
 }
 
+const MibNotificationObject* MibDescription::notificationObject(const ObjectId& id) const
+{
+    return objectAt(notificationObjects_, id);
+}
+
+const MibNotification* MibDescription::notification(const ObjectId& id) const
+{
+    return objectAt(notifications_, id);
+}
+
 }  // namespace talvik

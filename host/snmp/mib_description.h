@@ -62,12 +62,30 @@ struct MibScalar {
     Access access = Access::ReadOnly;
 };
 
+/// An object that is seen in notifications only; its instance is `id`.0.
+struct MibNotificationObject {
+    std::string name;
+    ObjectId id;
+    Syntax syntax = Syntax::Integer;
+    std::map<long, std::string> enumeration;  ///< labels of an enumerated INTEGER
+    bool isDateAndTime = false;  ///< an OCTET STRING that is a DateAndTime; all others are texts
+};
+
+/// A notification whose OID is known beforehand.
+struct MibNotification {
+    std::string name;
+    ObjectId id;
+    std::vector<std::size_t> objects;  ///< positions in `notificationObjects()`, in order
+};
+
 /// The MIB description file of a module: how rows and cells map to object identifiers and SNMP
 /// types.
 ///
 /// JSON, no comments, no other members than these:
 ///
-///     description ::= {"module": TEXT, "root": OID, "tables": [table...], "scalars": [scalar...]}
+///     description ::= {"module": TEXT, "root": OID, "tables": [table...], "scalars": [scalar...],
+///                      "notificationObjects"?: [object...], "notifications"?: [notification...],
+///                      "description"?: TEXT}
 ///     table       ::= {"name": TEXT, "oid": OID, "index": [COLUMN NAME...],
 ///                      "columns": [column...], "rowStatus"?: COLUMN NAME,
 ///                      "answerLifetimeMs"?: 0..60000, "description"?: TEXT}
@@ -77,6 +95,10 @@ struct MibScalar {
 ///                      "format"?: "destination", "required"?: BOOLEAN, "aliasOf"?: COLUMN NAME}
 ///     scalar      ::= {"name": TEXT, "oid": OID, "tag": 0..4095, "syntax": SYNTAX,
 ///                      "access": ACCESS, "description"?: TEXT}
+///     object      ::= {"name": TEXT, "oid": OID, "syntax": SYNTAX, "description"?: TEXT,
+///                      "enumeration"?: {LABEL: NUMBER...}, "format"?: "dateAndTime"}
+///     notification ::= {"name": TEXT, "oid": OID, "objects": [OBJECT NAME...],
+///                      "description"?: TEXT}
 ///     SYNTAX      ::= "INTEGER" | "Unsigned32" | "Gauge32" | "Counter32" | "Counter64" |
 ///                     "TimeTicks" | "OCTET STRING"
 ///     ACCESS      ::= "not-accessible" | "read-only" | "read-write" | "read-create"
@@ -88,13 +110,20 @@ public:
     /// when the file is missing, is no such JSON or contradicts itself.
     static MibDescription load(const std::string& path);
 
-    /// The table or scalar at exactly `id`, or null. Valid as long as this object.
+    /// What is at exactly `id`, or null; an object's instance has another OID. Valid as long as
+    /// this object.
     const MibTable* table(const ObjectId& id) const;
     const MibScalar* scalar(const ObjectId& id) const;
+    const MibNotificationObject* notificationObject(const ObjectId& id) const;
+    const MibNotification* notification(const ObjectId& id) const;
 
     const std::string& path() const { return path_; }
     const std::string& moduleName() const { return moduleName_; }
     const std::vector<MibTable>& tables() const { return tables_; }
+    const std::vector<MibNotificationObject>& notificationObjects() const
+    {
+        return notificationObjects_;
+    }
 
 private:
     friend class MibDescriptionReader;
@@ -104,6 +133,8 @@ private:
     ObjectId root_;
     std::vector<MibTable> tables_;
     std::vector<MibScalar> scalars_;
+    std::vector<MibNotificationObject> notificationObjects_;
+    std::vector<MibNotification> notifications_;
 };
 
 }  // namespace talvik

@@ -2,6 +2,7 @@
 
 #include "host/snmp/mib_column_reader.h"
 #include "host/snmp/mib_element.h"
+#include "host/snmp/mib_notification_reader.h"
 
 #include <algorithm>
 #include <utility>
@@ -107,16 +108,18 @@ MibScalar readScalar(const MibElement& element)
     return scalar;
 }
 
-void checkObjectIds(const MibElement& top, const ObjectId& root,
-                    const std::vector<MibTable>& tables, const std::vector<MibScalar>& scalars)
+using NamedIds = std::vector<std::pair<ObjectId, std::string>>;
+
+template <typename Object>
+void append(NamedIds& objects, const std::vector<Object>& more)
 {
-    std::vector<std::pair<ObjectId, std::string>> objects;
-    for (const auto& table : tables) {
-        objects.emplace_back(table.id, table.name);
+    for (const auto& object : more) {
+        objects.emplace_back(object.id, object.name);
     }
-    for (const auto& scalar : scalars) {
-        objects.emplace_back(scalar.id, scalar.name);
-    }
+}
+
+void checkObjectIds(const MibElement& top, const ObjectId& root, NamedIds objects)
+{
     // In MIB order whatever lies under an object comes directly behind it.
     std::sort(objects.begin(), objects.end());
     for (std::size_t i = 0; i < objects.size(); ++i) {
@@ -138,7 +141,8 @@ MibDescription MibDescriptionReader::read() const
 {
     const auto document = parseMibFile(path_);
     const MibElement top(document, path_);
-    top.expectObject({"module", "root", "tables", "scalars"}, {"description"});
+    top.expectObject({"module", "root", "tables", "scalars"},
+                     {"description", "notificationObjects", "notifications"});
     MibDescription description;
     description.path_ = path_;
     description.moduleName_ = top.text("module");
@@ -149,7 +153,14 @@ MibDescription MibDescriptionReader::read() const
     for (const auto& entry : top.list("scalars")) {
         description.scalars_.push_back(readScalar(entry));
     }
-    checkObjectIds(top, description.root_, description.tables_, description.scalars_);
+    description.notificationObjects_ = readNotificationObjects(top);
+    description.notifications_ = readNotifications(top, description.notificationObjects_);
+    NamedIds objects;
+    append(objects, description.tables_);
+    append(objects, description.scalars_);
+    append(objects, description.notificationObjects_);
+    append(objects, description.notifications_);
+    checkObjectIds(top, description.root_, std::move(objects));
     return description;
 }
 
