@@ -237,9 +237,66 @@ ALARM_CATALOGUE = {
 }
 
 
+# What the alarm record target reads: properties/alarm_record_property.h has the grammar.
+EVENT_KIND, OTHER_KIND = 0, 7
+EVENT_FLAG = 15
+
+
+def alarm_record(changes=None, kind=OTHER_KIND):
+    """A fault of alarm 1, with the cells in `changes` instead of its own; None leaves one out."""
+    cells = {1: number(1, 1), 8: text(8, b"1,2"), 2: number(2, 3), 3: number(3, 42), 4: number(4, 1000, width=8),
+             5: number(5, 0, width=8), 6: number(6, 0, width=8)}
+    cells.update(changes or {})
+    return bytes([kind]) + b"".join(cell for cell in cells.values() if cell is not None)
+
+
+def wide(tag, value):
+    return number(tag, value, width=8)
+
+
+ALARM_RECORD = {
+    "nothing": b"",
+    "no-cells": bytes([OTHER_KIND]),
+    "fault": alarm_record(),
+    "clear-by-tag-six": alarm_record({6: wide(6, 3000)}),
+    "clear-by-tag-five": alarm_record({5: wide(5, 2000)}),
+    "clear-by-both": alarm_record({5: wide(5, 2000), 6: wide(6, 3000)}),
+    "clear-without-tag-four": alarm_record({4: None, 6: wide(6, 3000)}),
+    "clear-by-tag-six-without-tag-five": alarm_record({5: None, 6: wide(6, 3000)}),
+    "tag-six-with-an-empty-low-half": alarm_record({6: wide(6, 1 << 32)}),
+    "both-with-empty-low-halves": alarm_record({5: wide(5, 1 << 32), 6: wide(6, 1 << 32)}),
+    "tag-six-with-an-empty-low-half-and-tag-five": alarm_record({5: wide(5, 9), 6: wide(6, 1 << 32)}),
+    "event": alarm_record({EVENT_FLAG: number(EVENT_FLAG, 1)}, EVENT_KIND),
+    "event-flag-zero": alarm_record({EVENT_FLAG: number(EVENT_FLAG, 0)}, EVENT_KIND),
+    "event-flag-two": alarm_record({EVENT_FLAG: number(EVENT_FLAG, 2)}, EVENT_KIND),
+    "event-flag-missing": alarm_record(kind=EVENT_KIND),
+    "event-flag-of-another-kind": alarm_record({EVENT_FLAG: number(EVENT_FLAG, 1)}),
+    "alarm-unknown": alarm_record({1: number(1, 99)}),
+    "alarm-zero": alarm_record({1: number(1, 0)}),
+    "alarm-without-texts": alarm_record({1: number(1, 2)}),
+    "alarm-without-a-position": alarm_record({1: number(1, 3)}),
+    "alarm-id-missing": alarm_record({1: None}),
+    "alarm-id-as-text": alarm_record({1: text(1, b"1")}),
+    "parameters-as-number": alarm_record({8: number(8, 1)}),
+    "parameters-without-their-nul": alarm_record({8: column(8, 2, b"1,2")}),
+    "parameters-without-bytes": alarm_record({8: column(8, 2, b"")}),
+    "parameters-not-ascii": alarm_record({8: text(8, b"\xc3\xa4,\xff\n")}),
+    "level-as-text": alarm_record({2: text(2, b"3")}),
+    "level-of-two-signed-bytes": alarm_record({2: number(2, 0xFFFE, kind=4, width=2)}),
+    "serial-number-as-bytes": alarm_record({3: column(3, 1, b"\x01\0\0\0")}),
+    "serial-number-of-all-bits": alarm_record({3: wide(3, (1 << 64) - 1)}),
+    "time-without-bytes": alarm_record({4: column(4, 3, b"")}),
+    "time-of-two-signed-bytes": alarm_record({4: number(4, 0xFFFF, kind=4, width=2)}),
+    "time-beyond-two-octets-of-years": alarm_record({4: wide(4, (1 << 63) - 1)}),
+    "time-before-the-first-year": alarm_record({4: wide(4, 1 << 63)}),
+    "same-tag-twice": alarm_record() + number(1, 2),
+    "ends-within-a-cell": alarm_record()[:-1],
+}
+
+
 def main():
     targets = {"decode": DECODE, "trap_table": TRAP_TABLE, "alarm_text": ALARM_TEXT,
-               "alarm_catalogue": ALARM_CATALOGUE}
+               "alarm_catalogue": ALARM_CATALOGUE, "alarm_record": ALARM_RECORD}
     for target, seeds in targets.items():
         folder = CORPUS / target
         folder.mkdir(parents=True, exist_ok=True)

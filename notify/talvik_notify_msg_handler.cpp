@@ -55,7 +55,8 @@ std::string textIn(const CTLVRecordV3& record, unsigned short cellTag)
 
 unsigned long long timeOf(const CTLVRecordV3& record, unsigned int category)
 {
-    // Contract: tag 4 is read also where it is not used; back ends send it with every clear.
+    // Contract: tag 4 is read also where it is not used, and tag 5 beside tag 6; back ends send all
+    // three with every clear.
     const auto occurredAt = numberIn<unsigned long long>(record, tag::kOccurredAt);
     if (category != category_of::kClear) {
         return occurredAt;

@@ -31,6 +31,8 @@ Agentpp::Oidx& CTalvikOIDBasedMsgHandler::getTrapOid(unsigned long long alarmId,
         m_oTrapOid = Agentpp::Oidx(kOidOfOtherAlarms);
         return m_oTrapOid;
     }
+    // Contract: whatever the definition holds, "None" of one without the member too; deployed
+    // definitions have several numbers here, and hosts send nothing under an invalid OID.
     const std::string oid =
         std::string(kRootOfAlarmOids) + "." + alarmOid + "." + std::to_string(arg);
     m_oTrapOid = Agentpp::Oidx(oid.c_str());

@@ -1,9 +1,12 @@
 #include "tests/contract/loaded_module.h"
 
+#include "platform/notify_handler.h"
+
 #include <dlfcn.h>
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace talvik::contract {
@@ -22,7 +25,9 @@ LoadedModule::LoadedModule() : image_(dlopen(TALVIK_MODULE_FILE, RTLD_NOW | RTLD
     if (factory == nullptr) {
         throw std::runtime_error(dlerror());
     }
+    const std::size_t before = CNotifyHandler::instance()->handlers().size();
     module_.reset(reinterpret_cast<SNMP_SvcModuleCreatorType>(factory)());
+    takeNotifyHandlers(before);
     if (!module_) {
         throw std::runtime_error("the factory made no module");
     }
@@ -30,7 +35,17 @@ LoadedModule::LoadedModule() : image_(dlopen(TALVIK_MODULE_FILE, RTLD_NOW | RTLD
 
 LoadedModule::~LoadedModule()
 {
+    for (auto* handler : notifyHandlers_) {
+        CNotifyHandler::instance()->handlers().remove(handler);
+        delete handler;
+    }
     module_.reset();
+}
+
+void LoadedModule::takeNotifyHandlers(std::size_t before)
+{
+    const auto& all = CNotifyHandler::instance()->handlers();
+    notifyHandlers_.assign(std::next(all.begin(), static_cast<std::ptrdiff_t>(before)), all.end());
 }
 
 std::string LoadedModule::file()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "framework/notify_msg_handler.h"
 #include "framework/snmp_handler.h"
 #include "platform/svc_module.h"
 
@@ -7,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace talvik::contract {
 
@@ -25,6 +27,9 @@ public:
 
     CSNMP_Svc_Module& module() { return *module_; }
 
+    /// What the factory registered with this process's dispatcher; they go with the module.
+    const std::vector<INotifyMsgHandler*>& notifyHandlers() const { return notifyHandlers_; }
+
     /// What dlopen gave.
     void* image() const { return image_.get(); }
 
@@ -35,12 +40,15 @@ public:
     static bool isMapped();
 
 private:
+    void takeNotifyHandlers(std::size_t before);
+
     struct Unload {
         void operator()(void* image) const;
     };
 
     std::unique_ptr<void, Unload> image_;
     std::unique_ptr<CSNMP_Svc_Module> module_;
+    std::vector<INotifyMsgHandler*> notifyHandlers_;
 };
 
 /// New handlers of `module`, deleted at the end as a host deletes them.

@@ -7,6 +7,7 @@
 #include "framework/tlv_package.h"
 #include "handlers/snmp_topo_handler.h"
 #include "module/talvik_mib_module.h"
+#include "notify/talvik_oid_based_msg_handler.h"
 #include "platform/snmp_table_base.h"
 #include "platform/svc_module.h"
 #include "trap/talvik_trap_addr_handler.h"
@@ -101,16 +102,23 @@ INSTANTIATE_TEST_SUITE_P(
         Slot{"GetNextRspInfo", 23, slotOf<&CSnmpTableBase::GetNextRspInfo>}),
     nameOf);
 
-INSTANTIATE_TEST_SUITE_P(
-    NotifyMsgHandler, SlotOrder,
-    testing::Values(Slot{"constructAlarmTrapVb", 2,
-                         slotOf<&INotifyMsgHandler::constructAlarmTrapVb>},
-                    Slot{"getTrapOid", 3, slotOf<&INotifyMsgHandler::getTrapOid>},
-                    Slot{"getBaseOid", 4, slotOf<&INotifyMsgHandler::getBaseOid>},
-                    Slot{"useDateAndTime", 5, slotOf<&INotifyMsgHandler::useDateAndTime>},
-                    Slot{"getTrapVbLen", 6, slotOf<&INotifyMsgHandler::getTrapVbLen>},
-                    Slot{"filterTrapMap", 7, slotOf<&INotifyMsgHandler::filterTrapMap>}),
-    nameOf);
+/// The slots of every notification handler's table.
+template <typename Handler>
+auto notifySlots()
+{
+    return testing::Values(Slot{"constructAlarmTrapVb", 2, slotOf<&Handler::constructAlarmTrapVb>},
+                           Slot{"getTrapOid", 3, slotOf<&Handler::getTrapOid>},
+                           Slot{"getBaseOid", 4, slotOf<&Handler::getBaseOid>},
+                           Slot{"useDateAndTime", 5, slotOf<&Handler::useDateAndTime>},
+                           Slot{"getTrapVbLen", 6, slotOf<&Handler::getTrapVbLen>},
+                           Slot{"filterTrapMap", 7, slotOf<&Handler::filterTrapMap>});
+}
+
+INSTANTIATE_TEST_SUITE_P(NotifyMsgHandler, SlotOrder, notifySlots<INotifyMsgHandler>(), nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikNotifyMsgHandler, SlotOrder, notifySlots<CTalvikNotifyMsgHandler>(),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikOIDBasedMsgHandler, SlotOrder,
+                         notifySlots<CTalvikOIDBasedMsgHandler>(), nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     TlvPackage, SlotOrder,

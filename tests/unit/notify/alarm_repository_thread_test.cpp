@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <chrono>
 #include <set>
 #include <thread>
 
@@ -15,6 +16,15 @@ using namespace talvik::test;
 constexpr unsigned kThreads = 8;
 constexpr unsigned kRounds = 200;
 
+template <typename Condition>
+void waitUntil(Condition holds)
+{
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!holds() && std::chrono::steady_clock::now() < limit) {
+        std::this_thread::yield();
+    }
+}
+
 template <typename Action>
 void onThreads(Action action)
 {
@@ -23,9 +33,7 @@ void onThreads(Action action)
     for (unsigned i = 0; i < kThreads; ++i) {
         threads.emplace_back([&, i] {
             ++waiting;
-            while (waiting < kThreads) {
-                std::this_thread::yield();
-            }
+            waitUntil([&] { return waiting == kThreads; });
             action(i);
         });
     }
@@ -39,13 +47,27 @@ protected:
     AlarmRepositoryThreads() { host.recording = false; }
 };
 
+/// All of them find no repository: the mutex is held until every thread has come in.
 TEST_F(AlarmRepositoryThreads, AllGetTheOneObject)
 {
+    std::atomic<unsigned> entered{0};
+    host.onCall("trace", [&] { ++entered; });
     for (unsigned round = 0; round < kRounds; ++round) {
         forgetRepository();
+        entered = 0;
         std::vector<CAlarmRepository_Singleton*> seen(kThreads);
 
-        onThreads([&](unsigned i) { seen[i] = CAlarmRepository_Singleton::getAlarmRepository(); });
+        std::atomic<bool> held{false};
+        onThreads([&](unsigned i) {
+            if (i == 0) {
+                CAlarmRepository_Singleton::m_oMutex.acquire();
+                held = true;
+                waitUntil([&] { return entered == kThreads - 1; });
+                CAlarmRepository_Singleton::m_oMutex.release();
+            }
+            waitUntil([&] { return held.load(); });
+            seen[i] = CAlarmRepository_Singleton::getAlarmRepository();
+        });
 
         ASSERT_NE(seen.front(), nullptr);
         ASSERT_THAT(seen, testing::Each(seen.front())) << round;
