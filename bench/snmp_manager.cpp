@@ -15,7 +15,7 @@ struct PduDeleter {
 
 using Pdu = std::unique_ptr<netsnmp_pdu, PduDeleter>;
 
-constexpr long kTimeoutMicroseconds = 2'000'000;
+constexpr long kTimeoutMicroseconds = 5'000'000;
 
 /// Null when nothing answers. The library takes the request.
 Pdu exchange(void* session, netsnmp_pdu* request)
