@@ -179,15 +179,23 @@ TEST_F(AlarmLookUp, ShowsDashesForEmptyValues)
 
 TEST_F(AlarmLookUp, TellsPositionsOneBeyondFromFurtherOnes)
 {
-    defineAlarm("##03", "##03", "##05");
+    defineAlarm("##03", "##03", "##03");
     const auto one = infoOf(1, "a,b,c");
     EXPECT_EQ(one.detail, "--");
     EXPECT_EQ(one.location, "--");
-    EXPECT_EQ(one.suggestion, "None");
+    EXPECT_EQ(one.suggestion, "--");
 
     CAlarmConfigParser::destroy();
-    defineAlarm("##05");
-    EXPECT_EQ(infoOf(1, "a,b,c").detail, "None");
+    defineAlarm("##05", "##05", "##05");
+    const auto further = infoOf(1, "a,b,c");
+    EXPECT_EQ(further.detail, "None");
+    EXPECT_EQ(further.location, "None");
+    EXPECT_EQ(further.suggestion, "None");
+
+    CAlarmConfigParser::destroy();
+    defineAlarm("##03", "##05", "##05 ##03");
+    EXPECT_EQ(infoOf(1, "a,b,c").location, "None");
+    EXPECT_EQ(infoOf(1, "a,b,c").suggestion, "None --");
 }
 
 TEST_F(AlarmLookUp, UnescapesValues)
