@@ -63,6 +63,8 @@ ReceiverSession openReceiverSession(const SessionSettings& settings, std::string
                                          : snmp_api_errstring(wanted.s_snmp_errno));
         return nullptr;
     }
+    // Opening took the flag away; the first request to an unknown engine would stop the agent.
+    session->flags |= SNMP_FLAGS_DONT_PROBE;
     setSocketFlags(session.get());
     return session;
 }
