@@ -60,6 +60,14 @@ void declare(CLI::App& app, AgentOptions& options)
         ->type_name("BACKEND")
         ->check(backendName, "embedded or unix:PATH")
         ->capture_default_str();
+    app.add_option("--trap-settings", options.trapSettings,
+                   "Community, SNMPv3 users and informs of the trap receivers (JSON); the defaults "
+                   "hold when there is no such file")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option("--socket", options.socket,
+                   "Unix-domain socket for talvikctl. Default: agent.sock in the state directory")
+        ->type_name("PATH");
     app.add_option("--log-level", options.log.level, "trace, debug, info, warn or error")
         ->type_name("LEVEL")
         ->check(CLI::IsMember({"trace", "debug", "info", "warn", "error"}))
@@ -71,7 +79,8 @@ void declare(CLI::App& app, AgentOptions& options)
                  "Read and check everything, say OK and end; nothing is changed or opened");
     app.set_version_flag("--version", std::string("talvik-agentd " TALVIK_VERSION));
     app.footer("Exit codes: 0 ended as asked, 1 cannot start, 2 wrong usage.\n"
-               "SIGTERM and SIGINT end the agent. Changed files take effect at the next start.");
+               "SIGTERM and SIGINT end the agent. Changed files take effect at the next start, the "
+               "trap settings at once.");
 }
 
 void setDefaultPaths(AgentOptions& options)
@@ -82,6 +91,7 @@ void setDefaultPaths(AgentOptions& options)
     options.moduleFile = paths.moduleFile("libSnmpTalvikMibModule.so");
     options.mibDir = paths.mibDirectory();
     options.stateDir = paths.stateDirectory();
+    options.trapSettings = paths.configFile("talvik-traps.json");
 }
 
 }  // namespace
@@ -96,6 +106,9 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, AgentOpti
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error, std::cout, std::cerr) == 0 ? kExitOk : kExitUsage;
+    }
+    if (options.socket.empty()) {
+        options.socket = options.stateDir + "/agent.sock";
     }
     return std::nullopt;
 }

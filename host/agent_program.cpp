@@ -1,10 +1,12 @@
 #include "host/agent_program.h"
 
+#include "backend/back_end.h"
 #include "framework/snmp_handler.h"
 #include "host/installation_paths.h"
 #include "host/link/backend_choice.h"
 #include "host/link/configuration_link.h"
 #include "host/module_loader.h"
+#include "host/notification_service.h"
 #include "host/platform/device_config_file.h"
 #include "host/platform/host_log.h"
 #include "host/platform/installation_root.h"
@@ -14,6 +16,7 @@
 #include "host/snmp/durable_file.h"
 #include "host/snmp/mib_description.h"
 #include "host/snmp/net_snmp_persistence.h"
+#include "host/snmp/standard_notifications.h"
 #include "host/startup_error.h"
 #include "host/state_directory.h"
 #include "host/stop_signals.h"
@@ -21,6 +24,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <list>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace talvik {
 
@@ -52,12 +60,12 @@ private:
     std::string path_;
 };
 
-/// The back end's link is installed while this lives.
+/// A link to the back end is installed while this lives.
 class InstalledBackend {
 public:
-    InstalledBackend(const std::string& choice, const DeviceConfigFile& device)
+    explicit InstalledBackend(std::unique_ptr<BackendLink> link)
     {
-        installBackendLink(makeBackendLink(parseBackendName(choice), device));
+        installBackendLink(std::move(link));
     }
 
     ~InstalledBackend() { installBackendLink(nullptr); }
@@ -73,6 +81,7 @@ public:
     {
         auto store = std::make_unique<TrapStore>(directory);
         hostLog()->info("trap destinations: {}", store->all().size());
+        store_ = store.get();
         installTrapStore(std::move(store));
     }
 
@@ -84,6 +93,31 @@ public:
 
     InstalledTrapStore(const InstalledTrapStore&) = delete;
     InstalledTrapStore& operator=(const InstalledTrapStore&) = delete;
+
+    const TrapStore& store() const { return *store_; }
+
+private:
+    const TrapStore* store_ = nullptr;
+};
+
+/// The commands that the agent's own socket serves: the back end's, when it is embedded, and the
+/// agent's.
+class ServedCommands {
+public:
+    ServedCommands(const BackendChoice& choice, const DeviceConfigFile& device,
+                   const std::string& stateDir)
+    {
+        if (choice.embedded) {
+            backEnd_.emplace(device, backend::alarmFileIn(stateDir));
+        }
+    }
+
+    backend::CommandServer& commands() { return backEnd_ ? backEnd_->commands() : own_; }
+    backend::BackgroundWork* work() { return backEnd_ ? &*backEnd_ : nullptr; }
+
+private:
+    std::optional<backend::BackEnd> backEnd_;
+    backend::CommandServer own_;
 };
 
 /// The module with its MIB description, ready to be served.
@@ -103,6 +137,11 @@ public:
             agent.serve(std::make_unique<TableSource>(tableAt(id), std::move(handler)));
         }
     }
+
+    const MibDescription& mib() const { return mib_; }
+
+    /// What was loaded.
+    std::list<std::string> files() const { return {module_.path(), mib_.path()}; }
 
 private:
     const MibTable& tableAt(const std::string& text) const
@@ -138,14 +177,32 @@ void logSignal(int signal)
     }
 }
 
-void serveUntilStopped(SnmpAgent& agent, const StopSignals& signals)
+void serveUntilStopped(SnmpAgent& agent, const std::vector<LoopWatcher*>& watchers,
+                       const StopSignals& signals)
 {
     int signal = 0;
     while (signal != SIGTERM && signal != SIGINT) {
-        agent.run(signals.descriptor());
+        agent.run(signals.descriptor(), watchers);
         signal = signals.take();
         logSignal(signal);
     }
+}
+
+/// `commands` has all its commands and outlives the link.
+std::unique_ptr<BackendLink> linkTo(const BackendChoice& choice,
+                                    const backend::CommandServer& commands)
+{
+    const std::shared_ptr<const backend::CommandServer> notOwned(std::shared_ptr<void>(),
+                                                                 &commands);
+    return makeBackendLink(choice, notOwned);
+}
+
+/// What the agent's behaviour follows from, besides its own program.
+std::list<std::string> startFiles(const AgentOptions& options, const ServedModule& module)
+{
+    auto files = module.files();
+    files.insert(files.end(), {options.configFile, options.deviceFile, options.trapSettings});
+    return files;
 }
 
 }  // namespace
@@ -156,7 +213,8 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
     const StateDirectory state(options.stateDir);
-    const InstalledBackend backend(options.backend, device);
+    const auto choice = parseBackendName(options.backend);
+    ServedCommands served(choice, device, options.stateDir);
     const InstalledTrapStore trapStore(options.stateDir);
     const ServedModule module(options.moduleFile, options.mibDir);
 
@@ -166,11 +224,18 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     SnmpAgent agent({options.configFile, persistentDir, options.listen, engine});
     module.serve(agent);
     agent.configure();
+    NotificationService notifications({device,
+                                       options.socket,
+                                       choice.embedded ? options.socket : choice.socketPath,
+                                       {options.trapSettings, &module.mib(), &nameCache()}},
+                                      trapStore.store(), served.commands(), served.work());
+    const InstalledBackend backend(linkTo(choice, served.commands()));
     const auto endpoints = agent.listen();
+    notifications.start(configurationMayHaveChanged(options.stateDir, startFiles(options, module)));
     hostLog()->info("SNMP engine ID {}, boots {}", toHex(engine.id), engine.boots);
     hostLog()->info("ready, listening on {}", endpoints);
     hostLog()->flush();
-    serveUntilStopped(agent, signals);
+    serveUntilStopped(agent, notifications.watchers(), signals);
 }
 
 void checkAgent(const AgentOptions& options)
@@ -178,7 +243,7 @@ void checkAgent(const AgentOptions& options)
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
-    const InstalledBackend backend(options.backend, device);
+    const InstalledBackend backend(makeBackendLink(parseBackendName(options.backend), device));
     const ServedModule module(options.moduleFile, options.mibDir);
 
     const TemporaryDirectory scratch;

@@ -4,9 +4,12 @@ add_executable(talvik-agentd
     agent_options.cpp
     agent_program.cpp
     installation_paths.cpp
+    loop_calls.cpp
     main.cpp
     module_file.cpp
     module_loader.cpp
+    notification_service.cpp
+    receiver_commands.cpp
     state_directory.cpp
     stop_signals.cpp)
 target_link_libraries(talvik-agentd PRIVATE

@@ -2,6 +2,7 @@
 
 #include "framework/snmp_handler.h"
 #include "host/module_file.h"
+#include "host/platform/notification_handlers.h"
 #include "host/snmp/handler_boundary.h"
 #include "host/startup_error.h"
 
@@ -27,6 +28,8 @@ std::string loaderError()
 
 void LoadedModule::Unload::operator()(void* image) const
 {
+    // What the module registered is code of the image.
+    dropNotificationHandlers();
     dlclose(image);
 }
 

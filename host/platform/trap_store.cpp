@@ -8,6 +8,7 @@
 #include "host/platform/trap_rules.h"
 #include "host/startup_error.h"
 
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -94,6 +95,8 @@ public:
         return copies;
     }
 
+    std::uint64_t changes() const { return changes_; }
+
     int create(const tTrapDestInfo& destination, unsigned int index)
     {
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -149,10 +152,11 @@ private:
 
     /// Runs `work`, which changes the file. False, with a line in the log, if it did not.
     template <typename Work>
-    bool store(const char* what, std::uint32_t index, Work work) const
+    bool store(const char* what, std::uint32_t index, Work work)
     {
         try {
             work();
+            ++changes_;
             return true;
         } catch (const SqliteError& error) {
             hostLog()->error("cannot {} trap destination {} in {}: {}. The list stays as it was{}",
@@ -177,6 +181,7 @@ private:
     std::unique_ptr<TrapDatabase> database_;  ///< under mutex_
     Entries entries_;                         ///< under mutex_
     std::uint32_t freeFrom_ = 1;              ///< under mutex_: every lower index is taken
+    std::atomic<std::uint64_t> changes_{0};
 };
 
 TrapStore::TrapStore(const std::string& directory)
@@ -189,6 +194,11 @@ TrapStore::~TrapStore() = default;
 std::list<tTrapDestInfo> TrapStore::all() const
 {
     return list_->all();
+}
+
+std::uint64_t TrapStore::changes() const
+{
+    return list_->changes();
 }
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include "trap/trap_dest_info.h"
 
+#include <cstdint>
 #include <list>
 #include <memory>
 #include <string>
@@ -31,6 +32,9 @@ public:
 
     /// Every destination, by ascending index.
     std::list<tTrapDestInfo> all() const;
+
+    /// How often the list was changed since it was opened. Never waits.
+    std::uint64_t changes() const;
 
     /// Adds `destination` under `index`, or under the lowest free one for `kAnyIndex`; its own
     /// `index` is not looked at. Results: 0 and those of trap_results.h.

@@ -212,9 +212,9 @@ std::string SnmpAgent::listen()
     return endpoints;
 }
 
-void SnmpAgent::run(int stopFd)
+void SnmpAgent::run(int stopFd, const std::vector<LoopWatcher*>& watchers)
 {
-    serveUntilReadable(stopFd);
+    serveUntilReadable(stopFd, watchers);
 }
 
 }  // namespace talvik

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/loop_watcher.h"
 #include "host/snmp/engine_state.h"
 #include "host/snmp/library_log.h"
 #include "host/snmp/request_bridge.h"
@@ -43,8 +44,8 @@ public:
     /// Opens the endpoints and returns them. Throws `StartupError` when one cannot be opened.
     std::string listen();
 
-    /// Serves requests until `stopFd` can be read.
-    void run(int stopFd);
+    /// Serves requests, and `watchers` beside them, until `stopFd` can be read.
+    void run(int stopFd, const std::vector<LoopWatcher*>& watchers = {});
 
 private:
     AgentSettings settings_;

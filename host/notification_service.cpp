@@ -1,0 +1,94 @@
+#include "host/notification_service.h"
+
+#include "backend/system_commands.h"
+#include "host/platform/host_log.h"
+#include "host/receiver_commands.h"
+#include "host/snmp/standard_notifications.h"
+
+#include <utility>
+
+namespace talvik {
+
+/// Passes the list of receivers on whenever it has changed.
+class NotificationService::Receivers : public LoopWatcher {
+public:
+    Receivers(const TrapStore& store, NotificationDispatcher& dispatcher, TrapSender& sender)
+        : store_(store),
+          dispatcher_(dispatcher),
+          sender_(sender)
+    {
+        passOn();
+    }
+
+    std::list<tTrapDestInfo> all() const { return store_.all(); }
+
+    int descriptor() const override { return -1; }
+    Time deadline() const override { return store_.changes() == seen_ ? Time::max() : Time(); }
+    void proceed(bool /*ready*/, Time /*now*/) override { passOn(); }
+
+private:
+    void passOn()
+    {
+        seen_ = store_.changes();
+        const auto receivers = store_.all();
+        dispatcher_.setReceivers(receivers);
+        sender_.setReceivers({receivers.begin(), receivers.end()});
+    }
+
+    const TrapStore& store_;
+    NotificationDispatcher& dispatcher_;
+    TrapSender& sender_;
+    std::uint64_t seen_ = 0;
+};
+
+/// Lets the sender go on with what waits.
+class NotificationService::SenderTurn : public LoopWatcher {
+public:
+    explicit SenderTurn(TrapSender& sender) : sender_(sender) {}
+
+    int descriptor() const override { return -1; }
+    Time deadline() const override { return sender_.deadline(); }
+    void proceed(bool /*ready*/, Time now) override { sender_.proceed(now); }
+
+private:
+    TrapSender& sender_;
+};
+
+NotificationService::NotificationService(const Settings& settings, const TrapStore& store,
+                                         backend::CommandServer& commands,
+                                         backend::BackgroundWork* work)
+    : settings_(settings),
+      commands_(commands),
+      work_(work),
+      sender_(settings.sender),
+      dispatcher_(
+          [this](const Trap& trap, const Delivery& delivery) { sender_.send(trap, delivery); }),
+      receivers_(std::make_unique<Receivers>(store, dispatcher_, sender_)),
+      senderTurn_(std::make_unique<SenderTurn>(sender_)),
+      channel_(settings.backendSocket,
+               backend::commandNumber(settings.device, "SUBSCRIBE_NOTIFICATIONS"),
+               [this](const CTLVRecordV3& record, const Delivery& delivery) {
+                   dispatcher_.dispatch(record, delivery);
+               })
+{
+    addReceiverCommands(commands, settings.device, calls_, sender_);
+}
+
+NotificationService::~NotificationService()
+{
+    calls_.close();
+}
+
+void NotificationService::start(bool cold)
+{
+    server_.emplace(commands_, settings_.ownSocket, work_);
+    const auto all = receivers_->all();
+    sender_.send(cold ? coldStart(all) : warmStart(all), nullptr);
+}
+
+std::vector<LoopWatcher*> NotificationService::watchers()
+{
+    return {receivers_.get(), &calls_, &channel_, senderTurn_.get()};
+}
+
+}  // namespace talvik

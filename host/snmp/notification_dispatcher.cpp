@@ -1,0 +1,170 @@
+#include "host/snmp/notification_dispatcher.h"
+
+#include "framework/notify_msg_handler.h"
+#include "framework/tlv_cell.h"
+#include "framework/tlv_record.h"
+#include "host/platform/host_log.h"
+#include "host/platform/log_text.h"
+#include "host/snmp/handler_boundary.h"
+#include "host/snmp/trap_binding.h"
+#include "platform/notify_handler.h"
+
+#include <agent_pp/snmp_pp_ext.h>
+
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <utility>
+
+namespace talvik {
+
+namespace {
+
+constexpr unsigned short kAlarmIdTag = 1;
+constexpr unsigned short kClearTimeTags[] = {6, 5};
+constexpr unsigned short kEventFlagTag = 73;
+constexpr std::uint64_t kRecordWithEventFlag = 0xD00C900B6;
+
+/// The last argument of `getTrapOid`.
+enum class Category : unsigned short { Fault = 1, Clear = 2, Event = 3 };
+
+unsigned long long numberAt(const CTLVRecordV3& record, unsigned short tag)
+{
+    const auto* const cell = record[tag];
+    cell->checkNumerical();
+    return CTLVCell::ValueCast<unsigned long long>()(cell);
+}
+
+Category categoryOf(const CTLVRecordV3& record)
+{
+    for (const auto tag : kClearTimeTags) {
+        if (numberAt(record, tag) != 0) {
+            return Category::Clear;
+        }
+    }
+    const bool isEvent =
+        record.ullRecordId == kRecordWithEventFlag && numberAt(record, kEventFlagTag) == 1;
+    return isEvent ? Category::Event : Category::Fault;
+}
+
+/// Rows in the order of their numbers, whatever their number of digits.
+std::string keyOf(const tTrapDestInfo& receiver)
+{
+    constexpr int kDigits = 10;
+    std::ostringstream key;
+    key << std::setw(kDigits) << std::setfill('0') << receiver.index;
+    return key.str();
+}
+
+/// What a handler says of one record.
+class Answer {
+public:
+    /// False when the handler makes no notification of it; its own log lines say why.
+    bool build(INotifyMsgHandler& handler, const CTLVRecordV3& record)
+    {
+        Agentpp::Vbx* made = nullptr;
+        int result = 0;
+        const auto failure =
+            callHandler([&] { result = handler.constructAlarmTrapVb(record, made); });
+        bindings_.reset(made);
+        if (failure) {
+            problem_ = *failure;
+        }
+        return !failure && result == 0 && made != nullptr;
+    }
+
+    /// False with `problem()` when it cannot be sent.
+    bool complete(INotifyMsgHandler& handler, const CTLVRecordV3& record,
+                  const std::map<std::string, tTrapDestInfo>& receivers)
+    {
+        int count = 0;
+        const auto failure = callHandler([&] {
+            count = handler.getTrapVbLen();
+            const auto category = static_cast<unsigned short>(categoryOf(record));
+            trap_.id = toObjectId(handler.getTrapOid(numberAt(record, kAlarmIdTag), category));
+            handler.filterTrapMap(receivers, trap_.receivers);
+        });
+        if (failure) {
+            problem_ = *failure;
+            return false;
+        }
+        if (trap_.id.size() < 2 || trap_.id.size() > kMaxObjectIdLength) {
+            problem_ = "its OID has " + std::to_string(trap_.id.size()) +
+                       " sub-identifiers, 2 to 128 are due (look at the alarm's \"alarmOid\" in "
+                       "the catalogue)";
+            return false;
+        }
+        return takeBindings(count);
+    }
+
+    const Trap& trap() const { return trap_; }
+    const std::string& problem() const { return problem_; }
+
+private:
+    bool takeBindings(int count)
+    {
+        for (int at = 0; at < count; ++at) {
+            std::string problem;
+            auto binding = toTrapBinding(bindings_[static_cast<std::size_t>(at)], problem);
+            if (!binding) {
+                problem_ = "binding " + std::to_string(at + 1) + ": " + problem;
+                return false;
+            }
+            trap_.bindings.push_back(std::move(*binding));
+        }
+        return true;
+    }
+
+    std::unique_ptr<Agentpp::Vbx[]> bindings_;
+    Trap trap_;
+    std::string problem_;
+};
+
+std::string alarmOf(const CTLVRecordV3& record)
+{
+    std::string text = "an alarm record without a readable id";
+    const auto ignored =
+        callHandler([&] { text = "alarm " + std::to_string(numberAt(record, kAlarmIdTag)); });
+    static_cast<void>(ignored);  // the text says it
+    return text;
+}
+
+}  // namespace
+
+NotificationDispatcher::NotificationDispatcher(Sink sink) : sink_(std::move(sink)) {}
+
+void NotificationDispatcher::setReceivers(const std::list<tTrapDestInfo>& receivers)
+{
+    receivers_.clear();
+    for (const auto& receiver : receivers) {
+        receivers_.emplace(keyOf(receiver), receiver);
+    }
+}
+
+void NotificationDispatcher::dispatch(const CTLVRecordV3& record, const Delivery& delivery)
+{
+    for (auto* const handler : CNotifyHandler::instance()->handlers()) {
+        offer(*handler, record, delivery);
+    }
+}
+
+void NotificationDispatcher::offer(INotifyMsgHandler& handler, const CTLVRecordV3& record,
+                                   const Delivery& delivery)
+{
+    Answer answer;
+    const bool sendable =
+        answer.build(handler, record) && answer.complete(handler, record, receivers_);
+    if (!sendable) {
+        ++refused_;
+        if (!answer.problem().empty()) {
+            hostLog()->error("no trap for {}: {}", alarmOf(record), oneLine(answer.problem()));
+        }
+        return;
+    }
+    ++built_;
+    if (!answer.trap().receivers.empty()) {
+        sink_(answer.trap(), delivery);
+    }
+}
+
+}  // namespace talvik

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "host/snmp/trap.h"
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <string>
+
+class CTLVRecordV3;
+class INotifyMsgHandler;
+
+namespace talvik {
+
+/// Offers each alarm record to the registered notification handlers, in their order, and hands on
+/// the notification that each of them builds. On one thread.
+class NotificationDispatcher {
+public:
+    /// Takes what a handler built, for receivers that are not empty.
+    using Sink = std::function<void(const Trap& trap, const Delivery& delivery)>;
+
+    explicit NotificationDispatcher(Sink sink);
+
+    /// The trap destinations as they are from now on.
+    void setReceivers(const std::list<tTrapDestInfo>& receivers);
+
+    /// A handler that fails, or whose notification cannot be sent, is logged and left out; the
+    /// others go on. Whatever a handler throws ends here, but for allocation failures of the host's
+    /// own.
+    void dispatch(const CTLVRecordV3& record, const Delivery& delivery);
+
+    /// How many notifications went to the sink, and how many handlers made none of a record.
+    std::uint64_t built() const { return built_; }
+    std::uint64_t refused() const { return refused_; }
+
+private:
+    void offer(INotifyMsgHandler& handler, const CTLVRecordV3& record, const Delivery& delivery);
+
+    const Sink sink_;
+    std::map<std::string, tTrapDestInfo> receivers_;
+    std::uint64_t built_ = 0;
+    std::uint64_t refused_ = 0;
+};
+
+}  // namespace talvik
