@@ -1,14 +1,15 @@
 #pragma once
 
-#include "host/snmp/engine_discovery.h"
-#include "host/snmp/inform_session.h"
+#include "host/snmp/inform_link.h"
 #include "host/snmp/line_budget.h"
 #include "host/snmp/outgoing_trap.h"
+#include "host/snmp/receiver_address.h"
 #include "host/snmp/trap_sender.h"
 #include "host/snmp/trap_settings.h"
 #include "host/snmp/udp_sender.h"
 #include "host/snmp/usm_users.h"
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -40,7 +41,7 @@ public:
     static constexpr std::size_t kMaxUnderWay = 32;
     static constexpr std::size_t kMaxWaiting = 512;
 
-    /// How long one waits for an address or an engine ID; longer where a single request may.
+    /// How long one waits for an address or an engine ID; longer where a single inform may.
     static constexpr std::chrono::seconds kMaxWait{10};
 
     /// `services` outlives it.
@@ -52,7 +53,7 @@ public:
     TrapReceiver(const TrapReceiver&) = delete;
     TrapReceiver& operator=(const TrapReceiver&) = delete;
 
-    const tTrapDestInfo& row() const { return row_; }
+    const tTrapDestInfo& row() const { return status_.receiver; }
 
     /// Other settings hold from now on. What is under way is sent again by them, if they matter.
     void configure(const TrapSettings& settings);
@@ -79,58 +80,38 @@ private:
         unsigned attempts = 0;
     };
 
-    struct Effective;
-    struct Path;
-
     void pump(Time now);
     bool sendFirst(Time now);
-    bool sendTrap(OutgoingTrap& trap, Time now);
-    bool sendInform(Item& item);
+    void sendTrap(OutgoingTrap& trap, Time now);
+    bool makeKind(TrapMessageKind& kind, Time now, std::string& problem);
+    bool sendInform(Time now);
     void informEnded(Item item, InformEnd end, const std::string& detail);
-
-    bool findAddress();
-    void useAddress(const std::string& address);
-    bool openSession(Time now);
-    bool findEngine(Time now);
-    void takeDiscovery(Time now);
-    void closeSession();
+    void closeLink();
     SessionSettings sessionSettings() const;
-    std::optional<TrapMessageKind> messageKind(Time now, std::string& problem);
 
     void giveUpExpired(Time now);
     void giveUpOldest();
-    void failFirst(const std::string& why);
+    void failed(const std::string& why);
+    void succeeded();
     void setState(const std::string& state);
-    std::string okState() const;
     std::string title() const;
 
-    tTrapDestInfo row_;
     ReceiverServices& services_;
     ReceiverStatus status_;
-
-    std::string community_;
     ReceiverSettings settings_;
+    std::string community_;
     std::optional<std::array<unsigned char, 4>> v1AgentAddress_;
-
-    bool isName_ = false;
-    bool stale_ = false;  ///< the name does not resolve; the address is the last known one
-    std::string address_;
-    std::optional<SocketAddress> to_;
+    ReceiverAddress address_;
 
     std::uint64_t nextNumber_ = 0;
     std::deque<Item> waiting_;
     std::vector<Item> returned_;  ///< informs that are to be sent again
     bool blocked_ = false;        ///< the first waits for an address or an engine ID
     bool overflowing_ = false;    ///< the log says that there is no room
-    Time nextTry_ = Time::max();
-
-    std::string engineId_;
-    std::unique_ptr<EngineDiscovery> discovery_;
-    std::chrono::milliseconds discoveryPause_{0};
-    Time discoverAt_ = Time::min();
     bool engineChanged_ = false;
     bool dying_ = false;
-    std::unique_ptr<InformSession> session_;  // closing it calls back
+    Time nextTry_ = Time::max();
+    InformLink link_;  // the last: closing it calls back
 };
 
 }  // namespace talvik

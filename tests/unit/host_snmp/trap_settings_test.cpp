@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <ostream>
 #include <string>
 
@@ -66,6 +68,17 @@ TEST(TrapSettings, HoldWhatTheFileSays)
     EXPECT_EQ(settings.receivers[1].retries, 0);
     EXPECT_EQ(settings.receivers[1].community, "c");
     EXPECT_EQ(settings.receivers[1].source, "::1");
+}
+
+TEST(TrapSettings, OfTheSampleAreFine)
+{
+    std::ifstream in(std::string(TALVIK_SOURCE_DIR) + "/etc/talvik-traps.json");
+    const std::string text{std::istreambuf_iterator<char>(in), {}};
+
+    const auto settings = parse(text);
+
+    EXPECT_EQ(settings.receivers.size(), 2u);
+    EXPECT_TRUE(settings.users.empty()) << "a sample has no passphrases";
 }
 
 TEST(TrapSettings, OfAnAddressWithThePortComeFirst)
