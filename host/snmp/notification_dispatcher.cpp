@@ -88,6 +88,9 @@ public:
             problem_ = *failure;
             return false;
         }
+        if (trap_.receivers.empty()) {
+            return true;
+        }
         if (trap_.id.size() < 2 || trap_.id.size() > kMaxObjectIdLength) {
             problem_ = "its OID has " + std::to_string(trap_.id.size()) +
                        " sub-identifiers, 2 to 128 are due (look at the alarm's \"alarmOid\" in "

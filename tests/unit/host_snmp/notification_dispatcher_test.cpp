@@ -260,6 +260,15 @@ TEST_F(DispatcherTest, LeavesOutATrapWhoseOidIsNone)
     EXPECT_THAT(log_.lines()[0], HasSubstr("alarm 5: its OID has 0 sub-identifiers"));
 }
 
+TEST_F(DispatcherTest, SaysNothingOfAnOidForNobody)
+{
+    addHandler().trapOid = Snmp_pp::Oid("1.3.None");
+    dispatcher_.setReceivers({receiver("1", 2)});
+    dispatcher_.dispatch(*alarm(), nullptr);
+    EXPECT_THAT(traps_, IsEmpty());
+    EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
 TEST_F(DispatcherTest, LeavesOutATrapWithABindingThatCannotBeSent)
 {
     addHandler().construct = [](const CTLVRecordV3& record, Vbx*& vbs) {
