@@ -1,37 +1,17 @@
 #pragma once
 
 #include "backend/alarm.h"
-#include "backend/protocol.h"
+#include "backend/alarm_book.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace talvik::backend {
-
-/// How much an alarm store takes.
-struct StoreLimits {
-    std::int64_t outbox = 1'000'000;                        ///< notifications
-    std::int64_t history = 100'000;                         ///< rows; the oldest go first
-    std::int64_t historyOctets = std::int64_t{128} << 20U;  ///< of texts; the oldest go first
-    std::int64_t lastSerial = 0xFFFFFFFF;                   ///< no serial number is greater
-};
-
-/// What became of a request: a code of `result`, and the serial number of what was reported.
-struct StoreAnswer {
-    std::uint32_t code = result::kSuccess;
-    std::uint32_t serial = 0;
-};
-
-/// One step of sending active alarms again.
-struct ResendStep {
-    std::uint32_t code = result::kSuccess;
-    std::uint32_t lastSerial = 0;  ///< where the next step goes on
-    std::size_t count = 0;         ///< 0: there are no more
-};
 
 /// The active alarms, their history and the notifications that the host has not acknowledged, kept
 /// on disk: a change has reached the disk before its call returns, its notification in the same
@@ -48,14 +28,13 @@ public:
     /// when the file cannot be used although it is whole: unreadable, in use, or of a later
     /// release. `DurableDatabase::kInMemory` makes a store that ends with the object.
     explicit AlarmStore(const std::string& path, const StoreLimits& limits = StoreLimits());
-    ~AlarmStore();
 
     AlarmStore(const AlarmStore&) = delete;
     AlarmStore& operator=(const AlarmStore&) = delete;
 
     /// `callback` is called, on the thread that changed it, whenever the outbox has grown. It must
     /// not call the store. Set it before other threads know the store.
-    void onChange(std::function<void()> callback);
+    void onChange(std::function<void()> callback) { changed_ = std::move(callback); }
 
     /// Makes `alarm` active and gives it the next serial number: 1 to 2^32 - 1, ever ascending,
     /// across restarts too.
@@ -90,9 +69,13 @@ public:
     bool acknowledge(std::int64_t sequence);
 
 private:
-    class Content;
+    /// Runs `work` on the book alone; says that the outbox has grown when its code is success.
+    template <typename Work>
+    auto change(Work work);
 
-    std::unique_ptr<Content> content_;
+    mutable std::mutex mutex_;
+    mutable AlarmBook book_;  ///< under mutex_
+    std::function<void()> changed_;
 };
 
 }  // namespace talvik::backend

@@ -41,8 +41,14 @@ short ClientSession::events() const
     if (!stream_) {
         return writing() ? POLLOUT : POLLIN;
     }
-    const bool wantsToWrite = writing() || stream_->mayHaveMore();
-    return static_cast<short>(wantsToWrite ? POLLIN | POLLOUT : POLLIN);
+    return static_cast<short>(wantsToWrite() ? POLLIN | POLLOUT : POLLIN);
+}
+
+/// The system takes nothing more long before its buffer is full, so a stream may wait for the
+/// client with nothing half written.
+bool ClientSession::wantsToWrite() const
+{
+    return writing() || (stream_ && stream_->mayHaveMore());
 }
 
 bool ClientSession::wake()
@@ -93,19 +99,20 @@ bool ClientSession::proceedWithStream(Time now)
     return true;
 }
 
-/// Writes one page at most, so that the others have their turn. Returns whether the client has
-/// taken what was left of the one before.
+/// Writes one page at most, so that the others have their turn. Returns whether it moved on: the
+/// page before is written, or there was another one.
 bool ClientSession::sendNotifications()
 {
     try {
         const bool wasWriting = writing();
         flush();
-        const bool wroteOn = wasWriting && !writing();
-        if (!writing()) {
-            output_ = stream_->next();
-            flush();
+        if (writing()) {
+            return false;
         }
-        return wroteOn;
+        output_ = stream_->next();
+        const bool another = writing();
+        flush();
+        return wasWriting || another;
     } catch (const Broken&) {
         // A client that left may have acknowledged until the end; that must not be sent again.
         read();
@@ -193,7 +200,7 @@ void ClientSession::updateDeadlines(Time now, bool wroteOn, bool readOn)
         }
     };
     const bool reading = stream_ || !writing();
-    update(writeBy_, writing(), wroteOn, now + limits_.write);
+    update(writeBy_, wantsToWrite(), wroteOn, now + limits_.write);
     update(readBy_, reading && input_.held() != 0, readOn, now + limits_.package);
 }
 

@@ -66,6 +66,7 @@ public:
 
 private:
     bool writing() const { return written_ < output_.size(); }
+    bool wantsToWrite() const;
     bool proceedWithCommands(Time now);
     bool proceedWithStream(Time now);
     bool read();

@@ -72,6 +72,7 @@ public:
         return u16(static_cast<std::uint16_t>(value.size() + 1)).text(value);
     }
 
+    Wire& u8(std::uint8_t value) { return number(value, 1); }
     Wire& u16(std::uint16_t value) { return number(value, 2); }
     Wire& u32(std::uint32_t value) { return number(value, 4); }
     Wire& u64(std::uint64_t value) { return number(value, 8); }
