@@ -14,7 +14,7 @@ ERRORS = ("noError", "tooBig", "noSuchName", "badValue", "readOnly", "genErr", "
           "undoFailed", "authorizationError", "notWritable", "inconsistentName")
 
 INTEGER, OCTETS, NULL, OBJECT_ID, SEQUENCE = 0x02, 0x04, 0x05, 0x06, 0x30
-GAUGE = 0x42
+GAUGE, TIME_TICKS, COUNTER64 = 0x42, 0x43, 0x46
 NO_SUCH_OBJECT, NO_SUCH_INSTANCE, END_OF_VIEW = 0x80, 0x81, 0x82
 GET, GET_NEXT, RESPONSE, SET, GET_BULK = 0xA0, 0xA1, 0xA2, 0xA3, 0xA5
 

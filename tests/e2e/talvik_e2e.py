@@ -101,12 +101,12 @@ def wait_until(condition, what, limit=LIMIT):
 class Daemon:
     """A program under test that runs until it is stopped. Its log goes to a file in the test's folder."""
 
-    def __init__(self, folder, name, command):
+    def __init__(self, folder, name, command, environment=None):
         self.log_path = folder / f"{name}.log"
         self.command = [str(part) for part in command]
         with open(self.log_path, "ab") as log:
             self.process = subprocess.Popen(self.command, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
-                                            cwd=folder, close_fds=True)
+                                            cwd=folder, close_fds=True, env=environment)
 
     def log(self):
         return self.log_path.read_text(errors="replace")
@@ -149,9 +149,9 @@ class Daemon:
 class Agent(Daemon):
     """talvik-agentd, ready to answer."""
 
-    def __init__(self, folder, port, arguments):
+    def __init__(self, folder, port, arguments, environment=None):
         self.port = port
-        super().__init__(folder, f"agentd-{time.monotonic_ns()}", [BIN / "talvik-agentd", *arguments])
+        super().__init__(folder, f"agentd-{time.monotonic_ns()}", [BIN / "talvik-agentd", *arguments], environment)
         self.wait_for_log("ready, listening on")
 
 
@@ -204,9 +204,9 @@ class TalvikTest(unittest.TestCase):
         options.update({name.replace("_", "-"): value for name, value in changes.items()})
         return [part for name, value in options.items() if value is not None for part in (f"--{name}", str(value))]
 
-    def start_agent(self, port=None, **changes):
+    def start_agent(self, port=None, environment=None, **changes):
         port = port or free_port()
-        return self.keep(Agent(self.folder, port, self.arguments(port, **changes)))
+        return self.keep(Agent(self.folder, port, self.arguments(port, **changes), environment))
 
     def start_backend(self, socket_path):
         daemon = self.keep(Daemon(self.folder, f"backendd-{time.monotonic_ns()}",
