@@ -30,7 +30,7 @@ public:
         services_.users.replace(settings_.users);
     }
 
-    void send(const Trap& trap, const Delivery& delivery, Time now);
+    void send(Trap trap, const Delivery& delivery, Time now);
     void setReceivers(const std::vector<tTrapDestInfo>& rows);
     std::vector<ReceiverStatus> status() const;
     Time deadline() const;
@@ -39,7 +39,7 @@ public:
 private:
     TrapReceiver* find(const tTrapDestInfo& row);
     void lookAtFile(Time now);
-    void reportCuts(const Trap& trap, const std::vector<TextCut>& cuts);
+    void reportCuts(const TrapContent& trap, const std::vector<TextCut>& cuts);
     std::string nameOf(const ObjectId& id) const;
 
     const MibDescription* mib_;
@@ -50,17 +50,17 @@ private:
     std::vector<std::unique_ptr<TrapReceiver>> receivers_;
 };
 
-void TrapSender::Outgoing::send(const Trap& trap, const Delivery& delivery, Time now)
+void TrapSender::Outgoing::send(Trap trap, const Delivery& delivery, Time now)
 {
     lookAtFile(now);
-    TrapContent content{trap.id, netsnmp_get_agent_uptime(), trap.bindings};
+    TrapContent content{std::move(trap.id), netsnmp_get_agent_uptime(), std::move(trap.bindings)};
     const auto cuts = fitTexts(content.id, content.bindings);
     if (cuts && !cuts->empty()) {
-        reportCuts(trap, *cuts);
+        reportCuts(content, *cuts);
     }
     if (!cuts && lines_.take()) {
         hostLog()->error("trap {}: takes more than {} octets even without its texts; not sent",
-                         toText(trap.id), kMaxTrapMessage);
+                         toText(content.id), kMaxTrapMessage);
     }
     const auto outgoing = std::make_shared<OutgoingTrap>(std::move(content));
     for (const auto& row : trap.receivers) {
@@ -117,7 +117,7 @@ std::vector<ReceiverStatus> TrapSender::Outgoing::status() const
 TrapSender::Time TrapSender::Outgoing::deadline() const
 {
     if (services_.workDue) {
-        return Time::min();
+        return Time();  // long past, and far enough from `Time::min()` to reckon with
     }
     auto earliest = Time::max();
     for (const auto& receiver : receivers_) {
@@ -151,7 +151,7 @@ void TrapSender::Outgoing::lookAtFile(Time now)
     }
 }
 
-void TrapSender::Outgoing::reportCuts(const Trap& trap, const std::vector<TextCut>& cuts)
+void TrapSender::Outgoing::reportCuts(const TrapContent& trap, const std::vector<TextCut>& cuts)
 {
     if (!lines_.take()) {
         return;
@@ -180,9 +180,9 @@ TrapSender::TrapSender(const Settings& settings) : outgoing_(std::make_unique<Ou
 
 TrapSender::~TrapSender() = default;
 
-void TrapSender::send(const Trap& trap, const Delivery& delivery)
+void TrapSender::send(Trap trap, const Delivery& delivery)
 {
-    outgoing_->send(trap, delivery, std::chrono::steady_clock::now());
+    outgoing_->send(std::move(trap), delivery, std::chrono::steady_clock::now());
 }
 
 void TrapSender::setReceivers(const std::vector<tTrapDestInfo>& receivers)

@@ -55,7 +55,7 @@ public:
     /// Sends `trap` to its receivers, or queues it for those that cannot take it now. `delivery` is
     /// held until every receiver has it or was given up. Receivers that `setReceivers` did not name
     /// get nothing but a line in the log. Throws nothing but allocation failures.
-    void send(const Trap& trap, const Delivery& delivery);
+    void send(Trap trap, const Delivery& delivery);
 
     /// The receivers as they are now: what is under way to one that is gone is given up, counters
     /// of new ones begin at 0, those of rows that are the same in every column go on.
@@ -64,7 +64,7 @@ public:
     /// In the order of `setReceivers`.
     std::vector<ReceiverStatus> status() const;
 
-    /// When `proceed` is due next: `Time::min()` for at once, after an answer to an inform came;
+    /// When `proceed` is due next: a time in the past after an answer to an inform came;
     /// `Time::max()` for never.
     Time deadline() const;
 
