@@ -56,11 +56,11 @@ class NotificationTest(TrapTest):
         """An agent with its back end embedded, unless `changes` say otherwise."""
         return self.start_agent(trap_settings=self.settings, environment=dict(os.environ, TZ=self.zone), **changes)
 
-    def snmptrapd(self, config=""):
-        return self.keep(Snmptrapd(self.folder, config))
+    def snmptrapd(self, config="", port=None):
+        return self.keep(Snmptrapd(self.folder, config, port))
 
-    def trap_socket(self, reads=True):
-        receiver = TrapSocket(reads)
+    def trap_socket(self, **others):
+        receiver = TrapSocket(**others)
         self.addCleanup(receiver.close)
         return receiver
 

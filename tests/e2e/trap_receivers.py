@@ -139,14 +139,14 @@ def decode(datagram):
 class TrapSocket:
     """A receiver that takes every datagram at once and looks at it later. It answers nothing."""
 
-    def __init__(self, reads=True):
+    def __init__(self, reads=True, address=("127.0.0.1", 0)):
         self.datagrams = []
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         try:
             self.socket.setsockopt(socket.SOL_SOCKET, FORCE_RECEIVE_BUFFER, 1 << 26)
         except PermissionError:
             self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 1 << 26)  # as much as is allowed
-        self.socket.bind(("127.0.0.1", 0))
+        self.socket.bind(address)
         self.port = self.socket.getsockname()[1]
         self.thread = None
         if reads:
@@ -183,6 +183,6 @@ class TrapSocket:
     def close(self):
         if self.thread:
             with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as waker:
-                waker.sendto(b"", ("127.0.0.1", self.port))
+                waker.sendto(b"", self.socket.getsockname())
             self.thread.join(LIMIT)
         self.socket.close()
