@@ -19,6 +19,9 @@ constexpr int kExitUsage = 2;  ///< wrong usage, or a file that the command need
 /// Throws `StartupError`.
 using Action = std::function<int()>;
 
+/// Adds `talvikctl alarm ...`.
+void addAlarmCommands(CLI::App& talvikctl, Action& action);
+
 /// Adds `talvikctl backend ...`.
 void addBackendCommands(CLI::App& talvikctl, Action& action);
 

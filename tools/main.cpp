@@ -18,9 +18,11 @@ int run(int argc, char** argv)
     app.require_subcommand(1);
     app.footer("Examples:\n"
                "  talvikctl backend status --socket /run/talvik/backend.sock\n"
+               "  talvikctl alarm raise 501010001 --param DAE000 --param 7\n"
                "  talvikctl trap list\n"
                "  talvikctl trap add --help");
     Action action;
+    addAlarmCommands(app, action);
     addBackendCommands(app, action);
     addCatalogueCommands(app, action);
     addTrapCommands(app, action);

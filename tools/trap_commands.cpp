@@ -1,4 +1,5 @@
 #include "tools/command.h"
+#include "tools/receiver_commands.h"
 #include "tools/snmp_options.h"
 #include "tools/trap_actions.h"
 #include "tools/trap_destination.h"
@@ -178,6 +179,7 @@ void addTrapCommands(CLI::App& talvikctl, Action& action)
     addAdd(*trap, action);
     addModify(*trap, action);
     addRemove(*trap, action);
+    addReceiverCommands(*trap, action);
 }
 
 }  // namespace talvik::ctl

@@ -1,10 +1,10 @@
 #include "tools/trap_output.h"
 
 #include "tools/safe_text.h"
+#include "tools/text_table.h"
 #include "tools/trap_names.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <optional>
 
@@ -13,8 +13,6 @@ namespace talvik::ctl {
 namespace {
 
 constexpr const char* kNotShown = "?";
-constexpr std::size_t kColumns = 7;
-using Line = std::array<std::string, kColumns>;
 
 std::string shown(const std::optional<std::string>& text)
 {
@@ -31,7 +29,7 @@ std::string shownUsable(const std::optional<std::string>& usable)
     return usable == kUnresolved ? "does not resolve" : shown(usable);
 }
 
-Line lineOf(const TrapDestination& row)
+TableLine lineOf(const TrapDestination& row)
 {
     return {std::to_string(row.index),
             shown(row.address),
@@ -40,27 +38,6 @@ Line lineOf(const TrapDestination& row)
             shownCode(row.type, trapTypeName),
             shown(row.user),
             shownUsable(row.usable)};
-}
-
-std::string aligned(const std::vector<Line>& lines)
-{
-    std::array<std::size_t, kColumns> widths{};
-    for (const auto& line : lines) {
-        for (std::size_t i = 0; i < kColumns; ++i) {
-            widths[i] = std::max(widths[i], shownLength(line[i]));
-        }
-    }
-    std::string text;
-    for (const auto& line : lines) {
-        for (std::size_t i = 0; i < kColumns; ++i) {
-            text += line[i];
-            if (i + 1 < kColumns) {
-                text.append(widths[i] - shownLength(line[i]) + 2, ' ');
-            }
-        }
-        text += '\n';
-    }
-    return text;
 }
 
 Json::Value jsonOf(const std::optional<std::string>& text)
@@ -100,9 +77,10 @@ std::string trapTableText(const std::vector<TrapDestination>& destinations)
     if (destinations.empty()) {
         return "no trap destinations\n";
     }
-    std::vector<Line> lines = {{"INDEX", "ADDRESS", "PORT", "VERSION", "TYPE", "USER", "USABLE"}};
+    std::vector<TableLine> lines = {
+        {"INDEX", "ADDRESS", "PORT", "VERSION", "TYPE", "USER", "USABLE"}};
     std::transform(destinations.begin(), destinations.end(), std::back_inserter(lines), lineOf);
-    return aligned(lines);
+    return alignedTable(lines);
 }
 
 Json::Value trapTableJson(const std::string& agent,

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "tools/alarm_input.h"
+#include "tools/socket_client.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace talvik::ctl {
+
+/// What a `talvikctl alarm` command was asked.
+struct AlarmOptions {
+    SocketOptions socket;
+    AlarmReport report;                   ///< of raise and event, without the parameters
+    std::vector<std::string> parameters;  ///< of raise and event
+    std::vector<std::uint32_t> serials;   ///< of clear
+    std::string scenario;                 ///< the file
+    bool keepGoing = false;               ///< of scenario
+};
+
+/// Each carries its command out, prints what came of it and returns the exit status. They throw
+/// `StartupError` when a file or the socket path cannot be used.
+int runAlarmRaise(const AlarmOptions& options);
+int runAlarmEvent(const AlarmOptions& options);
+int runAlarmClear(const AlarmOptions& options);
+int runAlarmResend(const AlarmOptions& options);
+int runAlarmScenario(const AlarmOptions& options);
+
+}  // namespace talvik::ctl
