@@ -4,6 +4,7 @@
 #include "tools/catalogue/finding_report.h"
 #include "tools/catalogue/json_document.h"
 #include "tools/command.h"
+#include "tools/safe_text.h"
 
 #include <CLI/CLI.hpp>
 #include <json/json.h>
@@ -85,16 +86,16 @@ void printAsJson(const Expansion& expansion)
     root["shown"] = expansion.shown;
     if (expansion.shown) {
         root["trapAlarmId"] = expansion.shownId;
-        root["name"] = expansion.name;
-        root["location"] = expansion.location;
-        root["detail"] = expansion.detail;
-        root["suggestion"] = expansion.suggestion;
+        root["name"] = validUtf8(expansion.name);
+        root["location"] = validUtf8(expansion.location);
+        root["detail"] = validUtf8(expansion.detail);
+        root["suggestion"] = validUtf8(expansion.suggestion);
     }
     root["log"] = Json::Value(Json::arrayValue);
     for (const auto& line : expansion.log) {
         Json::Value entry;
         entry["level"] = levelOf(line);
-        entry["text"] = line.text;
+        entry["text"] = validUtf8(line.text);
         root["log"].append(entry);
     }
     Json::StreamWriterBuilder writer;
@@ -106,15 +107,16 @@ void printAsJson(const Expansion& expansion)
 void printTexts(const Expansion& expansion)
 {
     if (expansion.shown) {
-        std::cout << "name        " << expansion.name << "\nlocation    " << expansion.location
-                  << "\ndetail      " << expansion.detail << "\nsuggestion  "
-                  << expansion.suggestion << '\n';
+        std::cout << "name        " << printable(expansion.name) << "\nlocation    "
+                  << printable(expansion.location) << "\ndetail      "
+                  << printable(expansion.detail) << "\nsuggestion  "
+                  << printable(expansion.suggestion) << '\n';
     } else {
         std::cout << "The module does not show alarm " << expansion.id << ".\n";
     }
     for (const auto& line : expansion.log) {
         std::cout << "the module logs a" << (line.isError ? "n " : " ") << levelOf(line) << ": "
-                  << line.text << '\n';
+                  << printable(line.text) << '\n';
     }
 }
 

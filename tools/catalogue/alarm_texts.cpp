@@ -2,9 +2,11 @@
 
 #include "alarmconfig/alarm_substitution.h"
 #include "alarmconfig/step_log.h"
+#include "platform/number_text.h"
 
 #include <algorithm>
-#include <charconv>
+#include <cstdlib>
+#include <set>
 
 namespace talvik::ctl {
 
@@ -12,6 +14,7 @@ namespace {
 
 constexpr auto kNowhere = std::string_view::npos;
 constexpr unsigned kSampleFields = 100;
+constexpr std::size_t kFurthestBrace = 7;  // from the start of the "##"
 
 bool isDigit(char character)
 {
@@ -35,20 +38,27 @@ bool PlaceholderText::isTwoDigits() const
 
 unsigned PlaceholderText::number() const
 {
-    unsigned read = 0;
-    std::from_chars(position.data(), position.data() + position.size(), read);
-    return read;
+    return KelUtility::StrToUint(std::string(position));
+}
+
+unsigned PlaceholderText::shownNumber() const
+{
+    return static_cast<unsigned>(std::strtol(std::string(position).c_str(), nullptr, 10));
 }
 
 std::vector<PlaceholderText> placeholdersIn(std::string_view text, bool skipBlocks)
 {
     const auto blocks = skipBlocks ? blocksIn(text) : std::vector<Block>();
     std::vector<PlaceholderText> found;
-    for (auto at = text.find(kPlaceholderMark); at != kNowhere;
-         at = text.find(kPlaceholderMark, at + kPlaceholderMark.size())) {
+    auto at = text.find(kPlaceholderMark);
+    while (at != kNowhere) {
+        auto behind = at + kPlaceholderMark.size();
         if (!isInside(blocks, at)) {
-            found.push_back({at, text.substr(at + kPlaceholderMark.size(), kPositionDigits)});
+            const auto position = text.substr(behind, kPositionDigits);
+            found.push_back({at, position});
+            behind += std::min(position.find('{'), position.size());  // it may look like a mark
         }
+        at = text.find(kPlaceholderMark, behind);
     }
     return found;
 }
@@ -61,6 +71,28 @@ std::vector<Block> blocksIn(std::string_view text)
         const auto close = text.find('}', open);
         found.push_back({open, close});
         open = close == kNowhere ? kNowhere : text.find('{', close);
+    }
+    return found;
+}
+
+DetailMarks marksIn(std::string_view detail)
+{
+    DetailMarks found{{}, kNowhere};
+    std::set<unsigned> seen;
+    for (auto at = detail.find(kPlaceholderMark); at != kNowhere;
+         at = detail.find(kPlaceholderMark, at + kPlaceholderMark.size())) {
+        const PlaceholderText mark{at,
+                                   detail.substr(at + kPlaceholderMark.size(), kPositionDigits)};
+        const auto open = detail.find('{', mark.at);
+        const bool isNear = open != kNowhere && open - mark.at <= kFurthestBrace;
+        const auto close = detail.find('}', mark.at);
+        if (mark.position.empty() || (isNear && close == kNowhere)) {
+            found.stop = mark.at;
+            break;
+        }
+        const bool takes = isNear && open < close;
+        found.marks.push_back(
+            {mark.at, mark.number(), seen.insert(mark.number()).second, takes ? open : kNowhere});
     }
     return found;
 }
@@ -93,6 +125,13 @@ std::vector<MapItem> itemsIn(std::string_view detail, const Block& block)
     return items;
 }
 
+bool EnumeratedParameter::isWellFormed() const
+{
+    const auto digits = item.substr(0, item.find('='));
+    return !digits.empty() && std::all_of(digits.begin(), digits.end(), isDigit) &&
+           position < kSampleFields && !type.empty() && type.front() != ' ' && type.back() != ' ';
+}
+
 std::vector<EnumeratedParameter> enumeratedParameters(const Definition& definition)
 {
     const std::string_view text = definition.of(Member::ParamDesc).text;
@@ -101,11 +140,10 @@ std::vector<EnumeratedParameter> enumeratedParameters(const Definition& definiti
         const auto end = std::min(text.find(',', at), text.size());
         const auto item = text.substr(at, end - at);
         const auto sign = item.find('=');
-        unsigned position = 0;
-        const auto* digitsEnd = item.data() + std::min(sign, item.size());
-        const auto read = std::from_chars(item.data(), digitsEnd, position);
-        if (sign != kNowhere && read.ec == std::errc() && read.ptr == digitsEnd) {
-            found.push_back({at, position, std::string(item.substr(sign + 1))});
+        if (sign != kNowhere) {
+            const auto position = std::strtol(std::string(item).c_str(), nullptr, 10);
+            found.push_back(
+                {at, item, static_cast<unsigned>(position), std::string(item.substr(sign + 1))});
         }
         at = end + 1;
     }

@@ -36,7 +36,9 @@ CheckResult checkCatalogue(const JsonDocument& definitions, const JsonDocument* 
         result.enumerations = types->size();
     }
     for (const auto& alarm : alarms) {
-        checkDefinition(definitions, alarm, types ? &*types : nullptr, findings);
+        if (!alarm.isIgnored) {
+            checkDefinition(definitions, alarm, types ? &*types : nullptr, findings);
+        }
     }
     result.alarms = alarms.size();
     findings.sort(definitions.path());

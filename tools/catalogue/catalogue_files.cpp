@@ -3,8 +3,10 @@
 #include "tools/catalogue/finding_kinds.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <set>
 #include <utility>
 
 namespace talvik::ctl {
@@ -157,6 +159,25 @@ private:
     Json::ArrayIndex lost_ = 1;
 };
 
+Definition readId(ArrayReader& reader, const Json::Value& element)
+{
+    Definition definition;
+    definition.element = &element;
+    auto& text = definition.texts.at(static_cast<std::size_t>(Member::EventId));
+    text = reader.text(element, nameOf(Member::EventId));
+    definition.id = static_cast<std::uint64_t>(std::strtoll(text.text.c_str(), nullptr, 10));
+    return definition;
+}
+
+void readTexts(ArrayReader& reader, Definition& definition)
+{
+    for (std::size_t member = 0; member < kMemberNames.size(); ++member) {
+        if (member != static_cast<std::size_t>(Member::EventId)) {
+            definition.texts.at(member) = reader.text(*definition.element, kMemberNames.at(member));
+        }
+    }
+}
+
 Literal readLiteral(ArrayReader& reader, const Json::Value& member)
 {
     constexpr const char* kNames[] = {"value", "name"};
@@ -172,12 +193,17 @@ Enumeration readEnumeration(ArrayReader& reader, const Json::Value& element)
     Enumeration read;
     read.element = &element;
     read.name = reader.requiredText(element, "name", "enumeration");
+    if (read.name.value == nullptr && !read.name.isWrong) {
+        return read;  // the module does not look at its members
+    }
     const auto& members = element["enum_member"];
+    read.hasWrongMembers = element.isMember("enum_member") && !members.isArray();
     if (members.isObject() && !members.empty()) {
         reader.addWrongType(members, "\"enum_member\"", "an array of objects");
-        return read;
+    } else if (read.hasWrongMembers) {
+        reader.isArray(members, "enum_member");
     }
-    if (element.isMember("enum_member") && !reader.isArray(members, "enum_member")) {
+    if (read.hasWrongMembers) {
         return read;
     }
     for (const auto& member : members) {
@@ -217,6 +243,7 @@ std::vector<Definition> readDefinitions(const JsonDocument& file, Findings& find
     if (param == nullptr || !reader.isArray(*param, "param")) {
         return definitions;
     }
+    std::set<std::uint64_t> ids;
     for (Json::ArrayIndex i = 0; i < param->size(); ++i) {
         const auto& element = (*param)[i];
         reader.at(*param, i);
@@ -224,10 +251,11 @@ std::vector<Definition> readDefinitions(const JsonDocument& file, Findings& find
             continue;
         }
         reader.addUnknownMembers(element, kMemberNames.data(), kMemberNames.size());
-        Definition definition;
-        definition.element = &element;
-        for (std::size_t member = 0; member < kMemberNames.size(); ++member) {
-            definition.texts.at(member) = reader.text(element, kMemberNames.at(member));
+        auto definition = readId(reader, element);
+        const bool hasId = !definition.of(Member::EventId).isWrong;
+        definition.isIgnored = hasId && !ids.insert(definition.id).second;
+        if (!definition.isIgnored) {
+            readTexts(reader, definition);
         }
         definitions.push_back(std::move(definition));
     }

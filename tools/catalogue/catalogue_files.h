@@ -30,7 +30,8 @@ struct CatalogueText {
 
 struct Definition {
     const Json::Value* element = nullptr;
-    std::uint64_t id = 0;
+    std::uint64_t id = 0;    ///< as the module reads it; 0 for none
+    bool isIgnored = false;  ///< the id is defined before, so the module looks no further
     std::array<CatalogueText, kMemberNames.size()> texts;
 
     const CatalogueText& of(Member member) const
@@ -57,6 +58,7 @@ struct Literal {
 struct Enumeration {
     const Json::Value* element = nullptr;
     CatalogueText name;
+    bool hasWrongMembers = false;  ///< "enum_member" is there and no array
     std::vector<Literal> literals;
 };
 

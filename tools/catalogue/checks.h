@@ -5,15 +5,23 @@
 /// The rules that a catalogue is checked against, one source a subject.
 namespace talvik::ctl {
 
-/// Looks at ids and puts what the module makes of them into the definitions.
-void checkIds(const JsonDocument& file, std::vector<Definition>& definitions, Findings& findings);
+/// Looks at the ids.
+void checkIds(const JsonDocument& file, const std::vector<Definition>& definitions,
+              Findings& findings);
 
 /// Looks at the trap OIDs.
 void checkOids(const JsonDocument& file, const std::vector<Definition>& definitions,
                Findings& findings);
 
-/// Looks at one text of a definition or at a literal: characters that managers cannot show.
+/// What a string of the files is for.
+enum class Use { Shown, Internal };
+
+/// Looks at one string of the files: characters that managers cannot show, or nobody sees.
 void checkCharacters(const JsonDocument& file, const Json::Value& value, const std::string& subject,
+                     Use use, Findings& findings);
+
+/// Looks at a value map's item or a literal: a text that operators take for a missing value.
+void checkShownValue(const std::string& shown, const std::string& subject, Place place,
                      Findings& findings);
 
 /// Looks at the texts of a definition as they are, without their placeholders.

@@ -2,6 +2,7 @@
 
 #include "tools/catalogue/alarm_texts.h"
 #include "tools/catalogue/finding_kinds.h"
+#include "tools/catalogue/value_trial.h"
 
 #include <algorithm>
 #include <map>
@@ -10,8 +11,6 @@
 namespace talvik::ctl {
 
 namespace {
-
-constexpr unsigned kLastPosition = 99;  // the last that a placeholder can name
 
 /// Looks at "paramDesc" of one definition.
 class ParamDescChecks {
@@ -30,16 +29,19 @@ public:
         for (std::size_t at = 0; at < text_.size();) {
             const auto end = std::min(text_.find(',', at), text_.size());
             const auto item = text_.substr(at, end - at);
-            if (!item.empty() && text_ != "None" && !isWellFormed(item, at)) {
-                add(kind::kParamDescItem, at,
-                    "\"" + item + "\" " +
-                        (item.find('=') == std::string::npos
-                             ? "has no \"=\", so the module skips it"
-                             : "is not of the form position=Type, so the module looks for a "
-                               "parameter or an enumeration that is not meant"),
-                    "write items as 0=DiskState, with positions from 0 to 99 and without blanks");
+            if (!item.empty() && text_ != "None" && item.find('=') == std::string::npos) {
+                addForm(at, "\"" + item + "\" has no \"=\", so the module skips it");
             }
             at = end + 1;
+        }
+        for (const auto& parameter : parameters_) {
+            if (!parameter.isWellFormed()) {
+                addForm(parameter.at, "\"" + std::string(parameter.item) +
+                                          "\" is not of the form position=Type: the module reads "
+                                          "position " +
+                                          std::to_string(parameter.position) +
+                                          " and enumeration \"" + parameter.type + "\"");
+            }
         }
     }
 
@@ -47,10 +49,13 @@ public:
     {
         std::set<unsigned> used;
         for (const auto member : {Member::Location, Member::Detail, Member::Suggestion}) {
-            for (const auto& placeholder :
-                 placeholdersIn(definition_.of(member).text, member == Member::Detail)) {
+            for (const auto& placeholder : placeholdersIn(definition_.of(member).text, false)) {
                 used.insert(placeholder.number());
+                used.insert(placeholder.shownNumber());
             }
+        }
+        for (const auto& mark : marksIn(definition_.of(Member::Detail).text).marks) {
+            used.insert(mark.number);
         }
         std::set<unsigned> seen;
         for (const auto& parameter : parameters_) {
@@ -62,7 +67,7 @@ public:
                         "literal, which is looked for in " +
                         parameter.type,
                     "keep one of the two items");
-            } else if (used.count(parameter.position) == 0 && parameter.position <= kLastPosition) {
+            } else if (parameter.isWellFormed() && used.count(parameter.position) == 0) {
                 add(kind::kParamDescUnused, parameter.at,
                     "no text of " + definition_.subject() + " uses parameter " + position,
                     "remove the item, or correct its position: the first parameter is 0");
@@ -76,7 +81,7 @@ public:
             const bool known = std::any_of(
                 enumerations.begin(), enumerations.end(),
                 [&parameter](const auto& each) { return each.name.text == parameter.type; });
-            if (!known && isWellFormed(itemAt(parameter.at), parameter.at)) {
+            if (!known && parameter.isWellFormed()) {
                 add(kind::kUnknownEnumeration, parameter.at,
                     "there is no enumeration \"" + parameter.type + "\": parameter " +
                         std::to_string(parameter.position) + " is shown as the back end sends it",
@@ -86,14 +91,10 @@ public:
     }
 
 private:
-    std::string itemAt(std::size_t at) const { return text_.substr(at, text_.find(',', at) - at); }
-
-    bool isWellFormed(const std::string& item, std::size_t at) const
+    void addForm(std::size_t at, const std::string& message)
     {
-        const auto parameter = std::find_if(parameters_.begin(), parameters_.end(),
-                                            [at](const auto& each) { return each.at == at; });
-        return parameter != parameters_.end() && parameter->position <= kLastPosition &&
-               !parameter->type.empty() && parameter->type.front() != ' ' && item.back() != ' ';
+        add(kind::kParamDescItem, at, message,
+            "write items as 0=DiskState, with positions from 0 to 99 and without blanks");
     }
 
     void add(const FindingKind& kind, std::size_t at, const std::string& message,
@@ -113,24 +114,35 @@ private:
 /// Looks at the enumerations in the file's order, because the first of several literals counts.
 class EnumerationChecks {
 public:
-    EnumerationChecks(const JsonDocument& file, Findings& findings)
+    EnumerationChecks(const JsonDocument& file, const std::vector<Definition>& definitions,
+                      Findings& findings)
         : file_(file),
           findings_(findings)
     {
+        for (const auto& definition : definitions) {
+            if (definition.isIgnored) {
+                continue;
+            }
+            for (const auto& parameter : enumeratedParameters(definition)) {
+                users_[parameter.type].push_back({&definition, parameter.position});
+            }
+        }
     }
 
-    void check(const Enumeration& enumeration, const std::set<std::string>& used)
+    void check(const Enumeration& enumeration)
     {
         if (enumeration.name.value == nullptr) {
             return;  // the module reads no further
         }
         const auto place = file_.placeOf(*enumeration.name.value);
-        if (enumeration.literals.empty()) {
+        checkCharacters(file_, *enumeration.name.value, "the name of an enumeration", Use::Internal,
+                        findings_);
+        if (enumeration.literals.empty() && !enumeration.hasWrongMembers) {
             findings_.add(kind::kEmptyEnumeration, place,
                           "the enumeration " + enumeration.name.text + " has no values",
                           "add \"enum_member\" with its values");
         }
-        if (used.count(enumeration.name.text) == 0) {
+        if (users_.count(enumeration.name.text) == 0) {
             findings_.add(kind::kUnusedEnumeration, place,
                           "no definition uses the enumeration " + enumeration.name.text,
                           "name it in the \"paramDesc\" of an alarm, or remove it");
@@ -156,18 +168,52 @@ private:
                           "remove one of the two, or rename the enumeration");
         }
         const auto subject = "the literal of " + key;
-        checkCharacters(file_, *literal.name.value, subject, findings_);
-        const auto mark = literal.name.text.find("##");
-        if (mark != std::string::npos) {
-            findings_.add(kind::kValueWithPlaceholder, file_.placeIn(*literal.name.value, mark),
+        checkCharacters(file_, *literal.value.value, "a value of " + enumeration.name.text,
+                        Use::Internal, findings_);
+        checkCharacters(file_, *literal.name.value, subject, Use::Shown, findings_);
+        if (fresh) {
+            checkShownValue(literal.name.text, subject, file_.placeOf(*literal.name.value),
+                            findings_);
+            checkFilling(enumeration, literal, subject);
+        }
+    }
+
+    /// Tries the literal with the alarms that show it.
+    void checkFilling(const Enumeration& enumeration, const Literal& literal,
+                      const std::string& subject)
+    {
+        const auto hash = literal.name.text.find('#');
+        if (hash == std::string::npos) {
+            return;
+        }
+        const auto place = file_.placeIn(*literal.name.value, hash);
+        for (const auto& user : users_[enumeration.name.text]) {
+            const auto trial = tryValue(*user.definition, user.position, literal.name.text);
+            if (trial.refused) {
+                findings_.add(kind::kPlaceholderAtEnd, place,
+                              subject + " makes " + user.definition->subject(*trial.refused) +
+                                  " end in \"##\" without a position: the module then refuses to "
+                                  "show the alarm (0x100400F)",
+                              "write literals without \"#\"");
+                return;
+            }
+        }
+        if (literal.name.text.find("##") != std::string::npos) {
+            findings_.add(kind::kValueWithPlaceholder, place,
                           subject + " holds \"##\", which the module fills again",
                           "write literals without \"##\"");
         }
     }
 
+    struct User {
+        const Definition* definition;
+        unsigned position;
+    };
+
     const JsonDocument& file_;
     Findings& findings_;
-    std::map<std::string, std::size_t> lines_;
+    std::map<std::string, std::size_t> lines_;        // of the first literal of each key
+    std::map<std::string, std::vector<User>> users_;  // of each enumeration
 };
 
 }  // namespace
@@ -186,15 +232,9 @@ void checkParamDesc(const JsonDocument& file, const Definition& definition,
 void checkEnumerations(const JsonDocument& file, const std::vector<Enumeration>& enumerations,
                        const std::vector<Definition>& definitions, Findings& findings)
 {
-    std::set<std::string> used;
-    for (const auto& definition : definitions) {
-        for (const auto& parameter : enumeratedParameters(definition)) {
-            used.insert(parameter.type);
-        }
-    }
-    EnumerationChecks checks(file, findings);
+    EnumerationChecks checks(file, definitions, findings);
     for (const auto& enumeration : enumerations) {
-        checks.check(enumeration, used);
+        checks.check(enumeration);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "host/platform/device_config_file.h"
 #include "host/platform/installation_root.h"
 #include "host/startup_error.h"
+#include "tools/catalogue/ordinary_file.h"
 
 #include <filesystem>
 
@@ -63,6 +64,8 @@ void fill(Expansion& expansion, const std::string& params)
 Expansion expandAlarm(const std::string& definitions, const std::string& enumerations,
                       std::uint64_t id, const std::string& params)
 {
+    requireOrdinaryFile(definitions);
+    requireOrdinaryFile(enumerations);
     installFiles(definitions, enumerations);
     ModuleLog log;
     Expansion expansion;

@@ -21,8 +21,8 @@ struct Expansion {
 };
 
 /// Has the module load the two files and fill `params`, the back end's comma-separated values, into
-/// the texts of alarm `id`. Throws `StartupError` when it cannot load them. Uses the one catalogue
-/// of the process, so one call at a time.
+/// the texts of alarm `id`. Throws `StartupError` when it cannot load them or they are no ordinary
+/// files. Uses the one catalogue of the process, so one call at a time.
 Expansion expandAlarm(const std::string& definitions, const std::string& enumerations,
                       std::uint64_t id, const std::string& params);
 

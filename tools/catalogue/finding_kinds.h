@@ -54,7 +54,10 @@ constexpr FindingKind kMapNotFirst{"map-not-first", Severity::Warning};
 constexpr FindingKind kMapShared{"map-shared", Severity::Warning};
 constexpr FindingKind kMapNotInDetail{"map-not-in-detail", Severity::Warning};
 constexpr FindingKind kMapItem{"map-item", Severity::Warning};
+constexpr FindingKind kMapNested{"map-nested", Severity::Warning};
 constexpr FindingKind kMapRepeatedValue{"map-repeated-value", Severity::Warning};
+constexpr FindingKind kMapEmptyValue{"map-empty-value", Severity::Warning};
+constexpr FindingKind kMapBlank{"map-blank", Severity::Warning};
 constexpr FindingKind kMapBehindEnumeration{"map-behind-enumeration", Severity::Warning};
 constexpr FindingKind kValueWithPlaceholder{"value-with-placeholder", Severity::Warning};
 constexpr FindingKind kSelfReference{"self-reference", Severity::Error};
@@ -109,7 +112,10 @@ inline constexpr std::array kAll = {
     kMapShared,
     kMapNotInDetail,
     kMapItem,
+    kMapNested,
     kMapRepeatedValue,
+    kMapEmptyValue,
+    kMapBlank,
     kMapBehindEnumeration,
     kValueWithPlaceholder,
     kSelfReference,

@@ -1,5 +1,7 @@
 #include "tools/catalogue/finding_report.h"
 
+#include "tools/safe_text.h"
+
 #include <json/json.h>
 
 #include <ostream>
@@ -18,11 +20,11 @@ Json::Value asJson(const Finding& finding)
     Json::Value json;
     json["code"] = finding.kind.code;
     json["severity"] = nameOf(finding.kind.severity);
-    json["file"] = finding.place.file;
+    json["file"] = validUtf8(finding.place.file);
     json["line"] = static_cast<Json::UInt64>(finding.place.line);
     json["column"] = static_cast<Json::UInt64>(finding.place.column);
-    json["message"] = finding.message;
-    json["advice"] = finding.advice;
+    json["message"] = validUtf8(finding.message);
+    json["advice"] = validUtf8(finding.advice);
     return json;
 }
 
@@ -33,9 +35,9 @@ void printFindings(std::ostream& out, const CheckedFiles& files, const CheckResu
     const auto& findings = result.findings;
     for (const auto& finding : findings.list()) {
         const auto& place = finding.place;
-        out << place.file << ':' << place.line << ':' << place.column << ": "
-            << nameOf(finding.kind.severity) << ": " << finding.message << " [" << finding.kind.code
-            << "]\n    to do: " << finding.advice << '\n';
+        out << printable(place.file) << ':' << place.line << ':' << place.column << ": "
+            << nameOf(finding.kind.severity) << ": " << printable(finding.message) << " ["
+            << finding.kind.code << "]\n    to do: " << printable(finding.advice) << '\n';
     }
     out << counted(result.alarms, "alarm");
     if (!files.enumerations.empty()) {
@@ -49,10 +51,10 @@ void printFindings(std::ostream& out, const CheckedFiles& files, const CheckResu
 void printFindingsAsJson(std::ostream& out, const CheckedFiles& files, const CheckResult& result)
 {
     Json::Value root;
-    root["definitions"] = files.definitions;
+    root["definitions"] = validUtf8(files.definitions);
     root["alarms"] = static_cast<Json::UInt64>(result.alarms);
     if (!files.enumerations.empty()) {
-        root["enumerationFile"] = files.enumerations;
+        root["enumerationFile"] = validUtf8(files.enumerations);
         root["enumerations"] = static_cast<Json::UInt64>(result.enumerations);
     }
     root["errors"] = static_cast<Json::UInt64>(result.findings.count(Severity::Error));

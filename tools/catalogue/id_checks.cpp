@@ -20,7 +20,7 @@ class IdChecks {
 public:
     IdChecks(const JsonDocument& file, Findings& findings) : file_(file), findings_(findings) {}
 
-    void check(Definition& definition)
+    void check(const Definition& definition)
     {
         const auto& text = definition.of(Member::EventId);
         if (text.isWrong) {
@@ -28,30 +28,26 @@ public:
         }
         if (text.value == nullptr) {
             findings_.add(kind::kMissingId, file_.placeOf(*definition.element),
-                          "this definition has no \"eventID\": the module stores it under id 0, "
+                          "this definition has no \"eventID\": the module takes id 0 for it, "
                           "which no alarm can have",
                           "add \"eventID\" with the alarm's id in decimal digits, as a string");
             return;
         }
         const auto place = file_.placeOf(*text.value);
-        if (!isNumber(definition, place)) {
-            return;
-        }
-        if (definition.id == 0) {
+        if (isNumber(definition, place) && definition.id == 0) {
             findings_.add(kind::kIdZero, place,
                           "id 0 stands for no alarm: the module never finds this definition",
                           kUseAnotherId);
-        } else {
+        }
+        if (definition.id != 0) {
             compare(definition, place);
         }
     }
 
 private:
-    bool isNumber(Definition& definition, const Place& place)
+    bool isNumber(const Definition& definition, const Place& place)
     {
         const auto& text = definition.of(Member::EventId).text;
-        errno = 0;
-        definition.id = static_cast<std::uint64_t>(std::strtoll(text.c_str(), nullptr, 10));
         if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) {
             findings_.add(kind::kIdNotANumber, place,
                           "\"" + text + "\" is no number in decimal digits: the module reads " +
@@ -59,6 +55,8 @@ private:
                           kUseAnotherId);
             return false;
         }
+        errno = 0;
+        std::strtoll(text.c_str(), nullptr, 10);
         if (errno == ERANGE) {
             findings_.add(kind::kIdTooLarge, place,
                           text + " is beyond the largest id: the module reads " +
@@ -124,10 +122,11 @@ private:
 
 }  // namespace
 
-void checkIds(const JsonDocument& file, std::vector<Definition>& definitions, Findings& findings)
+void checkIds(const JsonDocument& file, const std::vector<Definition>& definitions,
+              Findings& findings)
 {
     IdChecks checks(file, findings);
-    for (auto& definition : definitions) {
+    for (const auto& definition : definitions) {
         checks.check(definition);
     }
 }

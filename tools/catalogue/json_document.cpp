@@ -1,15 +1,13 @@
 #include "tools/catalogue/json_document.h"
 
-#include "host/startup_error.h"
 #include "tools/catalogue/finding_kinds.h"
+#include "tools/catalogue/ordinary_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <exception>
 #include <memory>
 #include <utility>
 
@@ -17,35 +15,8 @@ namespace talvik::ctl {
 
 namespace {
 
-constexpr std::uintmax_t kMaxFileSize = std::uintmax_t{64} << 20U;
 constexpr std::size_t kBlock = 1024;
 constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
-
-/// A pipe would hold the command up until somebody writes to it, a device may have no end.
-void requireOrdinaryFile(const std::string& path)
-{
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw StartupError("cannot read " + path + ": it is no regular file");
-    }
-    const auto size = std::filesystem::file_size(path, error);
-    if (!error && size > kMaxFileSize) {
-        throw StartupError("cannot read " + path + ": it is larger than 64 MiB");
-    }
-}
-
-std::string readFile(const std::string& path)
-{
-    requireOrdinaryFile(path);
-    errno = 0;
-    std::ifstream in(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (!in.is_open() || in.bad()) {
-        throw StartupError("cannot read " + path + ": " + std::strerror(errno));
-    }
-    return text;
-}
 
 bool continuesCharacter(char byte)
 {
@@ -96,7 +67,7 @@ std::pair<std::size_t, std::size_t> unicodeEscape(const std::string& text, std::
 
 JsonDocument JsonDocument::load(const std::string& path)
 {
-    return JsonDocument(path, readFile(path));
+    return JsonDocument(path, readOrdinaryFile(path));
 }
 
 JsonDocument::JsonDocument(std::string path, std::string text)

@@ -60,7 +60,7 @@ void checkOids(const JsonDocument& file, const std::vector<Definition>& definiti
     std::map<std::string, std::string> users;
     for (const auto& definition : definitions) {
         const auto& oid = definition.of(Member::AlarmOid);
-        if (oid.isWrong || (oid.value != nullptr && oid.text.empty())) {
+        if (definition.isIgnored || oid.isWrong || (oid.value != nullptr && oid.text.empty())) {
             continue;  // without an OID of its own
         }
         if (oid.value == nullptr) {

@@ -31,8 +31,8 @@ public:
         parserParmeterByDetail(fields, pairs_, detail);
         const auto blocks = blocksIn(detail);
         hasOpenBlock_ = !blocks.empty() && blocks.back().close == std::string::npos;
-        for (const auto& placeholder : placeholdersIn(definition.of(Member::Detail).text, true)) {
-            inDetail_.insert(placeholder.number());
+        for (const auto& mark : marksIn(detail).marks) {
+            inDetail_.insert(mark.number);
         }
     }
 
@@ -104,19 +104,35 @@ private:
             const auto number = placeholder.number();
             if (placeholder.isTwoDigits() && inDetail_.count(number) == 0 &&
                 told.insert(number).second) {
-                add(kind::kPlaceholderNotInDetail, member, placeholder.at,
-                    "\"detail\" does not use parameter " + std::to_string(number) +
-                        ": an alarm that comes without it shows None here, not --",
-                    "use it in \"detail\", too, unless the back end always sends it");
+                const auto shown = shownWithout(number, placeholder);
+                if (shown != kNoValue) {
+                    add(kind::kPlaceholderNotInDetail, member, placeholder.at,
+                        "\"detail\" does not use parameter " + std::to_string(number) +
+                            ": an alarm that comes with those before it only shows " + shown +
+                            " here, not --",
+                        "use it in \"detail\", too, unless the back end always sends it");
+                }
             }
         }
+    }
+
+    /// What the module shows for `placeholder` of parameter `number` when this does not come.
+    std::string shownWithout(unsigned number, const PlaceholderText& placeholder) const
+    {
+        auto fields = sampleFields();
+        fields.resize(number);
+        ValuePairs pairs;
+        parserParmeterByDetail(fields, pairs, definition_.of(Member::Detail).text);
+        const auto text = "##" + std::string(placeholder.position);
+        const ModuleLog quiet;
+        return pairs.empty() ? text : filled(text, pairs).value_or(text);
     }
 
     void tryWithModule(Member member, const std::string& text, bool explained)
     {
         ModuleLog log;
         if (!filled(text, samplePairs_)) {
-            add(kind::kPlaceholderAtEnd, member, definition_.of(member).text.rfind("##"),
+            add(kind::kPlaceholderAtEnd, member, std::min(text.rfind("##"), text.size()),
                 definition_.subject(member) + " ends in \"##\" without a position: " +
                     (pairs_.empty() ? "the module fills no text of this alarm"
                                     : "the module refuses to show the alarm (0x100400F)"),

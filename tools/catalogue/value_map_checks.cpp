@@ -1,12 +1,13 @@
 #include "tools/catalogue/checks.h"
 
 #include "alarmconfig/alarm_substitution.h"
-#include "alarmconfig/alarm_text.h"
 #include "tools/catalogue/alarm_texts.h"
 #include "tools/catalogue/finding_kinds.h"
-#include "tools/catalogue/module_log.h"
+#include "tools/catalogue/value_trial.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 
 namespace talvik::ctl {
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr auto kNowhere = std::string::npos;
 
-/// Looks at the blocks in braces of one definition. Which value a map gives is asked of the module.
+/// Looks at the blocks in braces of one definition. What a text becomes is asked of the module.
 class ValueMapChecks {
 public:
     ValueMapChecks(const JsonDocument& file, const Definition& definition,
@@ -24,7 +25,7 @@ public:
           enumerations_(enumerations),
           findings_(findings),
           detail_(definition.of(Member::Detail).text),
-          placeholders_(placeholdersIn(detail_, true))
+          marks_(marksIn(detail_))
     {
     }
 
@@ -32,10 +33,7 @@ public:
     {
         for (const auto& block : blocksIn(detail_)) {
             if (block.close == kNowhere) {
-                add(kind::kMapNotClosed, block.open,
-                    "this \"{\" is never closed: the text behind it stays as written, and "
-                    "parameters that no placeholder before it names are not shown",
-                    "close it with \"}\"");
+                addOpen(block);
                 return;
             }
             checkBlock(block);
@@ -57,116 +55,197 @@ public:
     }
 
 private:
-    /// What the module shows for `position` when its field is `raw`.
-    std::string shownFor(unsigned position, const std::string& raw) const
+    void addOpen(const Block& block)
     {
-        std::vector<std::string> fields(std::size_t{position} + 1, "?");
-        fields.back() = raw;
-        ValuePairs pairs;
-        parserParmeterByDetail(fields, pairs, detail_);
-        const auto* value = valueAt(pairs, static_cast<int>(position));
-        return value == nullptr ? std::string() : *value;
+        const auto lost =
+            marks_.stop == kNowhere
+                ? std::string()
+                : ", and parameters that no placeholder before \"" +
+                      detail_.substr(marks_.stop, kPlaceholderMark.size() + kPositionDigits) +
+                      "\" names are not shown";
+        add(kind::kMapNotClosed, block.open,
+            "this \"{\" is never closed: the text from here on stays as written" + lost,
+            "close it with \"}\"");
     }
 
     void checkBlock(const Block& block)
     {
-        const auto next = std::find_if(placeholders_.begin(), placeholders_.end(),
-                                       [&block](const auto& each) { return each.at > block.open; });
-        if (next == placeholders_.begin()) {
-            add(kind::kMapWithoutEffect, block.open,
-                "the module removes this text in braces: there is no placeholder before it that "
-                "it could belong to",
-                "use other brackets, or put it behind the placeholder whose values it explains");
-            return;
-        }
-        const auto owner = std::prev(next);
+        std::vector<DetailMark> takers;
+        std::copy_if(marks_.marks.begin(), marks_.marks.end(), std::back_inserter(takers),
+                     [&block](const auto& mark) { return mark.open == block.open; });
         const auto items = itemsIn(detail_, block);
-        const auto isWrong = [](const MapItem& item) { return !item.isWellFormed(); };
-        std::vector<MapItem> usable;
-        std::remove_copy_if(items.begin(), items.end(), std::back_inserter(usable), isWrong);
-        if (!hasEffect(block, owner, usable)) {
-            return;
+        if (detail_.find('{', block.open + 1) < block.close) {
+            add(kind::kMapNested, block.open,
+                "there is another \"{\" between this one and the next \"}\", where this block "
+                "ends: "
+                "braces do not nest",
+                "write values without braces");
+        } else if (items.empty()) {
+            addWithoutEffect(block, "the module removes these braces: there is nothing in them",
+                             "write raw:shown between them, or remove them");
+        } else if (takers.empty()) {
+            addWithoutPlaceholder(block);
+        } else {
+            checkTaken(block, items, takers);
         }
-        for (const auto& item : items) {
-            checkItem(item, owner->number());
-        }
-        checkShared(block, owner, usable);
     }
 
-    using Owner = std::vector<PlaceholderText>::const_iterator;
-
-    bool hasEffect(const Block& block, Owner owner, const std::vector<MapItem>& items)
+    void addWithoutPlaceholder(const Block& block)
     {
-        const auto number = owner->number();
-        const bool any = std::any_of(items.begin(), items.end(), [this, number](const auto& item) {
-            return item.shown() != item.raw() && shownFor(number, item.raw()) == item.shown();
-        });
-        if (any || items.empty()) {
-            return true;
+        const auto last = detail_.rfind(kPlaceholderMark, block.open);
+        if (last == kNowhere) {
+            addWithoutEffect(block,
+                             "the module removes this text in braces: there is no placeholder "
+                             "before it that it could belong to",
+                             "use other brackets, or put it behind the placeholder whose values it "
+                             "explains");
+            return;
         }
-        const bool named =
-            std::any_of(placeholders_.cbegin(), owner, [number](const auto& placeholder) {
-                return placeholder.number() == number;
-            });
-        if (named) {
+        const auto between = detail_.find_first_of("{}", last);
+        addWithoutEffect(
+            block,
+            between == block.open
+                ? "the module removes this map without using it: its \"{\" is more than 7 "
+                  "characters behind the \"##\" before it"
+                : "the module removes this map without using it: there is another brace between it "
+                  "and the \"##\" before it",
+            "put the map directly behind its placeholder");
+    }
+
+    /// Looks at a block that `takers`, at least one, take as their map.
+    void checkTaken(const Block& block, const std::vector<MapItem>& items,
+                    const std::vector<DetailMark>& takers)
+    {
+        const auto& owner = takers.back();
+        if (!owner.isFirst) {
             add(kind::kMapNotFirst, block.open,
-                "this map has no effect: parameter " + std::to_string(number) +
-                    " is used before, and its first use decides how it is shown",
+                "this map has no effect on parameter " + std::to_string(owner.number) +
+                    ", which is used before: its first use decides how it is shown",
                 "move the map to the first \"##\" with this position");
-        } else {
-            add(kind::kMapWithoutEffect, block.open,
-                "the module removes this map without using it: its \"{\" is more than 7 "
-                "characters behind the \"##\" before it",
-                "put the map directly behind its placeholder");
         }
-        return false;
+        const DetailMark* user = owner.isFirst ? &owner : nullptr;
+        for (const auto& taker : takers) {
+            if (taker.isFirst && &taker != &owner) {
+                add(kind::kMapShared, block.open,
+                    "parameter " + std::to_string(taker.number) +
+                        " takes this map as well: its \"##\" is at most 7 characters before it",
+                    "put more text between the two placeholders, and two digits into each");
+                user = user == nullptr ? &taker : user;
+            }
+        }
+        if (user != nullptr) {
+            checkItems(block, items, user->number);
+        }
+    }
+
+    void checkItems(const Block& block, const std::vector<MapItem>& items, unsigned position)
+    {
+        std::set<std::string> raws;
+        bool changes = false;
+        bool isUsable = false;
+        for (const auto& item : items) {
+            if (!item.isWellFormed()) {
+                add(kind::kMapItem, item.at,
+                    "the module cannot use \"" + std::string(item.text) +
+                        "\": an item is raw:shown with one colon exactly",
+                    "write one colon; texts that are shown can have neither colon nor semicolon");
+                continue;
+            }
+            isUsable = true;
+            const bool isNew = raws.insert(item.raw()).second;
+            changes = changes || (isNew && item.shown() != item.raw());
+            if (!isNew) {
+                add(kind::kMapRepeatedValue, item.at,
+                    "\"" + item.raw() + "\" is in this map before; the first one counts",
+                    "remove one of the two");
+            } else if (item.raw().empty() && !canBeEmpty(position)) {
+                add(kind::kMapEmptyValue, item.at,
+                    "no value is empty when the map is looked at: the module has made it \"--\" "
+                    "by then",
+                    "write \"--\" before the colon for a value that comes empty");
+            } else {
+                checkItem(item, position);
+            }
+        }
+        if (isUsable && !changes) {
+            addWithoutEffect(block, "this map changes nothing: it shows every value as it comes",
+                             "write what is to be shown behind the colons");
+        }
     }
 
     void checkItem(const MapItem& item, unsigned position)
     {
-        if (!item.isWellFormed()) {
-            add(kind::kMapItem, item.at,
-                "the module cannot use \"" + std::string(item.text) +
-                    "\": an item is raw:shown with one colon exactly",
-                "write one colon; texts that are shown can have neither colon nor semicolon");
-            return;
+        const auto raw = item.raw();
+        const auto shown = item.shown();
+        if (!raw.empty() && (raw.front() == ' ' || raw.back() == ' ')) {
+            add(kind::kMapBlank, item.at,
+                "\"" + raw +
+                    "\" begins or ends with a blank, and a value without it does not match",
+                "remove the blank unless the back end sends it");
         }
-        if (shownFor(position, item.raw()) != item.shown()) {
-            add(kind::kMapRepeatedValue, item.at,
-                "\"" + item.raw() + "\" is in this map before; the first one counts",
-                "remove one of the two");
-        }
-        if (item.shown().find(kPlaceholderMark) != kNowhere) {
-            checkValue(item, position);
+        if (shown != raw) {
+            checkShownValue(shown, "what this map shows for \"" + raw + "\"", placeOf(item.at),
+                            findings_);
         }
         checkEnumeration(item, position);
+        if (shown.find('#') != kNowhere && canCome(position, raw)) {
+            checkFilling(item, position);
+        }
     }
 
-    /// Fills the texts with the item's value, which holds a placeholder itself.
-    void checkValue(const MapItem& item, unsigned position)
+    /// Tries the item's value, which may hold a placeholder itself.
+    void checkFilling(const MapItem& item, unsigned position)
     {
-        auto fields = sampleFields();
-        fields.at(position) = item.raw();
-        ValuePairs pairs;
-        parserParmeterByDetail(fields, pairs, detail_);
-        auto text = detail_;
-        replaceBraceWithEmptyString(text);
-        ModuleLog log;
-        filled(text, pairs);
-        const auto lines = log.take();
-        const bool endless = std::any_of(lines.begin(), lines.end(), [](const auto& line) {
-            return line.text.find("leads back to itself") != kNowhere;
-        });
-        if (endless) {
+        const auto trial = tryValue(definition_, position, item.raw());
+        if (trial.refused) {
+            add(kind::kPlaceholderAtEnd, item.at,
+                "the value shown here makes " + definition_.subject(*trial.refused) +
+                    " end in \"##\" without a position: the module then refuses to show the alarm "
+                    "(0x100400F)",
+                "write values without \"#\"");
+        } else if (trial.isEndless) {
             add(kind::kSelfReference, item.at,
                 "the value shown here names its own parameter, which would never end; the module "
                 "leaves the rest of the text as it is",
                 "write values without \"##\"");
-        } else {
+        } else if (item.shown().find(kPlaceholderMark) != kNowhere) {
             add(kind::kValueWithPlaceholder, item.at,
                 "the value shown here holds \"##\", which the module fills again",
                 "write values without \"##\"");
         }
+    }
+
+    /// True when an enumeration may make the parameter's value empty.
+    bool canBeEmpty(unsigned position) const
+    {
+        const auto parameters = enumeratedParameters(definition_);
+        return std::any_of(parameters.begin(), parameters.end(), [&](const auto& parameter) {
+            return parameter.position == position &&
+                   (enumerations_ == nullptr || hasLiteral(parameter.type, ""));
+        });
+    }
+
+    /// False when an enumeration makes something else of the parameter's value `raw`.
+    bool canCome(unsigned position, const std::string& raw) const
+    {
+        const auto parameters = enumeratedParameters(definition_);
+        return enumerations_ == nullptr ||
+               std::all_of(parameters.begin(), parameters.end(), [&](const auto& parameter) {
+                   return parameter.position != position ||
+                          literalOf(parameter.type, raw) == nullptr ||
+                          hasLiteral(parameter.type, raw);
+               });
+    }
+
+    bool hasLiteral(const std::string& type, const std::string& name) const
+    {
+        return std::any_of(enumerations_->begin(), enumerations_->end(), [&](const auto& each) {
+            return each.name.text == type && std::any_of(each.literals.begin(), each.literals.end(),
+                                                         [&](const auto& literal) {
+                                                             return literal.name.value != nullptr &&
+                                                                    literal.name.text == name;
+                                                         });
+        });
     }
 
     void checkEnumeration(const MapItem& item, unsigned position)
@@ -189,7 +268,8 @@ private:
     {
         for (const auto& enumeration : *enumerations_) {
             for (const auto& literal : enumeration.literals) {
-                if (enumeration.name.text + "_" + literal.value.text == type + "_" + value) {
+                if (literal.value.value != nullptr && literal.name.value != nullptr &&
+                    enumeration.name.text + "_" + literal.value.text == type + "_" + value) {
                     return &literal.name.text;
                 }
             }
@@ -197,29 +277,20 @@ private:
         return nullptr;
     }
 
-    void checkShared(const Block& block, Owner owner, const std::vector<MapItem>& items)
+    void addWithoutEffect(const Block& block, const std::string& message, const std::string& advice)
     {
-        for (auto other = placeholders_.cbegin(); other != owner; ++other) {
-            const bool taken =
-                other->number() != owner->number() &&
-                std::any_of(items.begin(), items.end(), [this, other](const MapItem& item) {
-                    return item.shown() != item.raw() &&
-                           shownFor(other->number(), item.raw()) == item.shown();
-                });
-            if (taken && block.open - other->at < 8) {
-                add(kind::kMapShared, block.open,
-                    "parameter " + std::to_string(other->number()) +
-                        " takes this map as well: its \"##\" is at most 7 characters before it",
-                    "put more text between the two placeholders, and two digits into each");
-            }
-        }
+        add(kind::kMapWithoutEffect, block.open, message, advice);
+    }
+
+    Place placeOf(std::size_t at) const
+    {
+        return file_.placeIn(*definition_.of(Member::Detail).value, at);
     }
 
     void add(const FindingKind& kind, std::size_t at, const std::string& message,
              const std::string& advice)
     {
-        findings_.add(kind, file_.placeIn(*definition_.of(Member::Detail).value, at), message,
-                      advice);
+        findings_.add(kind, placeOf(at), message, advice);
     }
 
     const JsonDocument& file_;
@@ -227,7 +298,7 @@ private:
     const std::vector<Enumeration>* enumerations_;
     Findings& findings_;
     const std::string& detail_;
-    std::vector<PlaceholderText> placeholders_;
+    DetailMarks marks_;
 };
 
 }  // namespace

@@ -1,10 +1,9 @@
 #include "host/startup_error.h"
 #include "tests/support/temp_dir.h"
+#include "tests/unit/tools/catalogue_findings.h"
 #include "tests/unit/tools/small_catalogue.h"
-#include "tools/catalogue/catalogue_check.h"
 #include "tools/catalogue/expansion.h"
 #include "tools/catalogue/finding_kinds.h"
-#include "tools/catalogue/json_document.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,33 +33,6 @@ struct Row {
 
     friend std::ostream& operator<<(std::ostream& os, const Row& row) { return os << row.name; }
 };
-
-CheckResult check(const std::string& definitions, const std::string& enumerations)
-{
-    const JsonDocument first("alarms.json", definitions);
-    const JsonDocument second("enums.json", enumerations);
-    return checkCatalogue(first, enumerations.empty() ? nullptr : &second);
-}
-
-std::string listed(const Findings& findings)
-{
-    std::string text;
-    for (const auto& finding : findings.list()) {
-        text += finding.place.file + ":" + std::to_string(finding.place.line) + ":" +
-                std::to_string(finding.place.column) + " " + finding.kind.code + ": " +
-                finding.message + "\n";
-    }
-    return text;
-}
-
-std::vector<std::string> codesOf(const CheckResult& result)
-{
-    std::vector<std::string> codes;
-    for (const auto& finding : result.findings.list()) {
-        codes.emplace_back(finding.kind.code);
-    }
-    return codes;
-}
 
 TEST(CatalogueCheck, FindsNothingInAnOrdinaryAlarm)
 {
@@ -253,6 +225,12 @@ const Row kTexts[] = {
     {"LineBreak", kind::kControlCharacter, kDetail, 21, alarm({{"detail", "\"°C\\u00b0x\\n\""}})},
     {"OverlongUtf8", kind::kInvalidUtf8, kName, 10, alarm({{"name", "\"\xC0\x80\""}})},
     {"ControlBeyondAscii", kind::kControlCharacter, kName, 11, alarm({{"name", "\"N\\u0085\""}})},
+    {"ControlInTheId", kind::kControlCharacter, kEventId, 14,
+     alarm({{"eventID", "\"1\\u0000x\""}})},
+    {"ControlInTheOid", kind::kControlCharacter, kAlarmOid, 17,
+     alarm({{"alarmOid", "\"1.7\\u0000x\""}})},
+    {"ControlInTheParamDesc", kind::kControlCharacter, kParamDesc, 21,
+     alarm({{"paramDesc", "\"0=Port\\u0001\""}, {"detail", "\"##00\""}})},
     {"Nul", kind::kControlCharacter, kDetail, 13, alarm({{"detail", "\"D\\u0000E\""}})},
 };
 
@@ -289,6 +267,25 @@ const Row kMaps[] = {
      alarm({{"location", "\"##00{0:a}\""}, {"detail", "\"##00\""}})},
     {"ItemWithoutColon", kind::kMapItem, kDetail, 17, alarm({{"detail", "\"##00{0=a;1:b}\""}})},
     {"ItemWithTwoColons", kind::kMapItem, kDetail, 21, alarm({{"detail", "\"##00{0:a;1:b:c}\""}})},
+    {"Empty", kind::kMapWithoutEffect, kDetail, 16, alarm({{"detail", "\"##00{}\""}})},
+    {"Nested", kind::kMapNested, kDetail, 16, alarm({{"detail", "\"##00{0:a{1:b}\""}})},
+    {"EmptyValue", kind::kMapEmptyValue, kDetail, 17, alarm({{"detail", "\"##00{:none;1:on}\""}})},
+    {"ValueWithBlank", kind::kMapBlank, kDetail, 21, alarm({{"detail", "\"##00{0:a; 1:b}\""}})},
+    {"ShowsNone", kind::kTextLooksMissing, kDetail, 17,
+     alarm({{"detail", "\"##00{0:None;1:b}\""}})},
+    {"ShowsDashes", kind::kTextLooksMissing, kDetail, 21,
+     alarm({{"detail", "\"##00{0:a;1:--}\""}})},
+    {"ShowsValuesAsTheyCome", kind::kMapWithoutEffect, kDetail, 16,
+     alarm({{"detail", "\"##00{0:0}\""}})},
+    {"BehindAClosingBrace", kind::kMapWithoutEffect, kDetail, 18,
+     alarm({{"detail", "\"##00}x{0:a}\""}})},
+    {"NotClosedAndFar", kind::kMapNotClosed, kDetail, 22, alarm({{"detail", "\"##00 away {a\""}})},
+    {"ValueEndsInAMark", kind::kPlaceholderAtEnd, kDetail, 17,
+     alarm({{"detail", "\"##00{0:a##}\""}})},
+    {"ValueMakesAMarkAtTheEnd", kind::kPlaceholderAtEnd, kDetail, 17,
+     alarm({{"detail", "\"##00{0:a#}#\""}})},
+    {"ValueEndsTheLocationInAMark", kind::kPlaceholderAtEnd, kDetail, 17,
+     alarm({{"detail", "\"##00{0:a##} b\""}, {"location", "\"##00\""}})},
     {"RepeatedValue", kind::kMapRepeatedValue, kDetail, 21,
      alarm({{"detail", "\"##00{0:a;0:b}\""}})},
     {"ValueWithPlaceholder", kind::kValueWithPlaceholder, kDetail, 17,
@@ -330,7 +327,24 @@ const Row kEnumerations[] = {
                   "{\"value\": \"1\", \"name\": \"down\"}]}]")},
     {"EnumerationLiteralWithPlaceholder", kind::kValueWithPlaceholder, 2, 27, usingPorts(),
      enumerations("[{\"name\": \"Port\", \"enum_member\": [\n"
+                  "{\"value\": \"0\", \"name\": \"up##1\"}]}]")},
+    {"EnumerationLiteralEndsInAMark", kind::kPlaceholderAtEnd, 2, 27, usingPorts(),
+     enumerations("[{\"name\": \"Port\", \"enum_member\": [\n"
                   "{\"value\": \"0\", \"name\": \"up##\"}]}]")},
+    {"EnumerationLiteralNone", kind::kTextLooksMissing, 2, 24, usingPorts(),
+     enumerations("[{\"name\": \"Port\", \"enum_member\": [\n"
+                  "{\"value\": \"0\", \"name\": \"None\"}]}]")},
+    {"EnumerationNameWithNul", kind::kControlCharacter, 1, 41, usingPorts(),
+     enumerations("[{\"name\": \"Port\\u0000\", \"enum_member\": [{\"value\": \"0\", "
+                  "\"name\": \"up\"}]}]")},
+    {"EnumerationValueWithControlCharacter", kind::kControlCharacter, 2, 13, usingPorts(),
+     enumerations("[{\"name\": \"Port\", \"enum_member\": [\n"
+                  "{\"value\": \"0\\t\", \"name\": \"up\"}]}]")},
+    {"EnumerationNameNull", kind::kIncompleteEnumeration, 1, 27, alarm(),
+     enumerations("[{\"name\": null, \"enum_member\": [5]}]")},
+    {"EnumerationsInAnObject", kind::kWrongType, 1, 26, alarm(), enumerations("{\"a\": 1}")},
+    {"EnumerationMembersInAnObject", kind::kWrongType, 1, 58, usingPorts(),
+     enumerations("[{\"name\": \"Port\", \"enum_member\":{\"a\": 1}}]")},
 };
 
 const auto nameOfRow = [](const auto& row) { return row.param.name; };

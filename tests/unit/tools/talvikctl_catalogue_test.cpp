@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
+#include <sys/stat.h>
+
 #include <sstream>
 #include <string>
 #include <vector>
@@ -113,6 +115,65 @@ TEST_F(TalvikctlCatalogue, TellsWhichFileItCannotRead)
     EXPECT_EQ(output_, "talvikctl: cannot read " + missing + ": No such file or directory\n");
     EXPECT_EQ(run({"check", dir_.path()}), 2);
     EXPECT_THAT(output_, HasSubstr("it is no regular file"));
+}
+
+TEST_F(TalvikctlCatalogue, ExpandsFromOrdinaryFilesOnly)
+{
+    const auto pipe = dir_.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const auto refusal = "talvikctl: cannot read " + pipe + ": it is no regular file\n";
+
+    EXPECT_EQ(run({"expand", "1", "--definitions", pipe, "--enums", kEnumerations}), 2);
+    EXPECT_EQ(output_, refusal);
+    EXPECT_EQ(run({"expand", "1", "--definitions", kDefinitions, "--enums", pipe}), 2);
+    EXPECT_EQ(output_, refusal);
+}
+
+TEST_F(TalvikctlCatalogue, PrintsFindingsSafeForATerminal)
+{
+    const auto file =
+        dir_.write("a.json", alarm({{"eventID", "\"1\\u001b[31mx\\na.json:1:1: error: \xB0\""}}));
+
+    EXPECT_EQ(run({"check", file}), 1);
+
+    EXPECT_EQ(output_.find('\x1B'), std::string::npos) << output_;
+    EXPECT_EQ(output_.find("\na.json"), std::string::npos) << output_;
+    EXPECT_THAT(output_, HasSubstr("\"1\\x1B[31mx\\x0Aa.json:1:1: error: \\xB0\" is no number"));
+}
+
+TEST_F(TalvikctlCatalogue, PrintsTextsSafeForATerminal)
+{
+    const auto file = dir_.write("a.json", alarm({{"name", "\"N\\u001b[31m\\nx\""},
+                                                  {"detail", "\"##00 \\u009b \xB0 °\""},
+                                                  {"location", "\"##05\""}}));
+    const auto enums = dir_.write("e.json", enumerations("[]"));
+
+    EXPECT_EQ(run({"expand", "1", "a\x1B]b", "--definitions", file, "--enums", enums}), 0);
+
+    EXPECT_THAT(output_, HasSubstr("name        N\\x1B[31m\\x0Ax\n"));
+    EXPECT_THAT(output_, HasSubstr("detail      a\\x1B]b \\xC2\\x9B \\xB0 °\n"));
+    EXPECT_EQ(output_.find('\x1B'), std::string::npos) << output_;
+}
+
+TEST_F(TalvikctlCatalogue, WritesValidJsonWhateverTheFilesHold)
+{
+    const auto file = dir_.write(
+        "a.json",
+        alarm({{"eventID", "\"1\xB0\""}, {"name", "\"\xB0\\u001b\""}, {"location", "\"##\""}}));
+    const auto enums = dir_.write("e.json", enumerations("[]"));
+
+    EXPECT_EQ(run({"check", file, "--json"}), 1);
+    EXPECT_THAT(json()["findings"][0]["message"].asString(), HasSubstr("\"1\\xB0\" is no number"));
+    EXPECT_EQ(output_.find('\xB0'), std::string::npos);
+
+    EXPECT_EQ(run({"expand", "1", "\xB0", "--definitions", file, "--enums", enums, "--json"}), 1);
+    EXPECT_THAT(json()["log"][1]["text"].asString(), HasSubstr("using parameter \\xB0 failed"));
+    EXPECT_EQ(output_.find('\xB0'), std::string::npos);
+
+    dir_.write("a.json", alarm({{"name", "\"\xB0\\u001b\""}}));
+    EXPECT_EQ(run({"expand", "1", "a", "--definitions", file, "--enums", enums, "--json"}), 0);
+    EXPECT_EQ(json()["name"], "\\xB0\x1B");
+    EXPECT_EQ(output_.find('\xB0'), std::string::npos);
 }
 
 TEST_F(TalvikctlCatalogue, ExplainsWrongUsage)
