@@ -148,7 +148,7 @@ void addScenario(CLI::App& alarm, Action& action)
                      "    {\"repeat\": {\"times\": 100, \"steps\": [{\"event\": {\"id\": "
                      "\"501010004\"}}]}}]}\n\n" +
                      std::string(kExitStatus) +
-                     "\nExample:\n  talvikctl alarm scenario /etc/talvik/example-scenario.json");
+                     "\nExample:\n  talvikctl alarm scenario etc/example-scenario.json");
 }
 
 }  // namespace
