@@ -14,6 +14,10 @@ constexpr auto kNowhere = std::string_view::npos;
 
 constexpr const char* kLabel = "replaceAlarmParamInfo";
 
+/// Of the step that filling is, as the compiler writes it; both ways into it are traced so.
+constexpr const char* kSignature =
+    "int CAlarmConfigParser::replaceAlarmParamInfo(std::string, std::string&, const ValuePairs&)";
+
 // Contract: not the "--" of an empty value; operators tell a position beyond the values by it.
 constexpr std::string_view kBeyondPairs = "None";
 
@@ -347,7 +351,7 @@ int fillText(std::string_view text, std::string& out, const ValuePairs& pairs, s
         out.assign(text);
         return result_code::kSuccess;
     }
-    StepLog log("CAlarmConfigParser::replaceAlarmParamInfo");
+    StepLog log(kSignature);
     if (!fillPlaceholders(text, pairs, spare, log)) {
         return result_code::kNoParameterPosition;
     }

@@ -157,9 +157,11 @@ TEST_F(AlarmFillingLog, TracesAroundItsLinesWithTheSignature)
 {
     fill("##03", kThree);
 
-    EXPECT_THAT(host.texts("trace"), ElementsAre(testing::StartsWith("enter CAlarmConfigParser::"
-                                                                     "replaceAlarmParamInfo..."),
-                                                 testing::EndsWith(": OK")));
+    const std::string signature =
+        "int CAlarmConfigParser::replaceAlarmParamInfo(std::string, std::string&, const "
+        "ValuePairs&)";
+    EXPECT_THAT(host.texts("trace"),
+                ElementsAre("enter " + signature + "...", "leave " + signature + ": OK"));
 }
 
 }  // namespace
