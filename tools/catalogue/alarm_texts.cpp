@@ -2,9 +2,9 @@
 
 #include "alarmconfig/alarm_substitution.h"
 #include "alarmconfig/step_log.h"
-#include "platform/number_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <set>
 
@@ -38,7 +38,9 @@ bool PlaceholderText::isTwoDigits() const
 
 unsigned PlaceholderText::number() const
 {
-    return KelUtility::StrToUint(std::string(position));
+    unsigned read = 0;
+    std::from_chars(position.data(), position.data() + position.size(), read);
+    return read;
 }
 
 unsigned PlaceholderText::shownNumber() const

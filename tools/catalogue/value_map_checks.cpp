@@ -2,6 +2,7 @@
 
 #include "alarmconfig/alarm_substitution.h"
 #include "tools/catalogue/alarm_texts.h"
+#include "tools/catalogue/enumerated_values.h"
 #include "tools/catalogue/finding_kinds.h"
 #include "tools/catalogue/value_trial.h"
 
@@ -22,7 +23,7 @@ public:
                    const std::vector<Enumeration>* enumerations, Findings& findings)
         : file_(file),
           definition_(definition),
-          enumerations_(enumerations),
+          values_(definition, enumerations),
           findings_(findings),
           detail_(definition.of(Member::Detail).text),
           marks_(marksIn(detail_))
@@ -77,8 +78,7 @@ private:
         if (detail_.find('{', block.open + 1) < block.close) {
             add(kind::kMapNested, block.open,
                 "there is another \"{\" between this one and the next \"}\", where this block "
-                "ends: "
-                "braces do not nest",
+                "ends: braces do not nest",
                 "write values without braces");
         } else if (items.empty()) {
             addWithoutEffect(block, "the module removes these braces: there is nothing in them",
@@ -158,7 +158,7 @@ private:
                 add(kind::kMapRepeatedValue, item.at,
                     "\"" + item.raw() + "\" is in this map before; the first one counts",
                     "remove one of the two");
-            } else if (item.raw().empty() && !canBeEmpty(position)) {
+            } else if (item.raw().empty() && !values_.canBeEmpty(position)) {
                 add(kind::kMapEmptyValue, item.at,
                     "no value is empty when the map is looked at: the module has made it \"--\" "
                     "by then",
@@ -188,7 +188,7 @@ private:
                             findings_);
         }
         checkEnumeration(item, position);
-        if (shown.find('#') != kNowhere && canCome(position, raw)) {
+        if (shown.find('#') != kNowhere && values_.canCome(position, raw)) {
             checkFilling(item, position);
         }
     }
@@ -215,66 +215,14 @@ private:
         }
     }
 
-    /// True when an enumeration may make the parameter's value empty.
-    bool canBeEmpty(unsigned position) const
-    {
-        const auto parameters = enumeratedParameters(definition_);
-        return std::any_of(parameters.begin(), parameters.end(), [&](const auto& parameter) {
-            return parameter.position == position &&
-                   (enumerations_ == nullptr || hasLiteral(parameter.type, ""));
-        });
-    }
-
-    /// False when an enumeration makes something else of the parameter's value `raw`.
-    bool canCome(unsigned position, const std::string& raw) const
-    {
-        const auto parameters = enumeratedParameters(definition_);
-        return enumerations_ == nullptr ||
-               std::all_of(parameters.begin(), parameters.end(), [&](const auto& parameter) {
-                   return parameter.position != position ||
-                          literalOf(parameter.type, raw) == nullptr ||
-                          hasLiteral(parameter.type, raw);
-               });
-    }
-
-    bool hasLiteral(const std::string& type, const std::string& name) const
-    {
-        return std::any_of(enumerations_->begin(), enumerations_->end(), [&](const auto& each) {
-            return each.name.text == type && std::any_of(each.literals.begin(), each.literals.end(),
-                                                         [&](const auto& literal) {
-                                                             return literal.name.value != nullptr &&
-                                                                    literal.name.text == name;
-                                                         });
-        });
-    }
-
     void checkEnumeration(const MapItem& item, unsigned position)
     {
-        if (enumerations_ == nullptr) {
-            return;
+        for (const auto& [type, literal] : values_.replacementsOf(position, item.raw())) {
+            add(kind::kMapBehindEnumeration, item.at,
+                "the enumeration " + type + " turns \"" + item.raw() + "\" into \"" + literal +
+                    "\" before the map is looked at",
+                "use either the map or the enumeration for this parameter");
         }
-        for (const auto& parameter : enumeratedParameters(definition_)) {
-            const auto* literal = literalOf(parameter.type, item.raw());
-            if (parameter.position == position && literal != nullptr && *literal != item.raw()) {
-                add(kind::kMapBehindEnumeration, item.at,
-                    "the enumeration " + parameter.type + " turns \"" + item.raw() + "\" into \"" +
-                        *literal + "\" before the map is looked at",
-                    "use either the map or the enumeration for this parameter");
-            }
-        }
-    }
-
-    const std::string* literalOf(const std::string& type, const std::string& value) const
-    {
-        for (const auto& enumeration : *enumerations_) {
-            for (const auto& literal : enumeration.literals) {
-                if (literal.value.value != nullptr && literal.name.value != nullptr &&
-                    enumeration.name.text + "_" + literal.value.text == type + "_" + value) {
-                    return &literal.name.text;
-                }
-            }
-        }
-        return nullptr;
     }
 
     void addWithoutEffect(const Block& block, const std::string& message, const std::string& advice)
@@ -295,7 +243,7 @@ private:
 
     const JsonDocument& file_;
     const Definition& definition_;
-    const std::vector<Enumeration>* enumerations_;
+    const EnumeratedValues values_;
     Findings& findings_;
     const std::string& detail_;
     DetailMarks marks_;
