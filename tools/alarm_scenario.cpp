@@ -13,6 +13,8 @@ namespace {
 using Kind = ScenarioStep::Kind;
 using Names = std::set<std::string>;
 
+// NOLINTBEGIN(misc-no-recursion): what follows goes at most kMaxDepth deep
+
 std::vector<ScenarioStep> readSteps(const ScenarioElement& list, std::uint32_t depth);
 
 std::uint32_t readSeverity(const ScenarioElement& report, const char* fallback)
@@ -173,6 +175,8 @@ void checkNames(const std::vector<ScenarioStep>& steps, Names& raised, const Sce
         }
     }
 }
+
+// NOLINTEND(misc-no-recursion)
 
 }  // namespace
 

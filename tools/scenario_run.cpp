@@ -36,6 +36,8 @@ bool ScenarioRun::run(const AlarmScenario& scenario, bool keepGoing)
     return true;
 }
 
+// NOLINTBEGIN(misc-no-recursion): as deep as repeats stand in each other, which has a bound
+
 /// Returns whether the run goes on. `rounds` says in which rounds of repeats it is.
 bool ScenarioRun::runAll(const std::vector<ScenarioStep>& steps, const std::string& rounds)
 {
@@ -60,6 +62,8 @@ bool ScenarioRun::runRepeat(const ScenarioStep& step, const std::string& rounds)
     }
     return true;
 }
+
+// NOLINTEND(misc-no-recursion)
 
 bool ScenarioRun::tryStep(const ScenarioStep& step, const std::string& rounds)
 {

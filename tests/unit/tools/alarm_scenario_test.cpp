@@ -126,6 +126,7 @@ TEST_P(AlarmScenarioRefusal, NamesThePlaceAndTheReason)
     EXPECT_THAT(refusal(R"({"steps": [)" + GetParam().steps + "]}"), HasSubstr(GetParam().message));
 }
 
+// NOLINTNEXTLINE(misc-no-recursion)
 std::string nested(int depth)
 {
     return depth == 0 ? R"({"pauseMs": 1})"
