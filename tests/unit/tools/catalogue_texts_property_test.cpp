@@ -1,24 +1,15 @@
-// What the check says of random small catalogues, compared with what the module does with them.
+// What the check says of the texts of random alarms, compared with what the module makes of them.
 
-#include "host/platform/host_log.h"
-#include "tests/support/temp_dir.h"
-#include "tests/unit/tools/catalogue_findings.h"
-#include "tests/unit/tools/small_catalogue.h"
-#include "tools/catalogue/expansion.h"
+#include "tests/unit/tools/catalogue_property_kit.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <cstdlib>
 #include <initializer_list>
-#include <memory>
 #include <optional>
-#include <random>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -29,172 +20,12 @@ using namespace talvik::test;
 /// Where the text of a definition's "detail" begins in its line.
 constexpr std::size_t kDetailColumn = 12;
 
-/// The module's log prints nothing while this lives.
-class SilentModule {
-public:
-    SilentModule() : logger_(talvik::makeLogger("module-4")) { logger_->sinks().swap(sinks_); }
-    ~SilentModule() { logger_->sinks().swap(sinks_); }
-
-    SilentModule(const SilentModule&) = delete;
-    SilentModule& operator=(const SilentModule&) = delete;
-
-private:
-    std::shared_ptr<spdlog::logger> logger_;
-    std::vector<spdlog::sink_ptr> sinks_;
-};
-
-class CatalogueProperty : public testing::Test {
-protected:
-    template <std::size_t Count>
-    const char* pick(const std::array<const char*, Count>& choices)
-    {
-        return choices[random_() % Count];
-    }
-
-    template <std::size_t Count>
-    std::string pieces(const std::array<const char*, Count>& choices, unsigned most)
-    {
-        std::string text;
-        for (auto left = random_() % (most + 1); left > 0; --left) {
-            text += pick(choices);
-        }
-        return text;
-    }
-
-    bool oneIn(unsigned count) { return random_() % count == 0; }
-
-    Expansion expand(const std::string& definitionFile, const std::string& enumerationFile,
-                     std::uint64_t id, const std::string& params)
-    {
-        if (definitionFile != written_.first || enumerationFile != written_.second) {
-            folder_.write("alarms.json", definitionFile);
-            folder_.write("enums.json", enumerationFile);
-            written_ = {definitionFile, enumerationFile};
-        }
-        return expandAlarm(folder_.path("alarms.json"), folder_.path("enums.json"), id, params);
-    }
-
-private:
-    std::pair<std::string, std::string> written_;
-    std::mt19937 random_{20261121};  // fixed, so that a failure can be seen again
-    TempDir folder_;
-    SilentModule silence_;
-};
-
-bool has(const Finding& finding, std::string_view code)
-{
-    return finding.kind.code == code;
-}
-
-bool says(const Finding& finding, const std::string& words)
-{
-    return finding.message.find(words) != std::string::npos;
-}
-
-// ---- Which definitions are there
-
-constexpr std::array kIds = {"\"1\"", "\"01\"", "\" 1\"", "\"1x\"", "\"2\"", "\"-1\"",
-                             "\"3\"", "\"+3\"", "\"0\"",  "\"\"",   "",      "\"x\""};
-
-struct Element {
-    std::string json;
-    std::size_t line;
-    std::string name;           ///< empty for a null
-    unsigned long long id = 0;  ///< as the module reads it
-};
-
-class CatalogueIds : public CatalogueProperty {
-protected:
-    std::vector<Element> makeElements()
-    {
-        std::vector<Element> elements;
-        std::size_t line = kElement;
-        for (int i = 0; i < 4; ++i) {
-            Element element{"null", line, "", 0};
-            if (!oneIn(10)) {
-                element = makeDefinition(line, "N" + std::to_string(i));
-            }
-            line += static_cast<std::size_t>(
-                        std::count(element.json.begin(), element.json.end(), '\n')) +
-                    1;
-            elements.push_back(element);
-        }
-        return elements;
-    }
-
-private:
-    Element makeDefinition(std::size_t line, const std::string& name)
-    {
-        const std::string id = oneIn(20) ? "7" : pick(kIds);
-        Changes changes = {{"eventID", id}, {"name", "\"" + name + "\""}};
-        if (oneIn(6)) {
-            changes.emplace_back(pick(std::array{"reason", "paramDesc", "detail"}),
-                                 pick(std::array{"8", "null", "[]", "{}"}));
-        }
-        const auto text = id.size() > 1 ? id.substr(1) : std::string();
-        return {definition(changes), line, name,
-                static_cast<unsigned long long>(std::strtoll(text.c_str(), nullptr, 10))};
-    }
-};
-
-/// The names of the elements that are found by `id`, as the findings tell it.
-std::string foundBy(unsigned long long id, const std::vector<Element>& elements,
-                    const Findings& findings)
-{
-    for (std::size_t i = 0; i < elements.size(); ++i) {
-        const auto end = i + 1 < elements.size() ? elements[i + 1].line : std::string::npos;
-        bool ignored = elements[i].name.empty();
-        for (const auto& finding : findings.list()) {
-            const bool isHere = finding.place.line >= elements[i].line && finding.place.line < end;
-            if (isHere && has(finding, "wrong-type")) {
-                return "";  // nothing from here on
-            }
-            ignored = ignored || (isHere && has(finding, "repeated-id"));
-        }
-        if (!ignored && elements[i].id == id) {
-            return elements[i].name;
-        }
-    }
-    return "";
-}
-
-TEST_F(CatalogueIds, AreFoundAsTheCheckTells)
-{
-    for (int round = 0; round < 300; ++round) {
-        const auto elements = makeElements();
-        std::vector<std::string> texts;
-        for (const auto& element : elements) {
-            texts.push_back(element.json);
-        }
-        const auto file = definitions(texts);
-        const auto result = check(file, "");
-        for (const auto id : {1ULL, 2ULL, 3ULL, 18446744073709551615ULL}) {
-            ASSERT_EQ(expand(file, enumerations("[]"), id, "").name,
-                      foundBy(id, elements, result.findings))
-                << id << "\n"
-                << listed(result.findings) << file;
-        }
-        for (const auto& finding : result.findings.list()) {
-            const auto behind = static_cast<std::size_t>(
-                std::count_if(elements.begin(), elements.end(), [&finding](const auto& element) {
-                    return element.line > finding.place.line;
-                }));
-            if (has(finding, "wrong-type")) {
-                ASSERT_TRUE(says(finding, "and the " + std::to_string(behind) + " behind it"))
-                    << finding.message;
-            }
-        }
-    }
-}
-
-// ---- What the texts of an alarm become
-
 constexpr std::array kDetailPieces = {
-    "##00",    "##01",      "##02",     "##00{0:a;1:b}", "##01{0:a;1:c}",
-    "{0:a}",   "{1:x;1:y}", "{0:##01}", "{:n;1:x}",      "{0:0}",
-    "{0:a##}", "{}",        " ",        " text behind ", "{",
-    "}",       "##0",       "##1{1:d}", "{0=a;1:b}",     "{0:a#}",
-    "#"};
+    "##00",    "##01",       "##02",     "##00{0:a;1:b}", "##01{0:a;1:c}",
+    "{0:a}",   "{1:x;1:y}",  "{0:##01}", "{:n;1:x}",      "{0:0}",
+    "{0:a##}", "{}",         " ",        " text behind ", "{",
+    "}",       "##0",        "##1{1:d}", "{0=a;1:b}",     "{0:a#}",
+    "#",       "##00{0:a##}"};
 constexpr std::array kOtherPieces = {"##00", "##01", "##02", "##05", " L ", " ", "#", "##1"};
 constexpr std::array kParamDescs = {"",       "0=Port",        " 0=Port", "x=Port",
                                     "1=Fort", "1=Port,0=Port", "+1=Port"};
