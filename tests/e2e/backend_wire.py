@@ -77,6 +77,11 @@ def report(alarm_id, parameters=b"", level=5, time=None):
     return cells if time is None else cells + number(TIME, time, 8)
 
 
+def clearing(serial):
+    """The cells of a request that clears an alarm."""
+    return number(SERIAL, serial) + text(REQUESTER, "end-to-end test")
+
+
 class BackendClient:
     """One connection to a back end, or to the agent that embeds it."""
 
@@ -138,11 +143,23 @@ class BackendClient:
         """The serial number of the new alarm."""
         return self.ask(RAISE_ALARM, report(alarm_id, parameters, **others))[0][SERIAL]
 
+    def raise_many(self, alarm_id, parameters, under_way=64):
+        """Raises an alarm with each of the parameters, many requests at a time; gives their serial numbers in order."""
+        waiting = 0
+        for text_ in parameters:
+            self.send(RAISE_ALARM, report(alarm_id, text_))
+            waiting += 1
+            if waiting == under_way:
+                waiting -= 1
+                yield self.receive()[0][SERIAL]
+        for _ in range(waiting):
+            yield self.receive()[0][SERIAL]
+
     def report_event(self, alarm_id, parameters=b"", **others):
         return self.ask(REPORT_EVENT, report(alarm_id, parameters, **others))[0][SERIAL]
 
     def clear(self, serial):
-        self.ask(CLEAR_ALARM, number(SERIAL, serial) + text(REQUESTER, "end-to-end test"))
+        self.ask(CLEAR_ALARM, clearing(serial))
 
     def resend(self):
         """How many alarms will be sent again."""

@@ -22,6 +22,7 @@ MODULE = BIN.parent / "lib" / "libSnmpTalvikMibModule.so"
 TEST_MODULES = BIN.parent / "lib" / "test-modules"
 
 LIMIT = 30  # seconds that anything here may take; only a hanging program ever needs them
+SHOWN_OF_A_LOG = 200000  # characters, the last ones; a storm of alarms writes a hundred times as many
 
 ROOT = ".1.3.6.1.4.1.99999"
 TABLE = ROOT + ".2.91.9.1"
@@ -86,7 +87,7 @@ def free_port():
         return probe.getsockname()[1]
 
 
-def wait_until(condition, what, limit=LIMIT):
+def wait_until(condition, what, limit=LIMIT, pause=0.02):
     """Waits for condition() to be true and returns its value; fails after the limit."""
     end = time.monotonic() + limit
     while True:
@@ -95,7 +96,7 @@ def wait_until(condition, what, limit=LIMIT):
             return value
         if time.monotonic() > end:
             raise AssertionError(f"{what}: not within {limit} seconds")
-        time.sleep(0.02)
+        time.sleep(pause)
 
 
 class Daemon:
@@ -183,7 +184,7 @@ class TalvikTest(unittest.TestCase):
     def _show_logs(self):
         print(f"--- logs of {self.id()}", file=sys.stderr)
         for log in sorted(self.folder.glob("*.log")):
-            print(f"--- {log.name}\n{log.read_text(errors='replace')}", file=sys.stderr)
+            print(f"--- {log.name}\n{log.read_text(errors='replace')[-SHOWN_OF_A_LOG:]}", file=sys.stderr)
 
     def write(self, name, text):
         path = self.folder / name

@@ -141,6 +141,7 @@ class TrapSocket:
 
     def __init__(self, reads=True, address=("127.0.0.1", 0)):
         self.datagrams = []
+        self.decoded = []
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         try:
             self.socket.setsockopt(socket.SOL_SOCKET, FORCE_RECEIVE_BUFFER, 1 << 26)
@@ -168,7 +169,8 @@ class TrapSocket:
         return next(int(row[12]) for row in rows if int(row[9]) == inode)
 
     def notifications(self):
-        return [decode(datagram) for datagram in list(self.datagrams)]
+        self.decoded += [decode(datagram) for datagram in self.datagrams[len(self.decoded):]]
+        return list(self.decoded)
 
     def pending(self):
         """What has arrived at a receiver that does not read."""
