@@ -198,7 +198,7 @@ void NotificationChannel::takeReply(backend::Bytes& wire)
                      " (docs/backend-protocol.md)");
     }
     state_ = State::Subscribed;
-    reported_ = false;
+    reported_.clear();
     pause_ = limits_.firstPause;
     hostLog()->info("the notifications of the back end unix:{} come in", path_);
 }
@@ -260,11 +260,11 @@ void NotificationChannel::write()
 
 void NotificationChannel::fail(const std::string& reason, Time now)
 {
-    if (!reported_) {
+    if (reported_ != reason) {
         hostLog()->warn("no notifications from the back end unix:{}: {}; trying again, at least "
                         "every {} ms. It keeps what it has to report meanwhile",
                         path_, reason, limits_.longestPause.count());
-        reported_ = true;
+        reported_ = reason;
     }
     socket_.reset();
     state_ = State::Down;

@@ -66,7 +66,7 @@ private:
     const Consumer consumer_;
     const Limits limits_;
     State state_ = State::Down;
-    bool reported_ = false;  // that it is down
+    std::string reported_;  // why it is down, as the log says it; empty while it is up
     Time retryAt_{};
     Time subscribeEnd_ = Time::max();
     std::chrono::milliseconds pause_;

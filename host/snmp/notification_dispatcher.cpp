@@ -28,22 +28,29 @@ constexpr std::uint64_t kRecordWithEventFlag = 0xD00C900B6;
 /// The last argument of `getTrapOid`.
 enum class Category : unsigned short { Fault = 1, Clear = 2, Event = 3 };
 
-unsigned long long numberAt(const CTLVRecordV3& record, unsigned short tag)
+template <typename Number>
+Number numberAt(const CTLVRecordV3& record, unsigned short tag)
 {
     const auto* const cell = record[tag];
     cell->checkNumerical();
-    return CTLVCell::ValueCast<unsigned long long>()(cell);
+    return CTLVCell::ValueCast<Number>()(cell);
 }
 
+unsigned long long alarmIdOf(const CTLVRecordV3& record)
+{
+    return numberAt<unsigned long long>(record, kAlarmIdTag);
+}
+
+/// Reads 32 bits of each, as handlers do that put the category among the bindings.
 Category categoryOf(const CTLVRecordV3& record)
 {
     for (const auto tag : kClearTimeTags) {
-        if (numberAt(record, tag) != 0) {
+        if (numberAt<unsigned int>(record, tag) != 0) {
             return Category::Clear;
         }
     }
-    const bool isEvent =
-        record.ullRecordId == kRecordWithEventFlag && numberAt(record, kEventFlagTag) == 1;
+    const bool isEvent = record.ullRecordId == kRecordWithEventFlag &&
+                         numberAt<unsigned int>(record, kEventFlagTag) == 1;
     return isEvent ? Category::Event : Category::Fault;
 }
 
@@ -81,7 +88,7 @@ public:
         const auto failure = callHandler([&] {
             count = handler.getTrapVbLen();
             const auto category = static_cast<unsigned short>(categoryOf(record));
-            trap_.id = toObjectId(handler.getTrapOid(numberAt(record, kAlarmIdTag), category));
+            trap_.id = toObjectId(handler.getTrapOid(alarmIdOf(record), category));
             handler.filterTrapMap(receivers, trap_.receivers);
         });
         if (failure) {
@@ -126,8 +133,7 @@ private:
 std::string alarmOf(const CTLVRecordV3& record)
 {
     std::string text = "an alarm record without a readable id";
-    const auto ignored =
-        callHandler([&] { text = "alarm " + std::to_string(numberAt(record, kAlarmIdTag)); });
+    const auto ignored = callHandler([&] { text = "alarm " + std::to_string(alarmIdOf(record)); });
     static_cast<void>(ignored);  // the text says it
     return text;
 }
@@ -159,7 +165,7 @@ void NotificationDispatcher::offer(INotifyMsgHandler& handler, const CTLVRecordV
         answer.build(handler, record) && answer.complete(handler, record, receivers_);
     if (!sendable) {
         ++refused_;
-        if (!answer.problem().empty()) {
+        if (!answer.problem().empty() && lines_.take()) {
             hostLog()->error("no trap for {}: {}", alarmOf(record), oneLine(answer.problem()));
         }
         return;

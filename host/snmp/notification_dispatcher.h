@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/snmp/line_budget.h"
 #include "host/snmp/trap.h"
 
 #include <cstdint>
@@ -39,6 +40,7 @@ private:
 
     const Sink sink_;
     std::map<std::string, tTrapDestInfo> receivers_;
+    LineBudget lines_;  ///< of notifications that cannot be sent
     std::uint64_t built_ = 0;
     std::uint64_t refused_ = 0;
 };

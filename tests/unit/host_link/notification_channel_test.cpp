@@ -231,6 +231,19 @@ TEST_F(ChannelTest, TellsWhenAnotherAgentIsSubscribed)
     EXPECT_THAT(log_.text(), HasSubstr("another agent takes its notifications"));
 }
 
+TEST_F(ChannelTest, TellsANewReason)
+{
+    turn();  // nobody listens
+    EXPECT_EQ(log_.linesWith("cannot connect"), 1) << log_.text();
+    FakePeer peer(path());
+    now_ = channel_.deadline();
+    channel_.proceed(false, now_);
+    auto stream = peer.accept();
+    stream.send(Wire::refusal(1, 0x1000017).bytes());
+    turn();
+    EXPECT_EQ(log_.linesWith("another agent takes its notifications"), 1) << log_.text();
+}
+
 TEST_F(ChannelTest, DropsABackEndThatRefuses)
 {
     FakePeer peer(path());
@@ -282,7 +295,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  "notification 2 where 1 is due"},
                     BrokenStream{"Magic", Wire().u32(1).u32(3).u32(1).u32(0).u32(0).u32(0).u32(0),
                                  "magic"}),
-    [](const testing::TestParamInfo<BrokenStream>& info) { return info.param.name; });
+    [](const auto& test) { return test.param.name; });
 
 TEST_F(ChannelTest, ABrokenReplyEndsTheSubscription)
 {

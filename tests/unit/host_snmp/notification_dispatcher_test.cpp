@@ -217,6 +217,11 @@ TEST_F(DispatcherTest, TellsTheCategory)
     auto other = alarm(0, 0, 8);
     set(*other, 73, 1);
     EXPECT_EQ(ask(std::move(other)), "1") << "another kind of record has no event flag";
+    constexpr std::uint64_t kBeyond32Bits = 0x100000000;
+    EXPECT_EQ(ask(alarm(kBeyond32Bits, kBeyond32Bits)), "1") << "as in the bindings";
+    auto wide = alarm(0, 0, kRecordWithEventFlag);
+    set(*wide, 73, kBeyond32Bits + 1);
+    EXPECT_EQ(ask(std::move(wide)), "3");
     auto cleared = alarm(9, 0, kRecordWithEventFlag);
     set(*cleared, 73, 1);
     EXPECT_EQ(ask(std::move(cleared)), "2");
@@ -292,6 +297,27 @@ TEST_F(DispatcherTest, LeavesOutARecordWithoutAnAlarmId)
     EXPECT_THAT(traps_, IsEmpty());
     ASSERT_EQ(log_.lines().size(), 1U);
     EXPECT_THAT(log_.lines()[0], HasSubstr("no trap for an alarm record without a readable id"));
+}
+
+TEST_F(DispatcherTest, DoesNotFloodTheLog)
+{
+    addHandler().trapOid = Snmp_pp::Oid("1.3.None");
+    dispatcher_.setReceivers({receiver("1", 1)});
+    constexpr int kAlarms = 1000;
+    for (int sent = 0; sent < kAlarms; ++sent) {
+        dispatcher_.dispatch(*alarm(), nullptr);
+    }
+    EXPECT_EQ(dispatcher_.refused(), static_cast<std::uint64_t>(kAlarms));
+    EXPECT_LT(log_.lines().size(), static_cast<std::size_t>(kAlarms) / 10);
+}
+
+TEST_F(DispatcherTest, AHandlerThatMakesNothingMakesNoTrap)
+{
+    addHandler().construct = [](const CTLVRecordV3&, Vbx*&) { return 0; };
+    dispatcher_.setReceivers({receiver("1", 1)});
+    dispatcher_.dispatch(*alarm(), nullptr);
+    EXPECT_THAT(traps_, IsEmpty());
+    EXPECT_EQ(dispatcher_.refused(), 1U);
 }
 
 TEST_F(DispatcherTest, TheDispatcherDeletesItsHandlers)

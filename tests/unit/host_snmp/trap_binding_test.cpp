@@ -50,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
         Number{"Counter64", Vbx(kName, Snmp_pp::Counter64(1, 2)), Syntax::Counter64, 4294967298},
         Number{"GreatestCounter64", Vbx(kName, Snmp_pp::Counter64(0xFFFFFFFFU, 0xFFFFFFFFU)),
                Syntax::Counter64, -1}),
-    [](const testing::TestParamInfo<Number>& info) { return info.param.name; });
+    [](const auto& test) { return test.param.name; });
 
 TEST(TrapBinding, KeepsOctetsWithTheirNuls)
 {
