@@ -2,7 +2,7 @@
 
 import unittest
 
-from notifications import (CATEGORY, DISK_FAILED, FAULT, OWN_OID, SERIAL_NO, TRAP_USER, V3,
+from notifications import (ALARM_TRAP, CATEGORY, DISK_FAILED, FAULT, OWN_OID, SERIAL_NO, TRAP_USER, V3,
                            NotificationTest, disk, users)
 from snmp_wire import SEQUENCE, Reader
 from talvik_e2e import TABLE, topology, wait_until
@@ -97,6 +97,21 @@ class NotificationInform(NotificationTest):
         receiver = self.snmptrapd(port=port)
         self.assertEqual(receiver.wait_for(1)[0].objects()[CATEGORY], FAULT)
         self.wait_for_status(1, lambda status: status.answered == 1 and status.given_up == 0, "the answer")
+
+    def test_informs_under_way_survive_a_kill(self):
+        silent = self.trap_socket(reads=False)
+        self.informs(silent, timeoutMs=60000)
+        agent = self.start()
+        self.add_receiver(agent, 1, silent.port)
+        serials = self.raise_alarms(UNDER_WAY + 8)
+        self.wait_for_status(1, lambda status: status.waiting == len(serials), "informs under way")
+        agent.kill()
+        silent.socket.close()
+        receiver = self.snmptrapd(port=silent.port)
+        self.start()
+        found = receiver.wait_for(len(serials), lambda one: one.oid == ALARM_TRAP)
+        self.assertEqual(sorted(one.objects()[SERIAL_NO] for one in found), serials)
+        wait_until(lambda: self.outbox_size(self.state) == 0, "the back end's outbox empty")
 
     def test_no_more_wait_than_there_is_room_for(self):
         silent, other = self.trap_socket(reads=False), self.trap_socket()
