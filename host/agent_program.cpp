@@ -2,12 +2,14 @@
 
 #include "backend/back_end.h"
 #include "framework/snmp_handler.h"
+#include "host/descriptor_limit.h"
 #include "host/installation_paths.h"
 #include "host/link/backend_choice.h"
 #include "host/link/configuration_link.h"
 #include "host/module_loader.h"
 #include "host/notification_service.h"
 #include "host/platform/device_config_file.h"
+#include "host/platform/durable_database.h"
 #include "host/platform/host_log.h"
 #include "host/platform/installation_root.h"
 #include "host/platform/name_cache.h"
@@ -104,11 +106,12 @@ private:
 /// agent's.
 class ServedCommands {
 public:
+    /// An embedded back end keeps its alarms in `alarmFile`.
     ServedCommands(const BackendChoice& choice, const DeviceConfigFile& device,
-                   const std::string& stateDir)
+                   const std::string& alarmFile)
     {
         if (choice.embedded) {
-            backEnd_.emplace(device, backend::alarmFileIn(stateDir));
+            backEnd_.emplace(device, alarmFile);
         }
     }
 
@@ -197,6 +200,18 @@ std::unique_ptr<BackendLink> linkTo(const BackendChoice& choice,
     return makeBackendLink(choice, notOwned);
 }
 
+/// An embedded back end's notifications come through the agent's own socket, so there is one way.
+NotificationService::Settings notificationSettings(const AgentOptions& options,
+                                                   const BackendChoice& choice,
+                                                   const DeviceConfigFile& device,
+                                                   const ServedModule& module)
+{
+    return {device,
+            options.socket,
+            choice.embedded ? options.socket : choice.socketPath,
+            {options.trapSettings, &module.mib(), &nameCache()}};
+}
+
 /// What the agent's behaviour follows from, besides its own program.
 std::list<std::string> startFiles(const AgentOptions& options, const ServedModule& module)
 {
@@ -209,12 +224,13 @@ std::list<std::string> startFiles(const AgentOptions& options, const ServedModul
 
 void runAgent(const AgentOptions& options, const StopSignals& signals)
 {
+    allowManyDescriptors();
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
     const StateDirectory state(options.stateDir);
     const auto choice = parseBackendName(options.backend);
-    ServedCommands served(choice, device, options.stateDir);
+    ServedCommands served(choice, device, backend::alarmFileIn(options.stateDir));
     const InstalledTrapStore trapStore(options.stateDir);
     const ServedModule module(options.moduleFile, options.mibDir);
 
@@ -224,10 +240,7 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     SnmpAgent agent({options.configFile, persistentDir, options.listen, engine});
     module.serve(agent);
     agent.configure();
-    NotificationService notifications({device,
-                                       options.socket,
-                                       choice.embedded ? options.socket : choice.socketPath,
-                                       {options.trapSettings, &module.mib(), &nameCache()}},
+    NotificationService notifications(notificationSettings(options, choice, device, module),
                                       trapStore.store(), served.commands(), served.work());
     const InstalledBackend backend(linkTo(choice, served.commands()));
     const auto endpoints = agent.listen();
@@ -243,10 +256,12 @@ void checkAgent(const AgentOptions& options)
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
-    const InstalledBackend backend(makeBackendLink(parseBackendName(options.backend), device));
+    const auto choice = parseBackendName(options.backend);
+    ServedCommands served(choice, device, DurableDatabase::kInMemory);
     const ServedModule module(options.moduleFile, options.mibDir);
 
     const TemporaryDirectory scratch;
+    const TrapStore noDestinations(scratch.path());
     SnmpAgent agent(
         {options.configFile, scratch.path(), options.listen, engineStore(options).preview()});
     module.serve(agent);
@@ -254,6 +269,9 @@ void checkAgent(const AgentOptions& options)
     if (!warnings.empty()) {
         throw StartupError("agent configuration " + warnings.front());
     }
+    // Made, not started: that is what finds the rest of the faults.
+    const NotificationService notifications(notificationSettings(options, choice, device, module),
+                                            noDestinations, served.commands(), served.work());
 }
 
 }  // namespace talvik

@@ -3,6 +3,7 @@ find_package(CLI11 REQUIRED)
 add_executable(talvik-agentd
     agent_options.cpp
     agent_program.cpp
+    descriptor_limit.cpp
     installation_paths.cpp
     loop_calls.cpp
     main.cpp
