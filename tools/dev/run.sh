@@ -25,11 +25,15 @@ receivers=1.3.6.1.4.1.99999.2.91.10.4.1
 receiverPort=10162
 endpoint=127.0.0.1:$port
 folder="$root/run"
+socket="$folder/state/agent.sock"
 config="$folder/talvik-agentd.conf"
 agentLog="$folder/talvik-agentd.log"
+receiverLog="$folder/snmptrapd.log"
+ctl=("$root/build/release/bin/talvikctl")
 v3=(-v3 -l authPriv -u demo -a SHA-256 -x AES -On -r 1 -t 5)
 secondsToStart=30
 secondsToStop=10
+secondsToReceive=20
 
 portIsFree()
 {
@@ -85,22 +89,31 @@ client()
     env SNMPCONFPATH="$folder" SNMP_PERSISTENT_DIR="$folder/client" MIBS="" "$@" </dev/null
 }
 
-agentPid=
-stopAgent()
+# stopProcess NAME PID
+stopProcess()
 {
-    [ -n "$agentPid" ] || return 0
-    kill -TERM "$agentPid" 2>/dev/null || true
+    [ -n "$2" ] || return 0
+    kill -TERM "$2" 2>/dev/null || true
     local deadline=$((SECONDS + secondsToStop))
-    while kill -0 "$agentPid" 2>/dev/null; do
+    while kill -0 "$2" 2>/dev/null; do
         if [ "$SECONDS" -ge "$deadline" ]; then
-            echo "dev: the agent did not end within $secondsToStop seconds and is killed" >&2
-            kill -KILL "$agentPid" 2>/dev/null || true
+            echo "dev: $1 did not end within $secondsToStop seconds and is killed" >&2
+            kill -KILL "$2" 2>/dev/null || true
             break
         fi
         sleep 0.1
     done
-    wait "$agentPid" 2>/dev/null || true
+    wait "$2" 2>/dev/null || true
+}
+
+agentPid=
+receiverPid=
+stopAll()
+{
+    stopProcess "the agent" "$agentPid"
     agentPid=
+    stopProcess snmptrapd "$receiverPid"
+    receiverPid=
 }
 
 giveUp()
@@ -122,6 +135,8 @@ startAgent()
         --state-dir "$folder/state" \
         --listen "udp:$endpoint" \
         --backend embedded \
+        --trap-settings "$folder/talvik-traps.json" \
+        --socket "$socket" \
         </dev/null >"$agentLog" 2>&1 9>&- &
     agentPid=$!
 }
@@ -166,11 +181,50 @@ makeReceiver()
         "$receivers.1.2.1" u "$receiverPort" || giveUp "the trap destination could not be made (message above)"
 }
 
+# waitForTrap TEXT: until the receiver's log has the text.
+waitForTrap()
+{
+    local deadline=$((SECONDS + secondsToReceive))
+    until grep -qF -- "$1" "$receiverLog"; do
+        kill -0 "$receiverPid" 2>/dev/null ||
+            giveUp "snmptrapd ended; is udp port $receiverPort in use? Its log: $(tail -n 5 "$receiverLog")"
+        [ "$SECONDS" -lt "$deadline" ] || giveUp "no \"$1\" came within $secondsToReceive seconds ($receiverLog)"
+        sleep 0.1
+    done
+}
+
+startReceiver()
+{
+    printf 'authCommunity log public\n' >"$folder/snmptrapd.conf"
+    : >"$receiverLog"
+    env SNMPCONFPATH="$folder" SNMP_PERSISTENT_DIR="$folder/receiver" MIBDIRS="$root/mibs:$root/mibs/base" \
+        snmptrapd -f -n -Lf "$receiverLog" -m KEL-TALVIK-MIB -C -c "$folder/snmptrapd.conf" \
+        "udp:127.0.0.1:$receiverPort" </dev/null >/dev/null 2>&1 9>&- &
+    receiverPid=$!
+    waitForTrap "NET-SNMP version"
+}
+
+# Only if one of the receivers is ours: the user may have others.
+showAlarm()
+{
+    if ! client "${ctl[@]}" trap list --agent "udp:$endpoint" | grep -q "127\.0\.0\.1 *$receiverPort"; then
+        say "no receiver at 127.0.0.1 port $receiverPort; no alarm is raised"
+        return 0
+    fi
+    startReceiver
+    say "a disk fails: talvikctl alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --severity major"
+    "${ctl[@]}" alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --severity major \
+        --socket "$socket" || giveUp "the alarm could not be raised (message above)"
+    waitForTrap "Enclosure 0, slot 7"
+    say "what the stock snmptrapd received on 127.0.0.1 port $receiverPort ($receiverLog)"
+    sed -n '/NET-SNMP version/d; p' "$receiverLog" | tr '\t' '\n'
+}
+
 showReceivers()
 {
     showWalk "the trap destinations: snmpwalk -v3 ... $endpoint $receivers" "$receivers" snmpwalk "${v3[@]}"
     say "the same as a table: talvikctl trap list --agent udp:$endpoint"
-    client "$root/build/release/bin/talvikctl" trap list --agent "udp:$endpoint" ||
+    client "${ctl[@]}" trap list --agent "udp:$endpoint" ||
         giveUp "talvikctl could not list the trap destinations (message above)"
 }
 
@@ -189,6 +243,10 @@ showCommands()
   $ctl add 192.0.2.10 --agent udp:$endpoint
   $ctl modify 1 --port 10163 --agent udp:$endpoint
   $ctl remove 1 --agent udp:$endpoint
+  build/release/bin/talvikctl alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --socket run/state/agent.sock
+  build/release/bin/talvikctl alarm clear 1 --socket run/state/agent.sock
+  build/release/bin/talvikctl trap status --socket run/state/agent.sock
+  tail -f run/snmptrapd.log
 
 SNMPCONFPATH=run takes the passphrases from run/snmp.conf. The agent's log is run/talvik-agentd.log, its configuration
 run/talvik-agentd.conf.
@@ -203,7 +261,7 @@ exec 9>"$folder/.lock"
 flock -n 9 || fail "another ./dev run uses $folder; end it first (Ctrl-C in its terminal)"
 portIsFree || fail "udp port $port of 127.0.0.1 is in use by another program; choose another: ./dev run --port 1162"
 
-trap stopAgent EXIT
+trap stopAll EXIT
 trap 'exit 130' INT TERM HUP
 startAgent
 waitForAnswer
@@ -214,15 +272,16 @@ showWalk "SNMP v3, authenticated with SHA-256 and encrypted with AES: snmpwalk -
     snmpwalk "${v3[@]}"
 makeReceiver
 showReceivers
+showAlarm
 
 if $once; then
-    stopAgent
-    say "run: the topology row came over v2c and v3, and the trap destinations over v3"
+    stopAll
+    say "run: the topology row came over v2c and v3, the trap destinations over v3, and an alarm as a trap"
     exit 0
 fi
 
 showCommands
-trap 'say "stopping"; stopAgent; exit 0' INT TERM HUP
+trap 'say "stopping"; stopAll; exit 0' INT TERM HUP
 printf '\nCtrl-C ends it.\n'
 status=0
 wait "$agentPid" || status=$?
