@@ -22,8 +22,9 @@ public:
     /// read passphrases in it. Throws `StartupError`.
     TrapSettings load();
 
-    /// The settings, if the file has others since the last look, which is at least a second ago. A
-    /// file that is wrong is reported in the log once; whoever asks keeps what it has.
+    /// The settings, if the file has others since the last look, which is at least a millisecond
+    /// ago: a notification that comes after a change goes by it. A file that is wrong is reported
+    /// in the log once; whoever asks keeps what it has.
     std::optional<TrapSettings> changed(Time now);
 
 private:

@@ -40,7 +40,7 @@ protected:
         chmod(path.c_str(), S_IRUSR | S_IWUSR);
     }
 
-    /// Settings that take effect now, though the sender looks at most once a second.
+    /// Settings that take effect now, though the sender may have looked this very moment.
     void changeSettings(const std::string& text)
     {
         writeSettings(text + std::string(++changes_, '\n'));

@@ -4,11 +4,14 @@
 #include "tests/support/temp_dir.h"
 #include "tests/unit/host_snmp/log_kit.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <future>
 #include <string>
 
 namespace {
@@ -70,11 +73,11 @@ TEST_F(SettingsFile, ThatChangedIsReadAgain)
 
     write(R"({"community": "other"})");
 
-    EXPECT_FALSE(file_.changed(now_ + 999ms).has_value()) << "once a second is enough";
-    const auto changed = file_.changed(now_ + 1s);
+    EXPECT_FALSE(file_.changed(now_ + 999us).has_value()) << "a storm has few looks";
+    const auto changed = file_.changed(now_ + 1ms);
     ASSERT_TRUE(changed.has_value());
     EXPECT_EQ(changed->community, "other");
-    EXPECT_FALSE(file_.changed(now_ + 2s).has_value());
+    EXPECT_FALSE(file_.changed(now_ + 2ms).has_value());
     EXPECT_THAT(log_.lines(), ElementsAre(HasSubstr("read again")));
 }
 
@@ -140,6 +143,22 @@ TEST_F(SettingsFile, ThatCannotBeReadIsRefused)
 {
     std::filesystem::create_directory(dir_.path("traps.json"));
     EXPECT_THAT(refusal(), HasSubstr("is no ordinary file"));
+}
+
+TEST_F(SettingsFile, ThatIsAFifoIsRefusedWithoutWaitingForAWriter)
+{
+    const auto path = dir_.path("traps.json");
+    ASSERT_EQ(mkfifo(path.c_str(), S_IRUSR | S_IWUSR), 0);
+
+    auto outcome = std::async(std::launch::async, [this] { return refusal(); });
+
+    if (outcome.wait_for(20s) != std::future_status::ready) {
+        ADD_FAILURE() << "it waits for a writer";
+        const int writer = open(path.c_str(), O_RDWR | O_NONBLOCK);
+        outcome.wait();
+        close(writer);
+    }
+    EXPECT_THAT(outcome.get(), HasSubstr("is no ordinary file"));
 }
 
 TEST_F(SettingsFile, ThatIsEmptyIsRefused)
