@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kMinPassphrase = 8;  // RFC 3414, 11.2
 constexpr std::size_t kMaxPassphrase = 255;
 constexpr std::size_t kMaxAddress = 255;
+constexpr std::size_t kMaxUsers = 64;  // the keys of each take milliseconds
 
 std::string oneOf(const JsonPlace& element, std::initializer_list<const char*> choices)
 {
@@ -110,7 +111,12 @@ std::vector<TrapUser> readUsers(const JsonPlace& top)
 {
     std::vector<TrapUser> users;
     std::set<std::string> names;
-    for (const auto& element : top.list("users")) {
+    const auto elements = top.list("users");
+    if (elements.size() > kMaxUsers) {
+        top.at("users").refuse("there are " + std::to_string(elements.size()) + " users, at most " +
+                               std::to_string(kMaxUsers) + " are possible");
+    }
+    for (const auto& element : elements) {
         users.push_back(readUser(element));
         if (!names.insert(users.back().name).second) {
             element.at("name").refuse("user \"" + users.back().name + "\" is there twice");

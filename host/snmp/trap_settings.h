@@ -34,7 +34,7 @@ struct ReceiverSettings {
 ///
 /// JSON, no comments, no other members than these, all of them optional but those marked:
 ///
-///     settings  ::= {"community": TEXT, "users": [user...], "receivers": [receiver...],
+///     settings  ::= {"community": TEXT, "users": [0..64 users], "receivers": [receiver...],
 ///                    "v1AgentAddress": IPV4}
 ///     user      ::= {"name"!: TEXT, "auth"!: AUTH, "authPassphrase"!: TEXT, "privacy"!: PRIVACY,
 ///                    "privacyPassphrase"!: TEXT}

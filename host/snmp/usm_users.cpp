@@ -15,15 +15,19 @@ struct UsmUsers::Keys {
     std::string privacy;
     std::string authKey;
     std::string privacyKey;
+    std::string digest;  ///< of all that it was made of; empty: unknown
 
-    bool operator==(const Keys& other) const
+    void wipeAll()
     {
-        return auth == other.auth && privacy == other.privacy && authKey == other.authKey &&
-               privacyKey == other.privacyKey;
+        wipe(authKey);
+        wipe(privacyKey);
+        wipe(digest);
     }
 };
 
 namespace {
+
+constexpr std::size_t kDigestSize = 32;  // of SHA-256, as the key
 
 const unsigned char* octets(const std::string& text)
 {
@@ -60,8 +64,47 @@ oid* privacyProtocolOf(const std::string& name, std::size_t& length)
     return sc_get_priv_oid(usm_lookup_priv_type(name.c_str()), &length);
 }
 
-/// The key that `passphrase` gives; empty if the library has no such algorithm.
-std::string keyOf(const std::string& auth, const std::string& passphrase)
+std::string whyUnknown(const std::string& name, bool ownEngine)
+{
+    if (name == "--" || name.empty()) {
+        return "version 3 needs a user and the receiver has none; write its user column";
+    }
+    return "user \"" + name + "\" is not known; add it to \"users\" of the trap settings" +
+           (ownEngine ? ", or with createUser to the agent's configuration"
+                      : " (a user of the agent's own configuration cannot send informs)");
+}
+
+}  // namespace
+
+UsmUsers::UsmUsers(KeyMaker keyMaker) : keyMaker_(std::move(keyMaker))
+{
+    u_char key[kDigestSize];
+    std::size_t length = sizeof(key);
+    if (sc_random(key, &length) == SNMPERR_SUCCESS) {
+        digestKey_.assign(key, key + length);
+    }
+    explicit_bzero(key, sizeof(key));
+}
+
+UsmUsers::~UsmUsers()
+{
+    for (const auto& [engineId, name] : made_) {
+        removeUser(engineId, name);
+    }
+    for (auto& [name, keys] : keys_) {
+        keys.wipeAll();
+    }
+    wipe(digestKey_);
+}
+
+std::string UsmUsers::ownEngineId()
+{
+    u_char id[SNMP_MAX_ENG_SIZE];
+    const auto length = snmpv3_get_engineID(id, sizeof(id));
+    return {id, id + length};
+}
+
+std::string UsmUsers::makeKey(const std::string& auth, const std::string& passphrase)
 {
     std::size_t protocolLength = 0;
     const auto* protocol = authProtocolOf(auth, protocolLength);
@@ -77,36 +120,24 @@ std::string keyOf(const std::string& auth, const std::string& passphrase)
     return text;
 }
 
-std::string whyUnknown(const std::string& name, bool ownEngine)
+/// Tells a changed user without its keys or passphrases; says nothing to who lacks the random key.
+/// Empty if there is none.
+std::string UsmUsers::digestOf(const TrapUser& user) const
 {
-    if (name == "--" || name.empty()) {
-        return "version 3 needs a user and the receiver has none; write its user column";
-    }
-    return "user \"" + name + "\" is not known; add it to \"users\" of the trap settings" +
-           (ownEngine ? ", or with createUser to the agent's configuration"
-                      : " (a user of the agent's own configuration cannot send informs)");
-}
-
-}  // namespace
-
-UsmUsers::UsmUsers() = default;
-
-UsmUsers::~UsmUsers()
-{
-    for (const auto& [engineId, name] : made_) {
-        removeUser(engineId, name);
-    }
-    for (auto& [name, keys] : keys_) {
-        wipe(keys.authKey);
-        wipe(keys.privacyKey);
-    }
-}
-
-std::string UsmUsers::ownEngineId()
-{
-    u_char id[SNMP_MAX_ENG_SIZE];
-    const auto length = snmpv3_get_engineID(id, sizeof(id));
-    return {id, id + length};
+    std::size_t protocolLength = 0;
+    const auto* protocol = authProtocolOf("SHA-256", protocolLength);
+    // No text has a NUL within.
+    auto all = user.auth + '\0' + user.authPassphrase + '\0' + user.privacy + '\0' +
+               user.privacyPassphrase;
+    u_char digest[kDigestSize];
+    std::size_t length = sizeof(digest);
+    const bool made =
+        !digestKey_.empty() && protocol != nullptr &&
+        sc_generate_keyed_hash(protocol, protocolLength, octets(digestKey_),
+                               static_cast<u_int>(digestKey_.size()), octets(all),
+                               static_cast<u_int>(all.size()), digest, &length) == SNMPERR_SUCCESS;
+    wipe(all);
+    return made ? std::string(digest, digest + length) : "";
 }
 
 bool UsmUsers::isAgentUser(const std::string& name) const
@@ -152,32 +183,28 @@ void UsmUsers::forget(const std::string& name)
 std::set<std::string> UsmUsers::replace(std::vector<TrapUser>& users)
 {
     std::map<std::string, Keys> keys;
+    std::set<std::string> changed;
     for (auto& user : users) {
+        auto digest = digestOf(user);
+        const auto known = keys_.find(user.name);
         if (isAgentUser(user.name)) {
             hostLog()->error("trap settings: user \"{}\" is a user of the agent's own "
                              "configuration already and not taken from \"users\"; give one of them "
                              "another name",
                              oneLine(user.name));
+        } else if (known != keys_.end() && !digest.empty() && known->second.digest == digest) {
+            keys.insert(keys_.extract(known));
         } else {
-            keys[user.name] = {user.auth, user.privacy, keyOf(user.auth, user.authPassphrase),
-                               keyOf(user.auth, user.privacyPassphrase)};
+            keys[user.name] = {user.auth, user.privacy, keyMaker_(user.auth, user.authPassphrase),
+                               keyMaker_(user.auth, user.privacyPassphrase), std::move(digest)};
+            changed.insert(user.name);
         }
         wipe(user.authPassphrase);
         wipe(user.privacyPassphrase);
     }
-    std::set<std::string> changed;
-    for (auto& [name, old] : keys_) {
-        const auto now = keys.find(name);
-        if (now == keys.end() || !(now->second == old)) {
-            changed.insert(name);
-        }
-        wipe(old.authKey);
-        wipe(old.privacyKey);
-    }
-    for (const auto& entry : keys) {
-        if (keys_.count(entry.first) == 0) {
-            changed.insert(entry.first);
-        }
+    for (auto& [name, old] : keys_) {  // what is left of them
+        old.wipeAll();
+        changed.insert(name);
     }
     keys_ = std::move(keys);
     for (const auto& name : changed) {
@@ -208,6 +235,31 @@ bool UsmUsers::makeReady(const std::string& name, const std::string& engineId, s
     }
     made_.emplace(engineId, name);
     return true;
+}
+
+UsmUsers::EngineUser UsmUsers::hold(const std::string& name, const std::string& engineId,
+                                    std::string& problem)
+{
+    if (!makeReady(name, engineId, problem)) {
+        return nullptr;
+    }
+    const EngineAndName key(engineId, name);
+    auto& held = held_[key];
+    auto user = held.lock();
+    if (!user) {
+        user = EngineUser(this, [this, key](const void*) { release(key); });
+        held = user;
+    }
+    return user;
+}
+
+/// Nobody holds it any longer.
+void UsmUsers::release(const EngineAndName& user)
+{
+    held_.erase(user);
+    if (made_.erase(user) != 0) {
+        removeUser(user.first, user.second);
+    }
 }
 
 }  // namespace talvik

@@ -92,6 +92,21 @@ TEST(TrapSettings, OfAnAddressWithThePortComeFirst)
     EXPECT_EQ(settings.find("b", 2), nullptr);
 }
 
+std::string usersOf(int count)
+{
+    std::string users;
+    for (int i = 0; i < count; ++i) {
+        auto user = kUser;
+        users += (i == 0 ? "" : ",") + user.insert(user.find("trapuser"), std::to_string(i));
+    }
+    return R"({"users": [)" + users + "]}";
+}
+
+TEST(TrapSettings, HaveUpTo64Users)
+{
+    EXPECT_EQ(parse(usersOf(64)).users.size(), 64u);
+}
+
 TEST(TrapSettings, SecretsAreEmptyWhenTheyAreWiped)
 {
     std::string secret = "12345678";
@@ -147,6 +162,7 @@ const Refusal kRefusals[] = {
     {"UserUnknownMember", R"({"users": [{"x": 1}]})", "users[0]: lacks"},
     {"UserTwice", R"({"users": [)" + kUser + "," + kUser + "]}",
      "users[1].name: user \"trapuser\" is there twice"},
+    {"UsersTooMany", usersOf(65), ", users: there are 65 users, at most 64 are possible"},
     {"UserNone", user("name", "\"--\""), "users[0].name: \"--\" stands for no user"},
     {"UserTooLong", user("name", "\"" + std::string(33, 'u') + "\""), "users[0].name: expected"},
     {"UserWithNul", user("name", R"("a\u0000b")"), "users[0].name: a NUL"},

@@ -101,6 +101,40 @@ TEST_F(VersionThreeUsers, ThatChangedAreNamed)
     EXPECT_THAT(replace({user("a"), user("b", "other-phrase"), user("d")}), IsEmpty());
 }
 
+TEST_F(VersionThreeUsers, ThatStayAreNotMadeAgain)
+{
+    std::vector<std::string> made;
+    UsmUsers users([&](const std::string& auth, const std::string& passphrase) {
+        made.push_back(passphrase);
+        return UsmUsers::makeKey(auth, passphrase);
+    });
+    std::vector<TrapUser> settings{user("a"), user("b"), user("c")};
+    users.replace(settings);
+    ASSERT_EQ(made.size(), 6u);
+    made.clear();
+
+    settings = {user("a"), user("b", "other-phrase"), user("d", "fourth-phrase")};
+    EXPECT_THAT(users.replace(settings), ElementsAre("b", "c", "d"));
+    EXPECT_THAT(made,
+                ElementsAre("other-phrase", "privacy-phrase", "fourth-phrase", "privacy-phrase"));
+    EXPECT_TRUE(users.makeReady("a", kOther, problem_)) << "its keys are still there";
+}
+
+TEST_F(VersionThreeUsers, ChangeWithEveryMember)
+{
+    replace({user("a")});
+    for (auto member : {&TrapUser::auth, &TrapUser::authPassphrase, &TrapUser::privacy,
+                        &TrapUser::privacyPassphrase}) {
+        auto other = user("a");
+        other.*member = member == &TrapUser::auth      ? "SHA-512"
+                        : member == &TrapUser::privacy ? "AES-256"
+                                                       : "another-phrase";
+        EXPECT_THAT(replace({other}), ElementsAre("a"));
+        EXPECT_THAT(replace({user("a")}), ElementsAre("a"));
+    }
+    EXPECT_THAT(replace({user("a")}), IsEmpty());
+}
+
 TEST_F(VersionThreeUsers, OfTheAgentSendTraps)
 {
     createAgentUser(R"(agentuser SHA-256 "agent-passphrase" AES "agent-privacy")");
