@@ -7,7 +7,9 @@ namespace talvik {
 namespace {
 
 constexpr auto kFirstPause = std::chrono::milliseconds(1000);
-constexpr auto kLongestPause = std::chrono::milliseconds(60000);
+
+// Shorter than notifications wait for a way: each of them sees an attempt.
+constexpr auto kLongestPause = std::chrono::milliseconds(5000);
 
 }  // namespace
 
@@ -22,7 +24,8 @@ InformLink::Way InformLink::open(const SessionSettings& settings, Time now, std:
         if (way != Way::Open) {
             return way;
         }
-        if (!users_.makeReady(settings.user, engineId_, problem)) {
+        user_ = users_.hold(settings.user, engineId_, problem);
+        if (!user_) {
             return Way::None;
         }
         complete.engineId = engineId_;
@@ -52,7 +55,9 @@ void InformLink::forgetEngine()
 {
     close();
     discovery_.reset();
+    user_.reset();
     engineId_.clear();
+    pause_ = std::chrono::milliseconds(0);
     discoverAt_ = Time::min();
 }
 

@@ -42,7 +42,7 @@ public:
     /// Ends what is under way as `InformEnd::Closed`. The engine ID stays known.
     void close() { session_.reset(); }
 
-    /// The receiver is somewhere else, or its engine is another one.
+    /// The receiver is somewhere else, or its engine is another one: the next `open` asks at once.
     void forgetEngine();
 
     /// Takes the outcome of a discovery; false if nobody answered it.
@@ -54,6 +54,7 @@ private:
     UsmUsers& users_;
     std::function<void()> workDue_;
     std::string engineId_;
+    UsmUsers::EngineUser user_;           ///< of that engine
     std::chrono::milliseconds pause_{0};  ///< between two discoveries
     Time discoverAt_ = Time::min();
     std::unique_ptr<EngineDiscovery> discovery_;
