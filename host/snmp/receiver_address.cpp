@@ -3,6 +3,7 @@
 #include "host/platform/destination_address.h"
 #include "host/platform/name_cache.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -36,7 +37,7 @@ bool ReceiverAddress::update()
     const auto found =
         names_ == nullptr ? std::vector<std::string>() : names_->addressesOf(address_);
     stale_ = found.empty() && known();
-    if (found.empty() || found.front() == numeric_) {
+    if (found.empty() || std::find(found.begin(), found.end(), numeric_) != found.end()) {
         return false;
     }
     use(found.front());

@@ -9,8 +9,9 @@ namespace talvik {
 
 class NameCache;
 
-/// Where a receiver is: its numeric address, or what its name stands for. While the name does not
-/// resolve, the last address that it had stays.
+/// Where a receiver is: its numeric address, or what its name stands for. Of several addresses it
+/// is the first, and that stays while it is one of them, since name servers turn their lists. While
+/// the name does not resolve, the last address that it had stays.
 class ReceiverAddress {
 public:
     /// `names` outlives it; null if names do not resolve.
