@@ -4,15 +4,17 @@
 #include <netinet/in.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 
 namespace talvik {
 
 namespace {
 
 constexpr auto kRouteLifetime = std::chrono::minutes(1);
-constexpr std::size_t kMaxRoutes = 1024;
+constexpr std::size_t kMaxRoutes = 8192;  // twice the rows of the trap destination table
 constexpr int kSendBuffer = 1 << 20;
 
 }  // namespace
@@ -33,14 +35,24 @@ std::optional<SocketAddress> SocketAddress::parse(const std::string& address, un
     return result;
 }
 
-/// A datagram socket that never waits; `fd` is -1 with the reason in `problem` if there is none.
+bool mayPass(int error)
+{
+    constexpr int kPassing[] = {EAGAIN,       EWOULDBLOCK,   ENOBUFS,      ENOMEM, EMFILE, ENFILE,
+                                ENETDOWN,     ENETUNREACH,   EHOSTUNREACH, EHOSTDOWN,
+                                ECONNREFUSED, EADDRNOTAVAIL, EINTR};
+    return std::find(std::begin(kPassing), std::end(kPassing), error) != std::end(kPassing);
+}
+
+/// A datagram socket that never waits; `fd` is -1 with the reason in `problem` and `error` if there
+/// is none.
 class UdpSender::Socket {
 public:
     Socket(int family, const std::string& source)
         : fd(socket(family, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
     {
         if (fd < 0) {
-            problem = std::strerror(errno);
+            error = errno;
+            problem = std::strerror(error);
             return;
         }
         // Nothing is ever read from it; both are wishes only.
@@ -58,6 +70,7 @@ public:
     Socket& operator=(const Socket&) = delete;
 
     int fd;
+    int error = 0;
     std::string problem;
 
 private:
@@ -67,7 +80,8 @@ private:
         if (!address || address->family() != family) {
             problem = "the source address " + source + " is of the other IP version";
         } else if (bind(fd, address->get(), address->length) != 0) {
-            problem = "the source address " + source + " cannot be used: " + std::strerror(errno);
+            error = errno;
+            problem = "the source address " + source + " cannot be used: " + std::strerror(error);
         }
         if (!problem.empty()) {
             closeNow();
@@ -95,11 +109,13 @@ bool UdpSender::send(const std::string& message, const SocketAddress& to, const 
     }
     if (socket->fd < 0) {
         problem = socket->problem;
+        error_ = socket->error;
         socket.reset();  // the address may be there the next time
         return false;
     }
     if (sendto(socket->fd, message.data(), message.size(), MSG_NOSIGNAL, to.get(), to.length) < 0) {
-        problem = std::strerror(errno);
+        error_ = errno;
+        problem = std::strerror(error_);
         return false;
     }
     return true;
@@ -124,12 +140,23 @@ std::array<unsigned char, 4> UdpSender::sourceOf(const SocketAddress& to, const 
         getsockname(probe.fd, local.get(), &local.length) == 0) {
         const auto& ipv4 = reinterpret_cast<const sockaddr_in&>(local.storage);
         std::memcpy(octets.data(), &ipv4.sin_addr, octets.size());
+        keepRoute({receiver, source}, {octets, now + kRouteLifetime}, now);
     }
-    if (routes_.size() >= kMaxRoutes) {
-        routes_.clear();
-    }
-    routes_[{receiver, source}] = {octets, now + kRouteLifetime};
     return octets;
+}
+
+/// One for which there is no room is found out anew each time.
+void UdpSender::keepRoute(const std::pair<std::string, std::string>& way, const Route& route,
+                          Time now)
+{
+    if (routes_.size() >= kMaxRoutes) {
+        for (auto known = routes_.begin(); known != routes_.end();) {
+            known = known->second.until <= now ? routes_.erase(known) : std::next(known);
+        }
+    }
+    if (routes_.size() < kMaxRoutes || routes_.count(way) != 0) {
+        routes_[way] = route;
+    }
 }
 
 }  // namespace talvik

@@ -25,6 +25,10 @@ struct SocketAddress {
     sockaddr* get() { return reinterpret_cast<sockaddr*>(&storage); }
 };
 
+/// Whether an error of the system (errno) is one that passes by itself: no room, route, address or
+/// descriptor for the time being, or nobody who listens yet.
+bool mayPass(int error);
+
 /// Sends datagrams without ever waiting, from one socket for each family and source address.
 class UdpSender {
 public:
@@ -41,8 +45,11 @@ public:
     bool send(const std::string& message, const SocketAddress& to, const std::string& source,
               std::string& problem);
 
+    /// The system's error of the last `send` that failed.
+    int error() const { return error_; }
+
     /// The IPv4 address that datagrams to `to` leave from, as of at most a minute before `now`;
-    /// 0.0.0.0 where there is none.
+    /// 0.0.0.0 where there is none now.
     std::array<unsigned char, 4> sourceOf(const SocketAddress& to, const std::string& source,
                                           Time now);
 
@@ -54,6 +61,9 @@ private:
         Time until;
     };
 
+    void keepRoute(const std::pair<std::string, std::string>& way, const Route& route, Time now);
+
+    int error_ = 0;
     std::map<std::pair<int, std::string>, std::unique_ptr<Socket>> sockets_;
     std::map<std::pair<std::string, std::string>, Route> routes_;  ///< by receiver and source
 };
