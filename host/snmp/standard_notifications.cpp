@@ -40,7 +40,7 @@ const ObjectId& testNotification()
 
 constexpr int kCategoryEvent = 3;
 constexpr int kFaultTypeEvent = 3;
-constexpr int kLeastLevel = 1;
+constexpr int kLeastLevel = 5;  // informational; 1 is the most severe
 
 SnmpValue text(std::string value)
 {

@@ -50,6 +50,7 @@ TEST(StandardNotifications, ATestSaysThatItIsOne)
     EXPECT_EQ(trap.bindings[1].value.octets, "receiver 12");
     EXPECT_EQ(trap.bindings[3].value.octets, "Test trap");
     EXPECT_EQ(trap.bindings[4].value.number, 3);
+    EXPECT_EQ(trap.bindings[5].value.number, 5) << "info, nothing severe";
     EXPECT_EQ(trap.bindings[6].value.syntax, Syntax::Gauge32);
     EXPECT_EQ(trap.bindings[6].value.number, 0);
     EXPECT_EQ(trap.bindings[7].value.octets.size(), 11U) << "a DateAndTime";
