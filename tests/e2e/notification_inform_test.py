@@ -122,8 +122,8 @@ class NotificationInform(NotificationTest):
         count = UNDER_WAY + WAITING + 100
         self.raise_alarms(count)
         wait_until(lambda: len(other.datagrams) == count, "every trap at the other receiver")
-        status = self.status(1)
-        self.assertEqual((status.waiting, status.given_up), (UNDER_WAY + WAITING, 100))
+        self.wait_for_status(1, lambda status: (status.waiting, status.given_up) == (UNDER_WAY + WAITING, 100),
+                             "the oldest given up")
 
     def test_an_engine_that_is_silent_delays_nobody(self):
         silent, other = self.trap_socket(reads=False), self.trap_socket()
