@@ -84,6 +84,11 @@ bool InformSession::send(const TrapContent& content, Done done, std::string& pro
     return true;
 }
 
+int InformSession::error() const
+{
+    return session_->s_snmp_errno == SNMPERR_BAD_SENDTO ? session_->s_errno : 0;
+}
+
 int InformSession::onEvent(int operation, netsnmp_session*, int, netsnmp_pdu* pdu, void* request)
 {
     return guardCallback("answer to an inform", kForget, [&] {

@@ -42,6 +42,9 @@ public:
     /// called, when it cannot be sent.
     bool send(const TrapContent& content, Done done, std::string& problem);
 
+    /// The system's error of the last `send` that failed; 0 if it was not the system.
+    int error() const;
+
     std::size_t underWay() const { return requests_.size(); }
 
 private:

@@ -4,7 +4,6 @@
 #include "host/platform/log_text.h"
 
 #include <algorithm>
-#include <iterator>
 #include <tuple>
 #include <utility>
 
@@ -15,7 +14,7 @@ namespace {
 constexpr auto kTryEvery = std::chrono::milliseconds(250);
 
 /// A message that met an unknown engine ID is sent once more, not for ever.
-constexpr unsigned kMaxAttempts = 2;
+constexpr int kMaxAttempts = 2;
 
 const std::string kOk = "ok";
 
@@ -31,6 +30,7 @@ TrapReceiver::TrapReceiver(tTrapDestInfo row, const TrapSettings& settings,
                            ReceiverServices& services)
     : services_(services),
       address_(row.address, row.port, services.names),
+      queue_(services.queues),
       link_(services.users, [this] { services_.workDue = true; })
 {
     status_.receiver = std::move(row);
@@ -71,26 +71,36 @@ void TrapReceiver::usersChanged(const std::set<std::string>& names)
     }
 }
 
+void TrapReceiver::takeOver(TrapReceiver& former)
+{
+    former.closeLink();
+    queue_.takeOver(former.queue_);
+    moved_ = true;  // its time begins anew
+    services_.workDue = services_.workDue || !queue_.empty();
+}
+
 void TrapReceiver::send(const std::shared_ptr<OutgoingTrap>& trap, const Delivery& delivery,
                         Time now)
 {
-    waiting_.push_back({nextNumber_++, trap, delivery, now});
-    pump(now);
-    while (waiting_.size() > kMaxWaiting) {
-        giveUpOldest();
+    if (queue_.empty() && link_.underWay() == 0) {
+        progress_ = now;
     }
+    queue_.push(trap, delivery, now);
+    pump(now);
+    makeRoom(now);
 }
 
 ReceiverStatus TrapReceiver::status() const
 {
     auto status = status_;
-    status.waiting = waiting_.size() + returned_.size() + link_.underWay();
+    status.waiting = queue_.size() + link_.underWay();
     return status;
 }
 
 TrapReceiver::Time TrapReceiver::deadline() const
 {
-    return blocked_ && !waiting_.empty() ? nextTry_ : Time::max();
+    const auto next = blocked_ && !queue_.empty() ? nextTry_ : Time::max();
+    return queue_.size() > kMaxWaitingStuck ? std::min(next, progress_ + kMaxWait) : next;
 }
 
 void TrapReceiver::proceed(Time now)
@@ -98,66 +108,69 @@ void TrapReceiver::proceed(Time now)
     if (!link_.proceed(now)) {
         setState("does not answer: its engine ID is unknown and no inform can be sent");
     }
-    if (engineChanged_) {
-        engineChanged_ = false;
-        closeLink();
-        link_.forgetEngine();
-    }
     pump(now);
     giveUpExpired(now);
+    makeRoom(now);
 }
 
 /// Sends as much as can be sent now.
 void TrapReceiver::pump(Time now)
 {
-    blocked_ = false;
-    while (!waiting_.empty() && sendFirst(now)) {
+    if (std::exchange(engineChanged_, false)) {
+        closeLink();
+        link_.forgetEngine();
     }
-    if (waiting_.empty()) {
+    blocked_ = false;
+    while (sendFirst(now)) {
+    }
+    if (std::exchange(moved_, false)) {
+        progress_ = now;
+    }
+    if (queue_.empty()) {
         overflowing_ = false;
     }
     nextTry_ = now + kTryEvery;
 }
 
-/// Sends the first of the queue or counts it as failed; false when it has to wait.
+/// Sends the first of the queue or counts it as failed; false when there is none or it has to wait.
 bool TrapReceiver::sendFirst(Time now)
 {
+    const auto* const next = queue_.next();
+    if (next == nullptr) {
+        return false;
+    }
     if (row().version < 1 || row().version > 3) {
-        failed("its version code " + std::to_string(row().version) +
-               " is unknown; write 1, 2 or 3");
-        return true;
+        return failed("its version code " + std::to_string(row().version) +
+                      " is unknown; write 1, 2 or 3");
     }
     if (address_.update()) {
         closeLink();
         link_.forgetEngine();
+        return true;  // the first may be another one now
     }
     if (!address_.known()) {
-        setState(address_.problem() + "; notifications wait " + std::to_string(kMaxWait.count()) +
-                 " s for it");
-        blocked_ = true;
-        return false;
+        return wait(address_.problem());
     }
-    if (settings_.inform) {
-        return sendInform(now);
-    }
-    sendTrap(*waiting_.front().trap, now);
-    return true;
+    return settings_.inform ? sendInform(*next, now) : sendTrap(*next->trap, now);
 }
 
-void TrapReceiver::sendTrap(OutgoingTrap& trap, Time now)
+/// As `sendFirst`.
+bool TrapReceiver::sendTrap(OutgoingTrap& trap, Time now)
 {
     std::string problem;
     TrapMessageKind kind;
     const auto* message = makeKind(kind, now, problem) ? trap.message(kind, problem) : nullptr;
     if (message == nullptr) {
-        failed(problem);
-    } else if (!services_.udp.send(*message, address_.to(), settings_.source, problem)) {
-        failed("cannot be sent to: " + problem);
-    } else {
-        ++status_.sent;
-        waiting_.pop_front();
-        succeeded();
+        return failed(problem);
     }
+    if (!services_.udp.send(*message, address_.to(), settings_.source, problem)) {
+        problem = "cannot be sent to: " + problem;
+        return mayPass(services_.udp.error()) ? wait(problem) : failed(problem);
+    }
+    ++status_.sent;
+    queue_.dropNext();
+    succeeded();
+    return true;
 }
 
 bool TrapReceiver::makeKind(TrapMessageKind& kind, Time now, std::string& problem)
@@ -174,55 +187,70 @@ bool TrapReceiver::makeKind(TrapMessageKind& kind, Time now, std::string& proble
 }
 
 /// As `sendFirst`.
-bool TrapReceiver::sendInform(Time now)
+bool TrapReceiver::sendInform(const QueuedTrap& next, Time now)
 {
     if (link_.underWay() >= kMaxUnderWay) {
         return false;
     }
     std::string problem;
     const auto way = link_.open(sessionSettings(), now, problem);
+    if (way == InformLink::Way::None) {
+        return noWay(problem);
+    }
     if (way == InformLink::Way::Waiting) {
         blocked_ = true;
         return false;
     }
-    auto item = waiting_.front();
+    auto item = next;
     ++item.attempts;
     const auto ended = [this, item](InformEnd end, const std::string& detail) {
         informEnded(item, end, detail);
     };
-    if (way == InformLink::Way::None ||
-        !link_.session()->send(item.trap->content(), ended, problem)) {
-        failed(problem);
-        return true;
+    if (!link_.session()->send(item.trap->content(), ended, problem)) {
+        problem = "cannot be sent to: " + problem;
+        return mayPass(link_.session()->error()) ? wait(problem) : failed(problem);
     }
     status_.sent += item.attempts == 1 ? 1 : 0;
-    waiting_.pop_front();
+    queue_.takeNext();
     return true;
 }
 
+/// As `sendFirst`: a user is unknown until somebody adds it, anything else may pass.
+bool TrapReceiver::noWay(const std::string& why)
+{
+    std::string ignored;  // `why` says it
+    const bool userKnown = row().version != 3 ||
+                           services_.users.makeReady(row().user, UsmUsers::ownEngineId(), ignored);
+    return userKnown ? wait(why) : failed(why);
+}
+
 /// Called from the library's loop, or while the session is closed.
-void TrapReceiver::informEnded(Item item, InformEnd end, const std::string& detail)
+void TrapReceiver::informEnded(QueuedTrap item, InformEnd end, const std::string& detail)
 {
     services_.workDue = true;
+    queue_.ended(item);
     if (end == InformEnd::Answered) {
         ++status_.answered;
         succeeded();
         return;
     }
+    const auto attempts = static_cast<int>(item.attempts);
     const bool again = end == InformEnd::Closed ||
-                       (end == InformEnd::UnknownEngine && item.attempts < kMaxAttempts);
+                       (end == InformEnd::UnknownEngine && attempts < kMaxAttempts) ||
+                       (end == InformEnd::NotSent && attempts <= settings_.retries);
     engineChanged_ = engineChanged_ || end == InformEnd::UnknownEngine;
-    if (again && !dying_) {
-        returned_.push_back(std::move(item));
-        return;
-    }
-    ++status_.givenUp;
+    moved_ = moved_ || end == InformEnd::Refused;
     if (end == InformEnd::NoAnswer) {
         setState("does not answer informs");
     } else if (end == InformEnd::NotSent) {
         setState("cannot be sent to: " + detail);
-    } else if (end != InformEnd::Closed) {
+    } else if (end == InformEnd::Refused || (end == InformEnd::UnknownEngine && !again)) {
         setState("refuses informs: " + detail);
+    }
+    if (again && !dying_) {
+        queue_.putBack(std::move(item));
+    } else {
+        ++status_.givenUp;
     }
 }
 
@@ -230,12 +258,7 @@ void TrapReceiver::informEnded(Item item, InformEnd end, const std::string& deta
 void TrapReceiver::closeLink()
 {
     link_.close();
-    std::sort(returned_.begin(), returned_.end(),
-              [](const Item& a, const Item& b) { return a.number < b.number; });
-    waiting_.insert(waiting_.begin(), std::make_move_iterator(returned_.begin()),
-                    std::make_move_iterator(returned_.end()));
-    returned_.clear();
-    services_.workDue = services_.workDue || !waiting_.empty();
+    services_.workDue = services_.workDue || !queue_.empty();
 }
 
 SessionSettings TrapReceiver::sessionSettings() const
@@ -258,33 +281,54 @@ void TrapReceiver::giveUpExpired(Time now)
     using std::chrono::milliseconds;
     const auto limit =
         std::max<milliseconds>(kMaxWait, settings_.timeout * (1 + settings_.retries));
-    while (blocked_ && !waiting_.empty() && now - waiting_.front().since >= limit) {
+    while (blocked_ && !queue_.empty() && now - queue_.oldest().since >= limit) {
         ++status_.failed;
-        waiting_.pop_front();
+        queue_.dropOldest();
+    }
+}
+
+/// Gives up the oldest of what nothing says will ever arrive, and of what no memory is left for.
+void TrapReceiver::makeRoom(Time now)
+{
+    while (now - progress_ >= kMaxWait && queue_.size() > kMaxWaitingStuck) {
+        giveUpOldest();
+    }
+    while (services_.queues.isTooMuch() && queue_.size() > services_.queues.share()) {
+        giveUpOldest();
     }
 }
 
 void TrapReceiver::giveUpOldest()
 {
-    ++status_.givenUp;
-    waiting_.pop_front();
     if (!overflowing_ && services_.lines.take()) {
         hostLog()->warn("{}: {} notifications wait for it already, the oldest are given up",
-                        title(), kMaxWaiting);
+                        title(), queue_.size() - 1);
         overflowing_ = true;
     }
+    ++status_.givenUp;
+    queue_.dropOldest();
 }
 
-/// The first of the queue did.
-void TrapReceiver::failed(const std::string& why)
+/// The first of the queue does: returns false.
+bool TrapReceiver::wait(const std::string& why)
+{
+    setState(why + "; notifications wait " + std::to_string(kMaxWait.count()) + " s for it");
+    blocked_ = true;
+    return false;
+}
+
+/// The first of the queue did: returns true, the next one is due.
+bool TrapReceiver::failed(const std::string& why)
 {
     ++status_.failed;
-    waiting_.pop_front();
+    queue_.dropNext();
     setState(why);
+    return true;
 }
 
 void TrapReceiver::succeeded()
 {
+    moved_ = true;
     setState(address_.isStale() ? address_.problem() + "; " + address_.numeric() +
                                       ", the last known address, is used"
                                 : kOk);

@@ -2,8 +2,8 @@
 
 #include "host/snmp/inform_link.h"
 #include "host/snmp/line_budget.h"
-#include "host/snmp/outgoing_trap.h"
 #include "host/snmp/receiver_address.h"
+#include "host/snmp/trap_queue.h"
 #include "host/snmp/trap_sender.h"
 #include "host/snmp/trap_settings.h"
 #include "host/snmp/udp_sender.h"
@@ -11,12 +11,10 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace talvik {
 
@@ -25,24 +23,29 @@ struct ReceiverServices {
     NameCache* names = nullptr;
     UsmUsers users;
     UdpSender udp;
+    QueueTotal queues;
     LineBudget lines;      ///< of what becomes of receivers
     bool workDue = false;  ///< an answer came: `TrapReceiver::proceed` has something to do
 };
 
 /// One row of the trap destination table: how to reach it, what waits for it, and what came of it.
 ///
-/// Notifications leave in the order in which they came. One waits while the receiver has no address
-/// or its engine ID is not known, for a limited time, and while as many informs as are allowed are
-/// on their way.
+/// Notifications leave in the order in which they came. One waits while the receiver has no
+/// address, its engine ID is not known or the system cannot send just now, for a limited time;
+/// while as many informs as are allowed are on their way; and while one about the same alarm is.
 class TrapReceiver {
 public:
     using Time = TrapSender::Time;
 
     static constexpr std::size_t kMaxUnderWay = 32;
-    static constexpr std::size_t kMaxWaiting = 512;
 
-    /// How long one waits for an address or an engine ID; longer where a single inform may.
+    /// How long one waits for a way to the receiver; longer where a single inform may.
     static constexpr std::chrono::seconds kMaxWait{10};
+
+    /// How many wait when nothing has reached the receiver for `kMaxWait`. Otherwise as many wait
+    /// as the back end hands over before it wants acknowledgements: who gave any up sooner would
+    /// lose alarms of a receiver that is only slower than the back end.
+    static constexpr std::size_t kMaxWaitingStuck = 512;
 
     /// `services` outlives it.
     TrapReceiver(tTrapDestInfo row, const TrapSettings& settings, ReceiverServices& services);
@@ -61,6 +64,9 @@ public:
     /// The keys of these users are others now.
     void usersChanged(const std::set<std::string>& names);
 
+    /// Goes on with what was owed to `former`, the same row with other columns.
+    void takeOver(TrapReceiver& former);
+
     /// Sends `trap` now or queues it.
     void send(const std::shared_ptr<OutgoingTrap>& trap, const Delivery& delivery, Time now);
 
@@ -72,26 +78,21 @@ public:
     void proceed(Time now);
 
 private:
-    struct Item {
-        std::uint64_t number = 0;  ///< the order in which they came
-        std::shared_ptr<OutgoingTrap> trap;
-        Delivery delivery;
-        Time since;
-        unsigned attempts = 0;
-    };
-
     void pump(Time now);
     bool sendFirst(Time now);
-    void sendTrap(OutgoingTrap& trap, Time now);
+    bool sendTrap(OutgoingTrap& trap, Time now);
     bool makeKind(TrapMessageKind& kind, Time now, std::string& problem);
-    bool sendInform(Time now);
-    void informEnded(Item item, InformEnd end, const std::string& detail);
+    bool sendInform(const QueuedTrap& next, Time now);
+    bool noWay(const std::string& why);
+    void informEnded(QueuedTrap item, InformEnd end, const std::string& detail);
     void closeLink();
     SessionSettings sessionSettings() const;
 
     void giveUpExpired(Time now);
+    void makeRoom(Time now);
     void giveUpOldest();
-    void failed(const std::string& why);
+    bool wait(const std::string& why);
+    bool failed(const std::string& why);
     void succeeded();
     void setState(const std::string& state);
     std::string title() const;
@@ -103,11 +104,11 @@ private:
     std::optional<std::array<unsigned char, 4>> v1AgentAddress_;
     ReceiverAddress address_;
 
-    std::uint64_t nextNumber_ = 0;
-    std::deque<Item> waiting_;
-    std::vector<Item> returned_;  ///< informs that are to be sent again
-    bool blocked_ = false;        ///< the first waits for an address or an engine ID
-    bool overflowing_ = false;    ///< the log says that there is no room
+    TrapQueue queue_;
+    bool blocked_ = false;      ///< the first waits for a way to the receiver
+    bool overflowing_ = false;  ///< the log says that there is no room
+    bool moved_ = false;        ///< something reached the receiver
+    Time progress_;             ///< when something did, or when it last had nothing to wait for
     bool engineChanged_ = false;
     bool dying_ = false;
     Time nextTry_ = Time::max();

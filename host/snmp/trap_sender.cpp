@@ -7,6 +7,7 @@
 #include "host/snmp/trap_size.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 namespace talvik {
@@ -38,6 +39,8 @@ public:
 
 private:
     TrapReceiver* find(const tTrapDestInfo& row);
+    std::unique_ptr<TrapReceiver> receiverFor(const tTrapDestInfo& row,
+                                              std::unique_ptr<TrapReceiver>& former);
     void lookAtFile(Time now);
     void reportCuts(const TrapContent& trap, const std::vector<TextCut>& cuts);
     std::string nameOf(const ObjectId& id) const;
@@ -48,6 +51,7 @@ private:
     ReceiverServices services_;  // outlives the receivers
     LineBudget lines_;           ///< of what is wrong with notifications
     std::vector<std::unique_ptr<TrapReceiver>> receivers_;
+    std::unordered_map<std::string, TrapReceiver*> byIndex_;
 };
 
 void TrapSender::Outgoing::send(Trap trap, const Delivery& delivery, Time now)
@@ -74,15 +78,15 @@ void TrapSender::Outgoing::send(Trap trap, const Delivery& delivery, Time now)
             receiver->fail();
         }
     }
+    outgoing->endTurn();
 }
 
 /// Null, with a line in the log, for a row that is gone.
 TrapReceiver* TrapSender::Outgoing::find(const tTrapDestInfo& row)
 {
-    for (const auto& receiver : receivers_) {
-        if (sameRow(receiver->row(), row)) {
-            return receiver.get();
-        }
+    const auto known = byIndex_.find(row.index);
+    if (known != byIndex_.end() && sameRow(known->second->row(), row)) {
+        return known->second;
     }
     if (lines_.take()) {
         hostLog()->warn("trap receiver {} is not in the table any more; it gets nothing",
@@ -93,16 +97,31 @@ TrapReceiver* TrapSender::Outgoing::find(const tTrapDestInfo& row)
 
 void TrapSender::Outgoing::setReceivers(const std::vector<tTrapDestInfo>& rows)
 {
-    std::vector<std::unique_ptr<TrapReceiver>> receivers;
-    for (const auto& row : rows) {
-        const auto known = std::find_if(receivers_.begin(), receivers_.end(), [&](const auto& old) {
-            return old != nullptr && sameRow(old->row(), row);
-        });
-        receivers.push_back(known != receivers_.end()
-                                ? std::move(*known)
-                                : std::make_unique<TrapReceiver>(row, settings_, services_));
+    std::unordered_map<std::string, std::unique_ptr<TrapReceiver>> former;
+    for (auto& receiver : receivers_) {
+        const auto index = receiver->row().index;
+        former.emplace(index, std::move(receiver));
     }
-    receivers_ = std::move(receivers);
+    receivers_.clear();
+    byIndex_.clear();
+    for (const auto& row : rows) {
+        receivers_.push_back(receiverFor(row, former[row.index]));
+        byIndex_.emplace(row.index, receivers_.back().get());
+    }
+}
+
+/// `former` itself, if the row is the same, or a new one that goes on with what it owes.
+std::unique_ptr<TrapReceiver>
+TrapSender::Outgoing::receiverFor(const tTrapDestInfo& row, std::unique_ptr<TrapReceiver>& former)
+{
+    if (former && sameRow(former->row(), row)) {
+        return std::move(former);
+    }
+    auto receiver = std::make_unique<TrapReceiver>(row, settings_, services_);
+    if (former) {
+        receiver->takeOver(*former);
+    }
+    return receiver;
 }
 
 std::vector<ReceiverStatus> TrapSender::Outgoing::status() const

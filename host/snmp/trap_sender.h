@@ -57,8 +57,9 @@ public:
     /// get nothing but a line in the log. Throws nothing but allocation failures.
     void send(Trap trap, const Delivery& delivery);
 
-    /// The receivers as they are now: what is under way to one that is gone is given up, counters
-    /// of new ones begin at 0, those of rows that are the same in every column go on.
+    /// The receivers as they are now, each with an index of its own. What is owed to one that is
+    /// gone is given up; what is owed to a row that has other columns now goes out by these. The
+    /// counters of such a row and of new ones begin at 0.
     void setReceivers(const std::vector<tTrapDestInfo>& receivers);
 
     /// In the order of `setReceivers`.

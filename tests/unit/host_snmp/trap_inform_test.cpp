@@ -148,19 +148,6 @@ TEST_F(InformSending, HasAtMost32OnTheirWay)
     EXPECT_EQ(textAt(*parseMessage(receiver_.receive()), 2), "1");
 }
 
-TEST_F(InformSending, GivesUpTheOldestWaitingWhenThereIsNoRoom)
-{
-    writeSettings(settings(R"(, "timeoutMs": 60000)"));
-    sender().setReceivers(version2());
-    for (int i = 0; i < 32 + 512 + 3; ++i) {
-        sender().send(trap(version2()), nullptr);
-    }
-
-    EXPECT_EQ(status().givenUp, 3u);
-    EXPECT_EQ(status().waiting, 544u);
-    EXPECT_EQ(log_.lines().size(), 1u);
-}
-
 TEST_F(InformSending, ToARowThatGoesAwayIsGivenUp)
 {
     writeSettings(settings(""));
