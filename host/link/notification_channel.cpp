@@ -113,7 +113,7 @@ LoopWatcher::Time NotificationChannel::deadline() const
         break;
     }
     const bool canGoOn = moreToTake_ || (acknowledgements_.due() && !wantsToWrite());
-    return canGoOn ? kAtOnce : Time::max();
+    return canGoOn ? kAtOnce : holdEnd_;
 }
 
 void NotificationChannel::proceed(bool ready, Time now)
@@ -133,7 +133,7 @@ void NotificationChannel::proceed(bool ready, Time now)
             throw Broken("no answer to the subscription within " +
                          std::to_string(limits_.subscribe.count()) + " ms");
         }
-        acknowledge();
+        acknowledge(now);
         write();
     } catch (const Broken& error) {
         fail(error.what(), now);
@@ -147,6 +147,8 @@ void NotificationChannel::connect(Time now)
     socket_ = connected(path_);
     input_ = backend::PackageAssembler();
     acknowledgements_ = Acknowledgements();
+    acknowledged_ = 0;
+    holdReported_ = false;
     output_ = subscription(subscribeCommand_);
     written_ = 0;
     subscribeEnd_ = now + limits_.subscribe;
@@ -231,15 +233,39 @@ void NotificationChannel::takeNotification(backend::Bytes& wire)
     }
 }
 
-void NotificationChannel::acknowledge()
+/// True while the back end waits for an acknowledgement before it sends more.
+bool NotificationChannel::isHeldUp() const
+{
+    return acknowledgements_.next() - 1 - acknowledged_ >= limits_.unacknowledged;
+}
+
+void NotificationChannel::acknowledge(Time now)
 {
     if (wantsToWrite()) {
         return;
     }
-    if (const auto number = acknowledgements_.take()) {
-        output_ = acknowledgement(*number);
-        written_ = 0;
+    const auto settled = acknowledgements_.take().value_or(0);
+    if (settled > acknowledged_) {
+        acknowledgeUpTo(settled);
+    } else if (isHeldUp() && now >= holdEnd_) {
+        if (!holdReported_) {
+            hostLog()->warn("{} notifications of the back end wait for receivers that do not "
+                            "answer; the oldest count as delivered, so that the others get theirs",
+                            limits_.unacknowledged);
+            holdReported_ = true;
+        }
+        acknowledgeUpTo(acknowledged_ + limits_.unacknowledged / 2);
+    } else if (isHeldUp() && holdEnd_ == Time::max()) {
+        holdEnd_ = now + limits_.longestHold;
     }
+}
+
+void NotificationChannel::acknowledgeUpTo(std::uint32_t number)
+{
+    output_ = acknowledgement(number);
+    written_ = 0;
+    acknowledged_ = number;
+    holdEnd_ = Time::max();
 }
 
 void NotificationChannel::write()
@@ -272,6 +298,7 @@ void NotificationChannel::fail(const std::string& reason, Time now)
     output_.clear();
     written_ = 0;
     acknowledgements_ = Acknowledgements();
+    holdEnd_ = Time::max();
     retryAt_ = now + pause_;
     pause_ = std::min(pause_ * 2, limits_.longestPause);
 }

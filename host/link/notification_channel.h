@@ -17,7 +17,9 @@ namespace talvik {
 
 /// The notifications of the back end, on a connection of their own. What came is acknowledged when
 /// it is settled, so the back end sends again what was under way when either side or the connection
-/// broke off. Connects by itself, again and again while the back end is away.
+/// broke off. When the back end waits for acknowledgements and none of the notifications becomes
+/// settled for a while, the oldest are acknowledged nonetheless: who settles nothing must not hold
+/// up the rest. Connects by itself, again and again while the back end is away.
 class NotificationChannel : public LoopWatcher {
 public:
     /// Takes one alarm record. The notification is settled when the last copy of `delivery` is
@@ -30,6 +32,8 @@ public:
         std::chrono::milliseconds firstPause{100};     ///< before the first new attempt; doubles
         std::chrono::milliseconds longestPause{2000};  ///< between attempts
         unsigned recordsATurn = 32;                    ///< handed to the consumer by one `proceed`
+        std::uint32_t unacknowledged = 1024;           ///< then the back end sends no more
+        std::chrono::milliseconds longestHold{250};    ///< that what is not settled keeps it so
     };
 
     /// `path` is the back end's socket, `subscribeCommand` the number of SUBSCRIBE_NOTIFICATIONS.
@@ -57,7 +61,9 @@ private:
     void takePackages();
     void takeReply(backend::Bytes& wire);
     void takeNotification(backend::Bytes& wire);
-    void acknowledge();
+    void acknowledge(Time now);
+    void acknowledgeUpTo(std::uint32_t number);
+    bool isHeldUp() const;
     void write();
     void fail(const std::string& reason, Time now);
 
@@ -76,6 +82,9 @@ private:
     backend::Bytes output_;
     std::size_t written_ = 0;
     Acknowledgements acknowledgements_;
+    std::uint32_t acknowledged_ = 0;  // up to which the back end has been told
+    Time holdEnd_ = Time::max();      // when the oldest are acknowledged nonetheless
+    bool holdReported_ = false;       // on this connection
     std::uint64_t received_ = 0;
 };
 

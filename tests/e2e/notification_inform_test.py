@@ -68,6 +68,19 @@ class NotificationInform(NotificationTest):
         self.assertEqual(len(silent.pending()), UNDER_WAY)
         self.assertEqual(agent.stop(), 0)
 
+    def test_a_silent_receiver_does_not_hold_up_a_storm(self):
+        silent, other = self.trap_socket(reads=False), self.trap_socket()
+        self.informs(silent, timeoutMs=60000, retries=10)
+        agent = self.start()
+        self.add_receiver(agent, 1, silent.port)
+        self.add_receiver(agent, 2, other.port)
+        count = 3000  # more than the back end sends before it wants to know what became of them
+        with self.client() as client:
+            serials = list(client.raise_many(DISK_FAILED, map(disk, range(count))))
+        wait_until(lambda: len(other.datagrams) == count, "every trap at the other receiver")
+        self.assertEqual([one.objects()[SERIAL_NO] for one in other.notifications()], serials)
+        self.assertEqual(self.status(1).sent, UNDER_WAY)
+
     def test_informs_that_nobody_answers_are_given_up(self):
         silent = self.trap_socket(reads=False)
         self.informs(silent, timeoutMs=100, retries=2)

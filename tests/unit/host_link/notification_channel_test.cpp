@@ -141,6 +141,34 @@ TEST_F(ChannelTest, KeepsBackTheAcknowledgementOfWhatIsNotSettled)
     EXPECT_EQ(next(stream), acknowledgement(2));
 }
 
+TEST_F(ChannelTest, AcknowledgesTheOldestWhenNothingIsSettledAndTheBackEndWaits)
+{
+    FakePeer peer(path());
+    auto stream = subscribe(peer);
+    hold_ = true;
+    for (std::uint32_t number = 1; number <= limits_.unacknowledged; ++number) {
+        EXPECT_EQ(channel_.deadline(), LoopWatcher::Time::max());
+        stream.send(notification(number, 77).bytes());
+        turn();
+    }
+    ASSERT_EQ(taken_.size(), limits_.unacknowledged);
+
+    EXPECT_EQ(channel_.deadline(), now_ + limits_.longestHold);
+    EXPECT_EQ(log_.linesWith("count as delivered"), 0);
+    now_ += limits_.longestHold;
+    turn();
+    EXPECT_EQ(next(stream), acknowledgement(limits_.unacknowledged / 2));
+    EXPECT_EQ(log_.linesWith("count as delivered"), 1);
+
+    held_.erase(held_.begin(), held_.begin() + 10);
+    turnUntilIdle();
+    EXPECT_EQ(channel_.deadline(), LoopWatcher::Time::max());
+    held_.clear();
+    turn();
+    EXPECT_EQ(next(stream), acknowledgement(limits_.unacknowledged))
+        << "what was acknowledged before needs no other";
+}
+
 TEST_F(ChannelTest, TakesABoundedNumberATurn)
 {
     FakePeer peer(path());
