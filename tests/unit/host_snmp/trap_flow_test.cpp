@@ -4,12 +4,14 @@
 #include <sys/resource.h>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace {
 
+using talvik::SocketAddress;
 using talvik::Syntax;
 using talvik::test::parseMessage;
 using talvik::test::textAt;
@@ -40,6 +42,51 @@ public:
 
 private:
     rlimit former_{};
+};
+
+/// Puts a socket that takes nothing in the place of another one while it lives.
+class FailingSocket {
+public:
+    /// In the place of the socket that has this port.
+    explicit FailingSocket(const SocketAddress& other) : fd_(find(other)), kept_(dup(fd_))
+    {
+        const int failing = socket(AF_UNIX, SOCK_DGRAM, 0);
+        if (failing < 0 || kept_ < 0 || dup2(failing, fd_) < 0) {
+            throw std::runtime_error("no failing socket");
+        }
+        close(failing);
+    }
+    ~FailingSocket()
+    {
+        dup2(kept_, fd_);
+        close(kept_);
+    }
+
+    FailingSocket(const FailingSocket&) = delete;
+    FailingSocket& operator=(const FailingSocket&) = delete;
+
+private:
+    static in_port_t portOf(const SocketAddress& address)
+    {
+        return reinterpret_cast<const sockaddr_in&>(address.storage).sin_port;
+    }
+
+    static int find(const SocketAddress& other)
+    {
+        constexpr int kDescriptors = 1024;
+        for (int fd = 3; fd < kDescriptors; ++fd) {
+            SocketAddress own;
+            own.length = sizeof(own.storage);
+            if (getsockname(fd, own.get(), &own.length) == 0 && own.family() == AF_INET &&
+                portOf(own) == portOf(other)) {
+                return fd;
+            }
+        }
+        return -1;
+    }
+
+    int fd_;
+    int kept_;
 };
 
 /// What waits, for whom, how long, and what becomes of it.
@@ -225,6 +272,26 @@ TEST_F(TrapFlow, WaitsUntilTheSystemCanSendAnInform)
     sender().proceed(sender().deadline());
 
     EXPECT_EQ(answerUntil(1).size(), 1u);
+}
+
+TEST_F(TrapFlow, SendsAnInformAgainWhoseRetryTheSystemDidNotTake)
+{
+    useInforms(R"(, "timeoutMs": 200)");
+    sender().setReceivers(rows());
+    send(rows(), 1);
+    ASSERT_NE(receiver_.receive(), "");
+    {
+        const FailingSocket failing(receiver_.sender());
+        ASSERT_TRUE(talvik::test::serveUntil([] {}, [this] { return status().state != "ok"; }));
+    }
+    EXPECT_EQ(status().state, "cannot be sent to: Invalid argument");
+    EXPECT_EQ(status().waiting, 1u);
+
+    EXPECT_EQ(answerUntil(1).size(), 1u);
+
+    EXPECT_EQ(status().sent, 1u) << "it is the same inform";
+    EXPECT_EQ(status().givenUp, 0u);
+    EXPECT_EQ(delivery_.use_count(), 1);
 }
 
 TEST_F(TrapFlow, CountsWhatTheSystemCouldNotSendFor10s)
