@@ -290,7 +290,8 @@ void TrapReceiver::giveUpExpired(Time now)
 /// Gives up the oldest of what nothing says will ever arrive, and of what no memory is left for.
 void TrapReceiver::makeRoom(Time now)
 {
-    while (now - progress_ >= kMaxWait && queue_.size() > kMaxWaitingStuck) {
+    const auto limit = now - progress_ >= kMaxWait ? kMaxWaitingStuck : kMaxWaiting;
+    while (queue_.size() > limit) {
         giveUpOldest();
     }
     while (services_.queues.isTooMuch() && queue_.size() > services_.queues.share()) {

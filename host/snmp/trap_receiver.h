@@ -42,9 +42,11 @@ public:
     /// How long one waits for a way to the receiver; longer where a single inform may.
     static constexpr std::chrono::seconds kMaxWait{10};
 
-    /// How many wait when nothing has reached the receiver for `kMaxWait`. Otherwise as many wait
-    /// as the back end hands over before it wants acknowledgements: who gave any up sooner would
-    /// lose alarms of a receiver that is only slower than the back end.
+    /// How many wait at most: twice what the back end hands over before it wants acknowledgements,
+    /// so that they hold it back first.
+    static constexpr std::size_t kMaxWaiting = 2048;
+
+    /// How many wait when nothing has reached the receiver for `kMaxWait`.
     static constexpr std::size_t kMaxWaitingStuck = 512;
 
     /// `services` outlives it.

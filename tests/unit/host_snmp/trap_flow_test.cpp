@@ -201,6 +201,17 @@ TEST_F(TrapFlow, GivesUpTheOldestBeyond512WhenNothingArrivesFor10s)
     EXPECT_GT(sender().deadline(), start + std::chrono::hours(1)) << "there is nothing to do";
 }
 
+TEST_F(TrapFlow, KeepsNoMoreThan2048ForOneReceiver)
+{
+    sender().setReceivers(named(9));
+
+    send(named(9), 2048 + 3);
+
+    EXPECT_EQ(status().waiting, 2048u);
+    EXPECT_EQ(status().givenUp, 3u);
+    EXPECT_EQ(delivery_.use_count(), 1 + 2048);
+}
+
 TEST_F(TrapFlow, GivesNothingUpWhileAnswersCome)
 {
     useInforms(R"(, "timeoutMs": 60000)");
