@@ -9,7 +9,9 @@
 #include <snmp_pp/snmp_pp.h>
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -72,18 +74,31 @@ public:
     }
 
     /// Sets the binding and has its summary slot show the value.
-    void set(Binding binding, const Snmp_pp::SnmpSyntax& value)
+    template <typename Value>
+    void set(Binding binding, Value&& value)
+    {
+        const Agentpp::Vbx& vb = setValue(binding, std::forward<Value>(value));
+        summary_[indexOf(binding)] = vb.get_printable_value();
+    }
+
+    /// Sets the binding and has its summary slot show `text`.
+    void set(Binding binding, const Snmp_pp::OctetStr& value, const char* text)
+    {
+        setValue(binding, value);
+        summary_[indexOf(binding)] = text;
+    }
+
+private:
+    template <typename Value>
+    Agentpp::Vbx& setValue(Binding binding, Value&& value)
     {
         Agentpp::Vbx& vb = vbs_[indexOf(binding)];
         oid_[oid_.len() - 2] = static_cast<unsigned>(binding);
         vb.set_oid(oid_);
-        vb.set_value(value);
-        show(binding, vb.get_printable_value());
+        vb.set_value(std::forward<Value>(value));
+        return vb;
     }
 
-    void show(Binding binding, const char* text) { summary_[indexOf(binding)] = text; }
-
-private:
     Agentpp::Vbx* vbs_;
     const char** summary_;
     Snmp_pp::Oid oid_;
@@ -122,9 +137,8 @@ void CTalvikNotifyMsgHandler::fileAlarmTrapVbTime(Agentpp::Vbx*& vbs, const char
                                                   Snmp_pp::OctetStr& text)
 {
     BindingWriter bindings(vbs, summary, base);
-    bindings.set(Binding::FaultTime, value);
     // Contract: the log shows readable time whatever the binding carries; log viewers read it.
-    bindings.show(Binding::FaultTime, text.get_printable());
+    bindings.set(Binding::FaultTime, value, text.get_printable());
 }
 
 void CTalvikNotifyMsgHandler::fileAlarmTrapVbAddition(Agentpp::Vbx*& vbs, const char** summary,
@@ -156,12 +170,21 @@ void CTalvikNotifyMsgHandler::dump_alarm_info(const char** summary)
 {
     static const std::string signature = __PRETTY_FUNCTION__;
     CKELDebugKitGuard guard(talvik::kLogModule, signature);
-    std::string text = "the content of alarm is \n";
+    constexpr std::string_view kTitle = "the content of alarm is \n";
+    std::string_view values[kBindingCount];
+    std::size_t size = kTitle.size();
     for (unsigned i = 0; i < kBindingCount; ++i) {
         if (summary[i] == nullptr) {
             summary[i] = "Unknown";
         }
-        text.append(kLabels[i]).append(summary[i]).append("\n");
+        values[i] = summary[i];
+        size += kLabelLength + values[i].size() + 1;
+    }
+    std::string text;
+    text.reserve(size);
+    text += kTitle;
+    for (unsigned i = 0; i < kBindingCount; ++i) {
+        text.append(kLabels[i]).append(values[i]) += '\n';
     }
     // Contract: a warning, though nothing is wrong; hosts keep their record of sent alarms by it.
     guard.warn(talvik::log_code::kHandler, "dump_alarm_info", __LINE__, "%s", text.c_str());

@@ -2,9 +2,10 @@
 
 #include <snmp_pp/snmp_pp.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <ctime>
+#include <limits>
 
 namespace {
 
@@ -60,6 +61,38 @@ unsigned char octet(unsigned value)
     return static_cast<unsigned char>(value);
 }
 
+/// Builds the text of a time. Two a notification: a printf format takes longer than the conversion.
+class TextWriter {
+public:
+    /// With zeros in front up to `digits` digits.
+    TextWriter& number(unsigned value, int digits)
+    {
+        char reversed[std::numeric_limits<unsigned>::digits10 + 1];
+        int count = 0;
+        for (; value != 0 || count < digits; value /= kTen) {
+            reversed[count++] = static_cast<char>('0' + value % kTen);
+        }
+        while (count != 0) {
+            sign(reversed[--count]);
+        }
+        return *this;
+    }
+
+    TextWriter& sign(char character)
+    {
+        text_[size_++] = character;
+        return *this;
+    }
+
+    const char* get() const { return text_; }
+
+private:
+    static constexpr unsigned kTen = 10;
+
+    char text_[64] = {};
+    std::size_t size_ = 0;
+};
+
 }  // namespace
 
 void CSnmpUtil::convertTime2DateTime(Snmp_pp::OctetStr& octets, long seconds)
@@ -82,8 +115,10 @@ void CSnmpUtil::convertTime2DateTime(Snmp_pp::OctetStr& octets, long seconds)
 void CSnmpUtil::convertTime2DateTimeStr(Snmp_pp::OctetStr& octets, long seconds)
 {
     const LocalTime t = localTimeOf(seconds);
-    char text[64];
-    std::snprintf(text, sizeof text, "%04u-%02u-%02u,%02u:%02u:%02u.0,%c%02u:%02u", t.year, t.month,
-                  t.day, t.hour, t.minute, t.second, t.direction, t.hoursFromUtc, t.minutesFromUtc);
-    octets = text;
+    TextWriter text;
+    text.number(t.year, 4).sign('-').number(t.month, 2).sign('-').number(t.day, 2).sign(',');
+    text.number(t.hour, 2).sign(':').number(t.minute, 2).sign(':').number(t.second, 2);
+    text.sign('.').sign('0').sign(',');  // tenths of a second
+    text.sign(t.direction).number(t.hoursFromUtc, 2).sign(':').number(t.minutesFromUtc, 2);
+    octets = text.get();
 }

@@ -3,20 +3,18 @@
 #include "ber_length.h"
 #include "snmp_pp/integer.h"
 
-#include <string>
-
 namespace Snmp_pp {
 
 Counter64::Counter64(std::uint32_t high, std::uint32_t low)
-    : number_(static_cast<pp_uint64>(high) << 32 | low)
+    : Counter64(static_cast<pp_uint64>(high) << 32 | low)
 {
 }
 
 Counter64& Counter64::operator=(pp_uint64 number)
 {
     number_ = number;
+    text_ = DecimalText<pp_uint64>(number);
     valid_ = true;
-    printable_.reset();
     return *this;
 }
 
@@ -39,11 +37,6 @@ SnmpSyntax& Counter64::operator=(const SnmpSyntax& value)
     *this = pp_uint64{static_cast<std::uint32_t>(word)};
     valid_ = word.valid();
     return *this;
-}
-
-const char* Counter64::get_printable() const
-{
-    return printable_.get([this] { return std::to_string(number_); });
 }
 
 int Counter64::get_asn1_length() const

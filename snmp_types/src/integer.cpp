@@ -2,15 +2,13 @@
 
 #include "ber_length.h"
 
-#include <string>
-
 namespace Snmp_pp {
 
 SnmpInt32& SnmpInt32::operator=(std::int32_t number)
 {
     number_ = number;
+    text_ = DecimalText<std::int32_t>(number);
     valid_ = true;
-    printable_.reset();
     return *this;
 }
 
@@ -41,11 +39,6 @@ SnmpSyntax& SnmpInt32::operator=(const SnmpSyntax& value)
     }
 }
 
-const char* SnmpInt32::get_printable() const
-{
-    return printable_.get([this] { return std::to_string(number_); });
-}
-
 int SnmpInt32::get_asn1_length() const
 {
     return berElementLength(berSignedLength(number_));
@@ -54,8 +47,8 @@ int SnmpInt32::get_asn1_length() const
 SnmpUInt32& SnmpUInt32::operator=(std::uint32_t number)
 {
     number_ = number;
+    text_ = DecimalText<std::uint32_t>(number);
     valid_ = true;
-    printable_.reset();
     return *this;
 }
 
@@ -84,11 +77,6 @@ SnmpSyntax& SnmpUInt32::operator=(const SnmpSyntax& value)
         valid_ = false;
         return *this;
     }
-}
-
-const char* SnmpUInt32::get_printable() const
-{
-    return printable_.get([this] { return std::to_string(number_); });
 }
 
 int SnmpUInt32::get_asn1_length() const

@@ -3,16 +3,19 @@
 #include "ber_length.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <iterator>
+#include <limits>
 #include <string>
+#include <utility>
 
 namespace Snmp_pp {
 
 namespace {
 
 /// text ::= [number] *("." [number]); false, with some of it appended, at anything else.
-bool appendText(std::vector<SmiUINT32>& ids, const char* text)
+bool appendText(SubIdentifiers& ids, const char* text)
 {
     bool inNumber = false;
     for (; *text != '\0'; ++text) {
@@ -24,7 +27,7 @@ bool appendText(std::vector<SmiUINT32>& ids, const char* text)
             return false;
         }
         if (!inNumber) {
-            ids.push_back(0);
+            ids.append(0);
             inNumber = true;
         }
         // Contract: hosts that link SNMP++ see a number beyond 32 bits wrap, so it does here.
@@ -33,14 +36,17 @@ bool appendText(std::vector<SmiUINT32>& ids, const char* text)
     return true;
 }
 
-std::string dotted(const std::vector<SmiUINT32>& ids)
+std::string dotted(const SubIdentifiers& ids)
 {
+    constexpr std::size_t kUsualLength = 3;  // of a sub-identifier and its dot
     std::string text;
+    text.reserve(ids.size() * kUsualLength);
     for (const SmiUINT32 id : ids) {
+        char digits[std::numeric_limits<SmiUINT32>::digits10 + 1];
         if (!text.empty()) {
             text += '.';
         }
-        text += std::to_string(id);
+        text.append(digits, std::to_chars(std::begin(digits), std::end(digits), id).ptr);
     }
     return text;
 }
@@ -71,6 +77,16 @@ Oid& Oid::operator=(const Oid& other)
     return *this;
 }
 
+Oid& Oid::operator=(Oid&& other) noexcept
+{
+    if (this != &other) {
+        ids_ = std::move(other.ids_);
+        printable_.reset();
+        other.printable_.reset();
+    }
+    return *this;
+}
+
 SnmpSyntax& Oid::operator=(const SnmpSyntax& value)
 {
     if (value.get_syntax() == sNMP_SYNTAX_OID) {
@@ -89,17 +105,14 @@ Oid& Oid::operator+=(const char* text)
 
 Oid& Oid::operator+=(SmiUINT32 id)
 {
-    ids_.push_back(id);
+    ids_.append(id);
     printable_.reset();
     return *this;
 }
 
 Oid& Oid::operator+=(const Oid& other)
 {
-    // Room first: `other` may be this one.
-    const std::size_t count = other.ids_.size();
-    ids_.reserve(ids_.size() + count);
-    std::copy_n(other.ids_.begin(), count, std::back_inserter(ids_));
+    ids_.append(other.ids_.begin(), other.ids_.size());
     printable_.reset();
     return *this;
 }
@@ -113,14 +126,9 @@ SmiUINT32& Oid::operator[](unsigned int index)
     return spare_ = 0;
 }
 
-SmiUINT32 Oid::operator[](unsigned int index) const
-{
-    return index < ids_.size() ? ids_[index] : 0;
-}
-
 void Oid::trim(SmiUINT32 count)
 {
-    ids_.resize(ids_.size() - std::min<std::size_t>(count, ids_.size()));
+    ids_.truncate(ids_.size() - std::min<std::size_t>(count, ids_.size()));
     printable_.reset();
 }
 
@@ -139,8 +147,7 @@ int Oid::nCompare(SmiUINT32 count, const Oid& other) const
 void Oid::set_data(const SmiUINT32* ids, SmiUINT32 length)
 {
     if (ids) {
-        // By way of a copy: `ids` may point into this one.
-        ids_ = std::vector<SmiUINT32>(ids, ids + length);
+        ids_.assign(ids, length);
     } else {
         ids_.clear();
     }

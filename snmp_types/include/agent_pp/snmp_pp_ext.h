@@ -15,9 +15,11 @@ public:
     Oidx(const Snmp_pp::Oid& oid) : Oid(oid) {}
     Oidx(const Snmp_pp::SmiUINT32* ids, int length) : Oid(ids, length) {}
     Oidx(const Oidx&) = default;
+    Oidx(Oidx&&) = default;
 
     using Oid::operator=;
     Oidx& operator=(const Oidx&) = default;
+    Oidx& operator=(Oidx&&) = default;
 
     /// The OID of this one sub-identifier.
     Oidx& operator=(std::uint32_t id);

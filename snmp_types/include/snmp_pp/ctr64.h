@@ -1,5 +1,6 @@
 #pragma once
 
+#include "snmp_pp/decimal_text.h"
 #include "snmp_pp/smival.h"
 
 namespace Snmp_pp {
@@ -7,7 +8,7 @@ namespace Snmp_pp {
 /// Counter64. A default-made one is 0.
 class Counter64 : public SnmpSyntax {
 public:
-    Counter64(pp_uint64 number = 0) : number_(number) {}
+    Counter64(pp_uint64 number = 0) : number_(number), text_(number) {}
     Counter64(std::uint32_t high, std::uint32_t low);
     Counter64(const Counter64&) = default;
 
@@ -21,7 +22,7 @@ public:
     std::uint32_t high() const { return static_cast<std::uint32_t>(number_ >> 32); }
     std::uint32_t low() const { return static_cast<std::uint32_t>(number_); }
 
-    const char* get_printable() const override;
+    const char* get_printable() const override { return text_.get(); }
     SmiUINT32 get_syntax() const override { return sNMP_SYNTAX_CNTR64; }
     SnmpSyntax* clone() const override { return new Counter64(*this); }
     bool valid() const override { return valid_; }
@@ -30,6 +31,7 @@ public:
 
 private:
     pp_uint64 number_;
+    DecimalText<pp_uint64> text_;
     bool valid_ = true;
 };
 

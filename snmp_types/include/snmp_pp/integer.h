@@ -1,5 +1,6 @@
 #pragma once
 
+#include "snmp_pp/decimal_text.h"
 #include "snmp_pp/smival.h"
 
 namespace Snmp_pp {
@@ -7,7 +8,7 @@ namespace Snmp_pp {
 /// INTEGER, 32 bits signed. A default-made one is 0.
 class SnmpInt32 : public SnmpSyntax {
 public:
-    SnmpInt32(std::int32_t number = 0) : number_(number) {}
+    SnmpInt32(std::int32_t number = 0) : number_(number), text_(number) {}
     SnmpInt32(const SnmpInt32&) = default;
 
     SnmpInt32& operator=(std::int32_t number);
@@ -18,7 +19,7 @@ public:
 
     operator std::int32_t() const { return number_; }
 
-    const char* get_printable() const override;
+    const char* get_printable() const override { return text_.get(); }
     SmiUINT32 get_syntax() const override { return sNMP_SYNTAX_INT32; }
     SnmpSyntax* clone() const override { return new SnmpInt32(*this); }
     bool valid() const override { return valid_; }
@@ -27,13 +28,14 @@ public:
 
 private:
     std::int32_t number_;
+    DecimalText<std::int32_t> text_;
     bool valid_ = true;
 };
 
 /// Unsigned32. A default-made one is 0.
 class SnmpUInt32 : public SnmpSyntax {
 public:
-    SnmpUInt32(std::uint32_t number = 0) : number_(number) {}
+    SnmpUInt32(std::uint32_t number = 0) : number_(number), text_(number) {}
     SnmpUInt32(const SnmpUInt32&) = default;
 
     SnmpUInt32& operator=(std::uint32_t number);
@@ -44,7 +46,7 @@ public:
 
     operator std::uint32_t() const { return number_; }
 
-    const char* get_printable() const override;
+    const char* get_printable() const override { return text_.get(); }
     SmiUINT32 get_syntax() const override { return sNMP_SYNTAX_UINT32; }
     SnmpSyntax* clone() const override { return new SnmpUInt32(*this); }
     bool valid() const override { return valid_; }
@@ -53,6 +55,7 @@ public:
 
 private:
     std::uint32_t number_;
+    DecimalText<std::uint32_t> text_;
     bool valid_ = true;
 };
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "snmp_pp/printable_cache.h"
 #include "snmp_pp/smival.h"
 
 #include <string>
+#include <utility>
 
 namespace Snmp_pp {
 
@@ -15,9 +17,11 @@ public:
     OctetStr(const char* text);
     OctetStr(const unsigned char* bytes, std::uint32_t length);
     OctetStr(const OctetStr&) = default;
+    OctetStr(OctetStr&& other) noexcept { *this = std::move(other); }
 
     OctetStr& operator=(const char* text);
     OctetStr& operator=(const OctetStr& other);
+    OctetStr& operator=(OctetStr&& other) noexcept;
 
     /// Fits OCTET STRING only.
     SnmpSyntax& operator=(const SnmpSyntax& value) override;
@@ -75,6 +79,7 @@ private:
     std::string bytes_;
     bool valid_ = true;
     unsigned char spare_ = 0;
+    PrintableCache printable_;  ///< of bytes that are no text
 };
 
 }  // namespace Snmp_pp

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "snmp_pp/printable_cache.h"
 #include "snmp_pp/smival.h"
+#include "snmp_pp/sub_identifiers.h"
 
-#include <vector>
+#include <utility>
 
 namespace Snmp_pp {
 
@@ -18,12 +20,14 @@ public:
     /// Null gives an empty one.
     Oid(const char* text);
     Oid(const Oid&) = default;
+    Oid(Oid&& other) noexcept : ids_(std::move(other.ids_)) { other.printable_.reset(); }
 
     /// Null or a length below 1 gives an empty one.
     Oid(const SmiUINT32* ids, int length);
 
     Oid& operator=(const char* text);
     Oid& operator=(const Oid& other);
+    Oid& operator=(Oid&& other) noexcept;
 
     /// Fits OBJECT IDENTIFIER only.
     SnmpSyntax& operator=(const SnmpSyntax& value) override;
@@ -35,18 +39,18 @@ public:
 
     /// By sub-identifier; a prefix is the lesser.
     friend bool operator==(const Oid& a, const Oid& b) { return a.ids_ == b.ids_; }
-    friend bool operator!=(const Oid& a, const Oid& b) { return a.ids_ != b.ids_; }
+    friend bool operator!=(const Oid& a, const Oid& b) { return !(a == b); }
     friend bool operator<(const Oid& a, const Oid& b) { return a.ids_ < b.ids_; }
-    friend bool operator<=(const Oid& a, const Oid& b) { return a.ids_ <= b.ids_; }
-    friend bool operator>(const Oid& a, const Oid& b) { return a.ids_ > b.ids_; }
-    friend bool operator>=(const Oid& a, const Oid& b) { return a.ids_ >= b.ids_; }
+    friend bool operator<=(const Oid& a, const Oid& b) { return !(b < a); }
+    friend bool operator>(const Oid& a, const Oid& b) { return b < a; }
+    friend bool operator>=(const Oid& a, const Oid& b) { return !(a < b); }
 
     /// For writing: the reference must not outlive the next call on this object. Past the end it
     /// is a spare sub-identifier that is no part of the value.
     SmiUINT32& operator[](unsigned int index);
 
     /// 0 past the end.
-    SmiUINT32 operator[](unsigned int index) const;
+    SmiUINT32 operator[](unsigned int index) const { return index < ids_.size() ? ids_[index] : 0; }
 
     SmiUINT32 len() const { return static_cast<SmiUINT32>(ids_.size()); }
 
@@ -71,8 +75,9 @@ public:
 private:
     void parse(const char* text);
 
-    std::vector<SmiUINT32> ids_;
+    SubIdentifiers ids_;
     SmiUINT32 spare_ = 0;
+    PrintableCache printable_;
 };
 
 }  // namespace Snmp_pp

@@ -36,7 +36,14 @@ public:
     }
 
     /// Drops the text: the value has changed.
-    void reset() noexcept { delete text_.exchange(nullptr, std::memory_order_acq_rel); }
+    void reset() noexcept
+    {
+        // No locked instruction: nobody may read while the value changes.
+        if (const std::string* kept = text_.load(std::memory_order_acquire)) {
+            text_.store(nullptr, std::memory_order_relaxed);
+            delete kept;
+        }
+    }
 
 private:
     mutable std::atomic<const std::string*> text_{nullptr};

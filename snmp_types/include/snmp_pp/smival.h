@@ -1,7 +1,5 @@
 #pragma once
 
-#include "snmp_pp/printable_cache.h"
-
 #include <cstdint>
 
 // Macros, not constants: code that uses them must compile unchanged where the libraries' own
@@ -59,8 +57,6 @@ public:
 protected:
     SnmpSyntax() = default;
     SnmpSyntax(const SnmpSyntax&) = default;
-
-    PrintableCache printable_;
 };
 
 }  // namespace Snmp_pp

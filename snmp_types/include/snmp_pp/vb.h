@@ -8,6 +8,8 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 namespace Snmp_pp {
 
@@ -18,6 +20,8 @@ public:
     Vb(const Oid& oid) : oid_(oid) {}
     Vb(const Vb& other);
     Vb& operator=(const Vb& other);
+    Vb(Vb&&) noexcept = default;
+    Vb& operator=(Vb&&) noexcept = default;
 
     void set_oid(const Oid& oid) { oid_ = oid; }
     void get_oid(Oid& oid) const { oid = oid_; }
@@ -25,6 +29,15 @@ public:
 
     /// The old value is released first, with whatever get_printable_value() answered for it.
     void set_value(const SnmpSyntax& value);
+
+    /// As above, and takes the bytes of a temporary.
+    template <typename Octets, typename = std::enable_if_t<std::is_same_v<Octets, OctetStr>>>
+    void set_value(Octets&& octets)
+    {
+        release();
+        value_ = std::make_unique<OctetStr>(std::forward<Octets>(octets));
+    }
+
     void set_value(int number) { set_value(SnmpInt32(number)); }
     void set_value(unsigned int number) { set_value(SnmpUInt32(number)); }
     void set_value(const char* text) { set_value(OctetStr(text)); }

@@ -67,4 +67,17 @@ TEST(OctetStrPrintable, PrintsEveryAsciiTextByteAsItself)
     }
 }
 
+TEST(OctetStrPlaces, IsTextForTheSameBytesAtEveryPlace)
+{
+    constexpr std::size_t kSize = 37;
+    for (int byte = 0; byte <= 0xFF; ++byte) {
+        const bool isText = byte == '\n' || (byte >= ' ' && byte <= '~');
+        for (std::size_t at = 0; at < kSize; ++at) {
+            std::string bytes(kSize, 'a');
+            bytes[at] = static_cast<char>(byte);
+            EXPECT_EQ(octetsOf(bytes).get_printable() == bytes, isText) << byte << " at " << at;
+        }
+    }
+}
+
 }  // namespace

@@ -1,9 +1,13 @@
 #include "snmp_pp/octet.h"
 
+#include "snmp_pp/oid.h"
+
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -129,6 +133,40 @@ TEST(OctetStr, CopiesAreIndependent)
     EXPECT_EQ(copy, "abc");
     EXPECT_STREQ(clone->get_printable(), "abc");
     EXPECT_EQ(original, "Xbc");
+}
+
+TEST(OctetStr, LeavesAnEmptyOneWhereItIsMovedFrom)
+{
+    for (const std::string& bytes : {std::string("short"), std::string(100, '\x01')}) {
+        OctetStr source(reinterpret_cast<const unsigned char*>(bytes.data()),
+                        static_cast<std::uint32_t>(bytes.size()));
+        const std::string printed = source.get_printable();
+        OctetStr target("\x02");
+        ASSERT_STRNE(target.get_printable(), printed.c_str());
+
+        target = std::move(source);
+        EXPECT_EQ(target.as_string(), bytes);
+        EXPECT_EQ(target.get_printable(), printed);
+        EXPECT_EQ(source.len(), 0u);
+        EXPECT_STREQ(source.get_printable(), "");
+
+        const OctetStr made(std::move(target));
+        EXPECT_EQ(made.get_printable(), printed);
+        EXPECT_EQ(target.len(), 0u);
+        EXPECT_STREQ(target.get_printable(), "");
+    }
+}
+
+TEST(OctetStr, StaysInvalidWhenMoved)
+{
+    OctetStr source;
+    source = static_cast<const SnmpSyntax&>(Snmp_pp::Oid("1.3"));
+    ASSERT_FALSE(source.valid());
+
+    const OctetStr made(std::move(source));
+
+    EXPECT_FALSE(made.valid());
+    EXPECT_TRUE(source.valid());
 }
 
 TEST(OctetStr, ComparesUnsignedBytesAndThenLengths)

@@ -5,6 +5,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -158,6 +159,74 @@ TEST(Oid, CopiesAreIndependent)
     EXPECT_EQ(clone->get_syntax(), 6u);
     EXPECT_FALSE(original.valid());
 }
+
+/// 1, 2 and so on.
+Oid counting(SmiUINT32 length)
+{
+    Oid oid;
+    for (SmiUINT32 i = 1; i <= length; ++i) {
+        oid += i;
+    }
+    return oid;
+}
+
+/// Lengths about the number of sub-identifiers that need no allocation.
+class OidOfLength : public testing::TestWithParam<SmiUINT32> {};
+
+TEST_P(OidOfLength, IsCopiedOverAnyOther)
+{
+    const auto oid = counting(GetParam());
+    for (const SmiUINT32 length : {0U, 3U, 24U, 25U, 60U}) {
+        auto copy = counting(length);
+        copy = oid;
+        EXPECT_EQ(copy, oid);
+
+        copy += 7;
+        EXPECT_EQ(copy.len(), GetParam() + 1);
+        EXPECT_EQ(copy[GetParam()], 7u);
+        EXPECT_EQ(oid, counting(GetParam()));
+    }
+}
+
+TEST_P(OidOfLength, LeavesAnEmptyOneWhereItIsMovedFrom)
+{
+    for (const SmiUINT32 length : {0U, 3U, 24U, 25U, 60U}) {
+        auto source = counting(GetParam());
+        ASSERT_STRNE(source.get_printable(), "none");
+        auto target = counting(length);
+        ASSERT_STRNE(target.get_printable(), "none");
+
+        target = std::move(source);
+
+        EXPECT_EQ(target, counting(GetParam()));
+        EXPECT_STREQ(target.get_printable(), counting(GetParam()).get_printable());
+        EXPECT_FALSE(source.valid());
+        EXPECT_STREQ(source.get_printable(), "");
+        source += 5;
+        EXPECT_STREQ(source.get_printable(), "5");
+
+        const Oid made(std::move(target));
+        EXPECT_EQ(made, counting(GetParam()));
+        EXPECT_STREQ(target.get_printable(), "");
+    }
+}
+
+TEST_P(OidOfLength, AppendsItselfAndTakesItsOwnData)
+{
+    auto oid = counting(GetParam());
+
+    oid += oid;
+
+    ASSERT_EQ(oid.len(), 2 * GetParam());
+    for (SmiUINT32 i = 0; i < GetParam(); ++i) {
+        EXPECT_EQ(oid[i], i + 1);
+        EXPECT_EQ(oid[GetParam() + i], i + 1);
+    }
+    oid.set_data(&oid[GetParam()], GetParam());
+    EXPECT_EQ(oid, counting(GetParam()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Lengths, OidOfLength, testing::Values(1, 12, 13, 23, 24, 25, 49, 128));
 
 struct Order {
     const char* name;

@@ -72,6 +72,21 @@ TEST(Vb, ClonesTheValueItIsGiven)
     EXPECT_STREQ(vb.get_printable_value(), "text");
 }
 
+TEST(Vb, TakesTheBytesOfATemporaryAndNoneOfAnother)
+{
+    OctetStr kept("kept, and longer than any small buffer");
+    Vb vb;
+
+    vb.set_value(kept);
+    EXPECT_STREQ(vb.get_printable_value(), "kept, and longer than any small buffer");
+    EXPECT_EQ(kept, "kept, and longer than any small buffer");
+
+    vb.set_exception_status(sNMP_SYNTAX_NOSUCHOBJECT);
+    vb.set_value(OctetStr("\x01"));
+    EXPECT_EQ(vb.get_syntax(), 4u);
+    EXPECT_EQ(std::string(vb.get_printable_value()).substr(0, 5), "  01 ");
+}
+
 TEST(Vb, TakesPlainNumbersAndTexts)
 {
     const unsigned char bytes[] = {'a', 0, 'b'};
