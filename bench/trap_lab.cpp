@@ -110,8 +110,9 @@ void startLab(const std::string& folder)
 
 AlarmPath::AlarmPath(const DeafReceivers& receivers)
     : sender_(TrapSender::Settings()),
-      dispatcher_(
-          [this](const Trap& trap, const Delivery& delivery) { sender_.send(trap, delivery); })
+      dispatcher_([this](Trap&& trap, const Delivery& delivery) {
+          sender_.send(std::move(trap), delivery);
+      })
 {
     const auto rows = rowsOf(receivers);
     dispatcher_.setReceivers(rows);
@@ -214,7 +215,7 @@ Trap trapOf(const backend::Bytes& notification)
     row.type = 1;
     Trap result;
     NotificationDispatcher dispatcher(
-        [&](const Trap& trap, const Delivery& /*delivery*/) { result = trap; });
+        [&](Trap&& trap, const Delivery& /*delivery*/) { result = std::move(trap); });
     dispatcher.setReceivers({row});
     dispatch(dispatcher, notification);
     if (result.bindings.size() != 14) {

@@ -61,8 +61,9 @@ NotificationService::NotificationService(const Settings& settings, const TrapSto
       commands_(commands),
       work_(work),
       sender_(settings.sender),
-      dispatcher_(
-          [this](const Trap& trap, const Delivery& delivery) { sender_.send(trap, delivery); }),
+      dispatcher_([this](Trap&& trap, const Delivery& delivery) {
+          sender_.send(std::move(trap), delivery);
+      }),
       receivers_(std::make_unique<Receivers>(store, dispatcher_, sender_)),
       senderTurn_(std::make_unique<SenderTurn>(sender_)),
       channel_(settings.backendSocket,

@@ -107,12 +107,13 @@ public:
         return takeBindings(count);
     }
 
-    const Trap& trap() const { return trap_; }
+    Trap& trap() { return trap_; }
     const std::string& problem() const { return problem_; }
 
 private:
     bool takeBindings(int count)
     {
+        trap_.bindings.reserve(count > 0 ? static_cast<std::size_t>(count) : 0);
         for (int at = 0; at < count; ++at) {
             std::string problem;
             auto binding = toTrapBinding(bindings_[static_cast<std::size_t>(at)], problem);
@@ -172,7 +173,7 @@ void NotificationDispatcher::offer(INotifyMsgHandler& handler, const CTLVRecordV
     }
     ++built_;
     if (!answer.trap().receivers.empty()) {
-        sink_(answer.trap(), delivery);
+        sink_(std::move(answer.trap()), delivery);
     }
 }
 

@@ -19,7 +19,7 @@ namespace talvik {
 class NotificationDispatcher {
 public:
     /// Takes what a handler built, for receivers that are not empty.
-    using Sink = std::function<void(const Trap& trap, const Delivery& delivery)>;
+    using Sink = std::function<void(Trap&& trap, const Delivery& delivery)>;
 
     explicit NotificationDispatcher(Sink sink);
 

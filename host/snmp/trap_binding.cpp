@@ -48,19 +48,16 @@ std::optional<SnmpValue> valueOf(const Agentpp::Vbx& binding)
 
 ObjectId toObjectId(const Snmp_pp::Oid& oid)
 {
-    ObjectId id;
-    id.reserve(oid.len());
-    for (unsigned int at = 0; at < oid.len(); ++at) {
-        id.push_back(oid[at]);
+    ObjectId id(oid.len());
+    for (unsigned int at = 0; at < id.size(); ++at) {
+        id[at] = oid[at];
     }
     return id;
 }
 
 std::optional<TrapBinding> toTrapBinding(const Agentpp::Vbx& binding, std::string& problem)
 {
-    Snmp_pp::Oid name;
-    binding.get_oid(name);
-    auto id = toObjectId(name);
+    auto id = toObjectId(static_cast<const Snmp_pp::Vb&>(binding).get_oid());  // not a copy
     if (id.size() < kMinObjectIdLength || id.size() > kMaxObjectIdLength) {
         problem =
             "its name has " + std::to_string(id.size()) + " sub-identifiers, 2 to 128 are due";

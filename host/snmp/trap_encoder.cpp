@@ -65,6 +65,7 @@ public:
 
     bool build(TemplateSession& session, netsnmp_pdu& pdu)
     {
+        offset_ = 0;
         return snmp_build(&octets_, &size_, &offset_, session.get(), &pdu) == 0;
     }
 
@@ -82,13 +83,18 @@ private:
     std::size_t offset_ = 0;
 };
 
-PduPtr makePdu(const TrapContent& content, const TrapMessageKind& kind)
+/// What is made once and used for every message.
+struct Workspace {
+    Buffer buffer;
+    VariableRoom variables;
+};
+
+BorrowingPduPtr makePdu(const TrapContent& content, const TrapMessageKind& kind, VariableRoom& room)
 {
     if (kind.version == 1) {
-        return makeV1TrapPdu(content, kind.agentAddress);
+        return borrowV1TrapPdu(content, kind.agentAddress, room);
     }
-    return makeTrapPdu(SNMP_MSG_TRAP2, kind.version == 3 ? SNMP_VERSION_3 : SNMP_VERSION_2c,
-                       content);
+    return borrowTrapPdu(kind.version == 3 ? SNMP_VERSION_3 : SNMP_VERSION_2c, content, room);
 }
 
 }  // namespace
@@ -96,13 +102,14 @@ PduPtr makePdu(const TrapContent& content, const TrapMessageKind& kind)
 std::optional<std::string> encodeTrap(const TrapContent& content, const TrapMessageKind& kind,
                                       std::string& problem)
 {
-    const auto pdu = makePdu(content, kind);
+    static Workspace workspace;
+    const auto pdu = makePdu(content, kind, workspace.variables);
     if (!pdu) {
         problem = "trap " + toText(content.id) + " has no enterprise for version 1";
         return std::nullopt;
     }
     TemplateSession session(kind);
-    Buffer buffer;
+    auto& buffer = workspace.buffer;
     if (!buffer.build(session, *pdu)) {
         problem =
             "cannot be encoded: " + std::string(snmp_api_errstring(session.get()->s_snmp_errno));

@@ -3,6 +3,7 @@
 #include "host/snmp/trap_text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace talvik {
 
@@ -108,7 +109,7 @@ std::optional<std::vector<TextCut>> fitTexts(const ObjectId& id, std::vector<Tra
 {
     for (auto& binding : bindings) {
         if (isText(binding)) {
-            binding.value.octets = plainText(binding.value.octets);
+            binding.value.octets = plainText(std::move(binding.value.octets));
         }
     }
     std::vector<TextCut> cuts;

@@ -27,6 +27,30 @@ bool isAlarmTime(const ObjectId& name)
     return false;
 }
 
+/// 0 for a character of ASCII that is no control character, without a branch.
+unsigned char strangeness(char octet)
+{
+    return static_cast<unsigned char>(octet - 0x20) > 0x7E - 0x20 ? 1 : 0;
+}
+
+/// Most texts are. Told from the rest at a fraction of what a look at each character takes.
+bool isPlainAscii(const std::string& text)
+{
+    constexpr std::size_t kBlock = 16;  // which compilers turn into a few steps
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    unsigned char strange = 0;
+    for (; static_cast<std::size_t>(end - at) >= kBlock; at += kBlock) {
+        for (std::size_t i = 0; i < kBlock; ++i) {
+            strange = static_cast<unsigned char>(strange | strangeness(at[i]));
+        }
+    }
+    for (; at != end; ++at) {
+        strange = static_cast<unsigned char>(strange | strangeness(*at));
+    }
+    return strange == 0;
+}
+
 bool isContinuation(char octet)
 {
     return (static_cast<unsigned char>(octet) & 0xC0U) == 0x80;
@@ -51,9 +75,9 @@ bool isText(const TrapBinding& binding)
            !((size == 8 || size == 11) && isAlarmTime(binding.name));
 }
 
-std::string plainText(const std::string& text)
+std::string plainText(std::string text)
 {
-    if (isPlainUtf8(text)) {
+    if (isPlainAscii(text) || isPlainUtf8(text)) {
         return text;
     }
     std::string plain;

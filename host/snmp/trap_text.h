@@ -13,7 +13,7 @@ bool isText(const TrapBinding& binding);
 
 /// `text` as valid UTF-8 without control characters: each of these becomes a blank, and each octet
 /// that is no UTF-8 becomes U+FFFD.
-std::string plainText(const std::string& text);
+std::string plainText(std::string text);
 
 /// How many octets `shortened` gives.
 std::size_t shortenedSize(const std::string& text, std::size_t atMost);

@@ -202,6 +202,24 @@ TEST(TrapEncoding, OfTheLongestTextsFitsEveryVersion)
     EXPECT_LE(encode(trap, {1, community, {1, 2, 3, 4}}).size(), talvik::kMaxTrapMessage);
 }
 
+TEST(TrapEncoding, LeavesNothingOfTheTrapBefore)
+{
+    auto longer = content();
+    for (unsigned long i = 10; i < 40; ++i) {
+        longer.bindings.push_back({object(i), {Syntax::OctetString, 0, std::string(100, 'x')}});
+    }
+    std::string problem;
+    EXPECT_FALSE(encodeTrap(longer, {2, "c", {}}, problem).has_value());
+
+    const auto version2 = parseMessage(encode(content(), {2, "c", {}}));
+    const auto version1 = parseMessage(encode(content(), {1, "c", {}}));
+
+    ASSERT_NE(version2, nullptr);
+    expectVersion2Variables(*version2);
+    ASSERT_NE(version1, nullptr);
+    expectBindings(version1->variables, false);
+}
+
 TEST(TrapEncoding, OfTooMuchFails)
 {
     auto trap = content();
@@ -229,8 +247,9 @@ TEST_P(TrapAsVersion1, HasTheKindOfRfc3584)
 {
     const auto& row = GetParam();
     const TrapContent trap{row.id, 77, {{object(1), {Syntax::OctetString, 0, "x"}}}};
+    talvik::VariableRoom room;
 
-    const auto pdu = talvik::makeV1TrapPdu(trap, {1, 2, 3, 4});
+    const auto pdu = talvik::borrowV1TrapPdu(trap, {1, 2, 3, 4}, room);
 
     ASSERT_NE(pdu, nullptr);
     EXPECT_EQ(ObjectId(pdu->enterprise, pdu->enterprise + pdu->enterprise_length), row.enterprise);
@@ -282,7 +301,10 @@ INSTANTIATE_TEST_SUITE_P(Kinds, TrapAsVersion1, testing::ValuesIn(kMappings),
 
 TEST(TrapWithoutEnterprise, IsNoneOfVersion1)
 {
-    EXPECT_EQ(talvik::makeV1TrapPdu({{1, 0, 1}, 0, {}}, {}), nullptr);
+    const TrapContent trap{{1, 0, 1}, 0, {}};
+    talvik::VariableRoom room;
+
+    EXPECT_EQ(talvik::borrowV1TrapPdu(trap, {}, room), nullptr);
 }
 
 }  // namespace

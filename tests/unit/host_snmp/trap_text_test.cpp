@@ -51,6 +51,21 @@ const Cleaning kCleanings[] = {
 INSTANTIATE_TEST_SUITE_P(Texts, TrapTextCleaning, testing::ValuesIn(kCleanings),
                          [](const auto& row) { return row.param.name; });
 
+TEST(TrapTextPlaces, TakesTheSameOctetsAtEveryPlace)
+{
+    constexpr std::size_t kSize = 37;
+    for (int octet = 0; octet <= 0x7F; ++octet) {
+        const bool isControl = octet < ' ' || octet == 0x7F;
+        for (std::size_t at = 0; at < kSize; ++at) {
+            std::string text(kSize, 'a');
+            text[at] = static_cast<char>(octet);
+            auto expected = text;
+            expected[at] = isControl ? ' ' : text[at];
+            EXPECT_EQ(plainText(text), expected) << octet << " at " << at;
+        }
+    }
+}
+
 struct Cut {
     const char* name;
     std::string text;
