@@ -1,22 +1,18 @@
 #include "bench/allocation_count.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
-std::atomic<std::uint64_t>& count()
-{
-    static std::atomic<std::uint64_t> calls{0};
-    return calls;
-}
+// Of each thread, for a locked instruction takes a quarter of what an allocation takes.
+thread_local std::uint64_t calls = 0;
 
 }  // namespace
 
 void* operator new(std::size_t size)
 {
-    count().fetch_add(1, std::memory_order_relaxed);
+    ++calls;
     if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
         return memory;
     }
@@ -35,5 +31,5 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept
 
 std::uint64_t talvik::bench::allocationCount()
 {
-    return count().load(std::memory_order_relaxed);
+    return calls;
 }

@@ -4,7 +4,7 @@
 
 namespace talvik::bench {
 
-/// How often this process has called `operator new` since its start. A program that links
+/// How often this thread has called `operator new` since its start. A program that links
 /// allocation_count.cpp counts.
 std::uint64_t allocationCount();
 
