@@ -9,7 +9,9 @@
 
 namespace talvik {
 
-/// Passes the list of receivers on whenever it has changed.
+/// Passes the list of receivers on when it has changed: a while later at the most, since a manager
+/// that enters a thousand of them must not have the whole list passed on a thousand times, and
+/// before anything is sent.
 class NotificationService::Receivers : public LoopWatcher {
 public:
     Receivers(const TrapStore& store, NotificationDispatcher& dispatcher, TrapSender& sender)
@@ -22,13 +24,25 @@ public:
 
     std::list<tTrapDestInfo> all() const { return store_.all(); }
 
+    void refresh()
+    {
+        if (hasChanged()) {
+            passOn();
+        }
+    }
+
     int descriptor() const override { return -1; }
-    Time deadline() const override { return store_.changes() == seen_ ? Time::max() : Time(); }
-    void proceed(bool /*ready*/, Time /*now*/) override { passOn(); }
+    Time deadline() const override { return hasChanged() ? passedOn_ + kPause : Time::max(); }
+    void proceed(bool /*ready*/, Time /*now*/) override { refresh(); }
 
 private:
+    static constexpr std::chrono::milliseconds kPause{200};
+
+    bool hasChanged() const { return store_.changes() != seen_; }
+
     void passOn()
     {
+        passedOn_ = std::chrono::steady_clock::now();
         seen_ = store_.changes();
         const auto receivers = store_.all();
         dispatcher_.setReceivers(receivers);
@@ -39,6 +53,7 @@ private:
     NotificationDispatcher& dispatcher_;
     TrapSender& sender_;
     std::uint64_t seen_ = 0;
+    Time passedOn_{};
 };
 
 /// Lets the sender go on with what waits.
@@ -69,10 +84,12 @@ NotificationService::NotificationService(const Settings& settings, const TrapSto
       channel_(settings.backendSocket,
                backend::commandNumber(settings.device, "SUBSCRIBE_NOTIFICATIONS"),
                [this](const CTLVRecordV3& record, const Delivery& delivery) {
+                   receivers_->refresh();
                    dispatcher_.dispatch(record, delivery);
                })
 {
-    addReceiverCommands(commands, settings.device, calls_, sender_);
+    addReceiverCommands(commands, settings.device, calls_, sender_,
+                        [this] { receivers_->refresh(); });
 }
 
 NotificationService::~NotificationService()

@@ -80,11 +80,28 @@ void appendReceiver(Package& reply, std::uint64_t command, const ReceiverStatus&
     record.appendTo(reply);
 }
 
-std::uint32_t show(const Package& request, Package& reply, LoopCalls& calls,
-                   const TrapSender& sender)
+/// What both commands need.
+struct Agent {
+    LoopCalls& calls;
+    TrapSender& sender;
+    const std::function<void()>& refresh;
+
+    /// Runs `work` on the loop's thread, with all receivers known. False when the loop is too busy.
+    template <typename Work>
+    bool run(Work work) const
+    {
+        const auto withAll = [&] {
+            refresh();
+            work();
+        };
+        return calls.run(withAll, kLoopLimit);
+    }
+};
+
+std::uint32_t show(const Package& request, Package& reply, const Agent& agent)
 {
     std::vector<ReceiverStatus> receivers;
-    if (!calls.run([&] { receivers = sender.status(); }, kLoopLimit)) {
+    if (!agent.run([&] { receivers = agent.sender.status(); })) {
         return receiver::kAgentBusy;
     }
     for (const auto& status : receivers) {
@@ -121,7 +138,7 @@ bool sendTestTrap(TrapSender& sender, std::uint32_t index)
     return true;
 }
 
-std::uint32_t test(const Package& request, LoopCalls& calls, TrapSender& sender)
+std::uint32_t test(const Package& request, const Agent& agent)
 {
     const auto index = indexIn(request);
     if (!index) {
@@ -130,7 +147,7 @@ std::uint32_t test(const Package& request, LoopCalls& calls, TrapSender& sender)
         return backend::result::kBadRequest;
     }
     bool found = false;
-    if (!calls.run([&] { found = sendTestTrap(sender, *index); }, kLoopLimit)) {
+    if (!agent.run([&] { found = sendTestTrap(agent.sender, *index); })) {
         return receiver::kAgentBusy;
     }
     return found ? backend::result::kSuccess : receiver::kNoSuchReceiver;
@@ -139,15 +156,15 @@ std::uint32_t test(const Package& request, LoopCalls& calls, TrapSender& sender)
 }  // namespace
 
 void addReceiverCommands(backend::CommandServer& server, const DeviceConfigFile& config,
-                         LoopCalls& calls, TrapSender& sender)
+                         LoopCalls& calls, TrapSender& sender, const std::function<void()>& refresh)
 {
     server.add(backend::commandNumber(config, "SHOW_RECEIVERS"), "SHOW_RECEIVERS",
-               [&calls, &sender](const Package& request, Package& reply) {
-                   return show(request, reply, calls, sender);
+               [&calls, &sender, refresh](const Package& request, Package& reply) {
+                   return show(request, reply, {calls, sender, refresh});
                });
     server.add(backend::commandNumber(config, "SEND_TEST_TRAP"), "SEND_TEST_TRAP",
-               [&calls, &sender](const Package& request, Package& /*reply*/) {
-                   return test(request, calls, sender);
+               [&calls, &sender, refresh](const Package& request, Package& /*reply*/) {
+                   return test(request, {calls, sender, refresh});
                });
 }
 
