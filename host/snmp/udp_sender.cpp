@@ -37,8 +37,8 @@ std::optional<SocketAddress> SocketAddress::parse(const std::string& address, un
 
 bool mayPass(int error)
 {
-    constexpr int kPassing[] = {EAGAIN,       EWOULDBLOCK,   ENOBUFS,      ENOMEM, EMFILE, ENFILE,
-                                ENETDOWN,     ENETUNREACH,   EHOSTUNREACH, EHOSTDOWN,
+    constexpr int kPassing[] = {EAGAIN,       EWOULDBLOCK,   ENOBUFS,     ENOMEM,       EMFILE,
+                                ENFILE,       ENETDOWN,      ENETUNREACH, EHOSTUNREACH, EHOSTDOWN,
                                 ECONNREFUSED, EADDRNOTAVAIL, EINTR};
     return std::find(std::begin(kPassing), std::end(kPassing), error) != std::end(kPassing);
 }
