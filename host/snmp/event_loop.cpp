@@ -60,8 +60,9 @@ public:
             }
             count_ = std::max(count_, descriptor + 1);
         }
-        if (watcher.deadline() != Time::max()) {
-            shorten(watcher.deadline() <= now ? Time::duration::zero() : watcher.deadline() - now);
+        const auto deadline = watcher.deadline();
+        if (deadline != Time::max()) {
+            shorten(deadline <= now ? Time::duration::zero() : deadline - now);
         }
     }
 
