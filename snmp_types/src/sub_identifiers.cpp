@@ -7,7 +7,9 @@ namespace Snmp_pp {
 
 SubIdentifiers& SubIdentifiers::operator=(const SubIdentifiers& other)
 {
-    assign(other.begin(), other.size_);
+    if (this != &other) {
+        assign(other.begin(), other.size_);
+    }
     return *this;
 }
 

@@ -12,7 +12,8 @@ namespace Snmp_pp {
 /// the object as it was.
 class SubIdentifiers {
 public:
-    SubIdentifiers() {}  // leaves the room as it is
+    // NOLINTNEXTLINE(modernize-use-equals-default): that one would clear the room in places
+    SubIdentifiers() {}
     SubIdentifiers(const SubIdentifiers& other) { append(other.begin(), other.size_); }
     SubIdentifiers(SubIdentifiers&& other) noexcept { takeOver(other); }
     SubIdentifiers& operator=(const SubIdentifiers& other);

@@ -254,7 +254,7 @@ TEST(AlarmCommands, HaveTheirNumbersFromTheConfiguration)
         "<section name='SYSTEM'><item name='WWN' value='2100a1b2c3d4e5f6'/></section></device>"));
 
     try {
-        BackEnd(config, DurableDatabase::kInMemory);
+        const BackEnd backEnd(config, DurableDatabase::kInMemory);
         FAIL() << "not refused";
     } catch (const talvik::StartupError& error) {
         EXPECT_THAT(error.what(), HasSubstr("SUBSCRIBE_NOTIFICATIONS"));

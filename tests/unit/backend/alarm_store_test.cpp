@@ -337,7 +337,7 @@ TEST(AlarmStore, IsUsedByManyThreadsAtOnce)
     for (const auto& serials : given) {
         all.insert(serials.begin(), serials.end());
     }
-    EXPECT_EQ(all.size(), std::size_t{kThreads * kAlarms});
+    EXPECT_EQ(all.size(), std::size_t{kThreads} * kAlarms);
     EXPECT_EQ(store.countActive(), 0U);
 }
 

@@ -12,7 +12,6 @@ namespace {
 using namespace talvik::test;
 using namespace talvik::backend;
 using talvik::DurableDatabase;
-using testing::IsEmpty;
 
 constexpr std::uint32_t kWindow = 1024;
 

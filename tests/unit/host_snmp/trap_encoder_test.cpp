@@ -18,7 +18,6 @@ namespace {
 using talvik::encodeTrap;
 using talvik::ObjectId;
 using talvik::Syntax;
-using talvik::TrapBinding;
 using talvik::TrapContent;
 using talvik::TrapMessageKind;
 using talvik::test::parseMessage;

@@ -12,9 +12,6 @@
 namespace {
 
 using talvik::Delivery;
-using talvik::Syntax;
-using talvik::Trap;
-using talvik::TrapSender;
 using talvik::test::communityOf;
 using talvik::test::parseMessage;
 using talvik::test::textAt;

@@ -52,9 +52,9 @@ protected:
         std::vector<std::string> found;
         for (const auto* handler : CNotifyHandler::instance()->handlers()) {
             const auto& type = typeid(*handler);
-            found.push_back(type == typeid(CTalvikNotifyMsgHandler)     ? "notify"
-                            : type == typeid(CTalvikOIDBasedMsgHandler) ? "oid"
-                                                                        : "unknown");
+            found.emplace_back(type == typeid(CTalvikNotifyMsgHandler)     ? "notify"
+                               : type == typeid(CTalvikOIDBasedMsgHandler) ? "oid"
+                                                                           : "unknown");
         }
         found.erase(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(first));
         return found;
