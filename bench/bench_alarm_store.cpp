@@ -27,6 +27,10 @@ constexpr std::uint32_t kLevel = 5;
 constexpr std::uint64_t kTime = 1'790'000'000;
 const std::string kParameters = "0,7,S3A1XK07,1";
 
+constexpr const char* kInsertHistory =
+    "INSERT INTO history VALUES(NULL, ?1, 1, 501010001, 5, 1790000000, 0, '', "
+    "'0,7,S3A1XK07,1')";
+
 using Seconds = std::chrono::duration<double>;
 
 template <typename Work>
@@ -67,9 +71,7 @@ public:
         for (const char* statement :
              {"BEGIN IMMEDIATE", "UPDATE counter SET last_serial = ?1",
               "INSERT INTO active VALUES(?1, 501010001, 5, 1790000000, '0,7,S3A1XK07,1')",
-              "INSERT INTO history VALUES(NULL, ?1, 1, 501010001, 5, 1790000000, 0, '', "
-              "'0,7,S3A1XK07,1')",
-              "INSERT INTO outbox VALUES(?1, zeroblob(120))", "COMMIT"}) {
+              kInsertHistory, "INSERT INTO outbox VALUES(?1, zeroblob(120))", "COMMIT"}) {
             raise_.push_back(prepared(statement));
         }
         acknowledge_ = prepared("DELETE FROM outbox WHERE sequence <= ?1");
