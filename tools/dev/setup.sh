@@ -44,5 +44,19 @@ fi
 apt=("${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=300)
 "${apt[@]}" update </dev/null ||
     fail "apt-get update failed (messages above): check the network and the apt sources, then run ./dev setup again"
+
+# snmptrapd brings snmpd along. Nobody asked for their services: they do not start now, nor at the next boot.
+policy=/usr/sbin/policy-rc.d
+dropPolicy() { "${asRoot[@]}" rm -f "$policy"; }
+if [[ " ${missing[*]} " == *" snmptrapd "* ]] && [ ! -e "$policy" ]; then
+    trap dropPolicy EXIT
+    printf '#!/bin/sh\nexit 101\n' | "${asRoot[@]}" tee "$policy" >/dev/null
+    "${asRoot[@]}" chmod 755 "$policy"
+fi
+hadSnmpd=false
+isInstalled snmpd && hadSnmpd=true
 "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
     fail "apt-get could not install: ${missing[*]} (messages above). The tree is made for Debian 12."
+if ! $hadSnmpd && command -v systemctl >/dev/null; then
+    "${asRoot[@]}" systemctl disable --quiet snmpd snmptrapd 2>/dev/null || true  # no systemd runs here
+fi
