@@ -58,5 +58,5 @@ isInstalled snmpd && hadSnmpd=true
 "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
     fail "apt-get could not install: ${missing[*]} (messages above). The tree is made for Debian 12."
 if ! $hadSnmpd && command -v systemctl >/dev/null; then
-    "${asRoot[@]}" systemctl disable --quiet snmpd snmptrapd 2>/dev/null || true  # no systemd runs here
+    "${asRoot[@]}" systemctl disable --quiet snmpd.service snmptrapd.service snmptrapd.socket 2>/dev/null || true  # no systemd runs here
 fi
