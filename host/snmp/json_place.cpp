@@ -58,7 +58,7 @@ void JsonPlace::expectObject(std::initializer_list<const char*> required,
     }
 }
 
-JsonPlace JsonPlace::at(const char* member) const
+JsonPlace JsonPlace::at(const std::string& member) const
 {
     return {value_[member], file_, place_.empty() ? member : place_ + "." + member};
 }

@@ -9,7 +9,7 @@
 
 namespace talvik {
 
-/// A value within a JSON settings file: knows the file and where in it it is, so that every refusal
+/// A value within a JSON file: knows the file and where in it it is, so that every refusal
 /// names both. Valid as long as the document that it lies in.
 class JsonPlace {
 public:
@@ -27,7 +27,7 @@ public:
                       std::initializer_list<const char*> optional) const;
 
     bool has(const char* member) const { return value_.isMember(member); }
-    JsonPlace at(const char* member) const;
+    JsonPlace at(const std::string& member) const;
 
     /// The elements of the array `member`; none where there is no such member.
     std::vector<JsonPlace> list(const char* member) const;
@@ -38,6 +38,7 @@ public:
     bool flag() const;
 
     const std::string& place() const { return place_; }
+    const Json::Value& value() const { return value_; }
 
 private:
     JsonPlace(const Json::Value& value, std::string file, std::string place)
