@@ -1,10 +1,6 @@
 #include "host/platform/trap_database.h"
 
-#include "host/platform/database_files.h"
-#include "host/platform/log_text.h"
 #include "host/platform/trap_rules.h"
-#include "host/platform/write_ahead_log.h"
-#include "host/startup_error.h"
 
 #include <sqlite3.h>
 
@@ -15,12 +11,9 @@ namespace talvik {
 
 namespace {
 
-constexpr int kBusyMilliseconds = 1000;
-constexpr std::int64_t kApplicationId = 0x54565444;  // what file(1) shows of a database
-constexpr std::int64_t kFormat = 1;                  // counts up when an older agent cannot read it
-
-constexpr const char* kLogSuffix = "-wal";
-constexpr std::int64_t kLongLog = std::int64_t{4} << 20U;
+constexpr std::int64_t kApplicationId = 0x54565444;
+constexpr std::int64_t kFormat = 1;
+constexpr std::int64_t kMaxSize = std::int64_t{64} << 20U;
 
 // SQLite makes a table in memory for each list behind an IN, at every change: no IN here.
 constexpr const char* kTable = R"(CREATE TABLE destination(
@@ -42,44 +35,9 @@ constexpr const char* kErase = "DELETE FROM destination WHERE id = ?1";
 constexpr const char* kSelect =
     "SELECT id, address, port, version, type, user_name FROM destination ORDER BY id";
 
-/// Throws unless the file is one of this format and whole.
-void check(SqliteDatabase& database, const std::string& path)
+DatabaseFormat format()
 {
-    if (database.number("PRAGMA application_id") != kApplicationId) {
-        throw DamagedFile("it is no list of trap destinations: its application_id is another's");
-    }
-    const auto format = database.number("PRAGMA user_version");
-    if (format > kFormat) {
-        throw StartupError("the trap destinations in " + path +
-                           " were written by a later release (format " + std::to_string(format) +
-                           ", this one knows " + std::to_string(kFormat) +
-                           "): start that release, or move the file away to begin with an empty "
-                           "list");
-    }
-    const auto finding = database.text("PRAGMA quick_check(1)");
-    if (finding != "ok") {
-        // A heading may stand before it.
-        throw DamagedFile(oneLine(finding.substr(finding.rfind('\n') + 1)));
-    }
-    SqliteStatement table(database, "SELECT count(*) FROM sqlite_schema WHERE sql = ?1");
-    const std::string sql = kTable;
-    table.bind(1, sql);
-    table.step();
-    if (format != kFormat || table.number(0) != 1) {
-        throw DamagedFile("it has not the table of trap destinations");
-    }
-}
-
-/// Fills an empty file. A rollback journal, not a log, is beside it until the end.
-void fill(const std::string& path)
-{
-    SqliteDatabase database(path, kBusyMilliseconds);
-    database.run("PRAGMA synchronous = FULL");
-    SqliteTransaction transaction(database);
-    database.run(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
-    database.run(("PRAGMA user_version = " + std::to_string(kFormat)).c_str());
-    database.run(kTable);
-    transaction.commit();
+    return {"the trap destinations", "the agent", kApplicationId, kFormat, {kTable}, {}, kMaxSize};
 }
 
 /// Everything that is no number of 32 bits becomes one that no field accepts.
@@ -117,72 +75,23 @@ TrapDatabase::Rows readRows(SqliteDatabase& database, std::size_t maxRows)
     return rows;
 }
 
-/// What a failure on opening means.
-[[noreturn]] void refuse(const SqliteError& error, const std::string& path)
-{
-    if (error.meansDamage()) {
-        throw DamagedFile(error.what());
-    }
-    if (error.code() == SQLITE_BUSY || error.code() == SQLITE_LOCKED) {
-        throw StartupError("the trap destinations in " + path +
-                           " are in use by another process: end it (fuser shows which one it is) "
-                           "and start the agent again");
-    }
-    throw StartupError("cannot use the trap destinations in " + path + ": " + error.what() +
-                       ". The agent's user must be able to read and write the file and its "
-                       "directory, and the disk must have room");
-}
-
 }  // namespace
 
 std::unique_ptr<TrapDatabase> TrapDatabase::open(const std::string& path, std::size_t maxRows)
 {
-    try {
-        prepareDatabaseFile(path, fill);
-        auto database = std::make_unique<SqliteDatabase>(path, kBusyMilliseconds);
-        database->tidyOnClose(false);  // a damaged file is kept as it is found
-        database->run("PRAGMA locking_mode = EXCLUSIVE");
-        database->run("PRAGMA synchronous = FULL");
-        database->run("PRAGMA cell_size_check = ON");
-        if (database->isReadOnly()) {
-            throw StartupError("cannot write the trap destinations in " + path +
-                               ": make the file writable for the agent's user");
-        }
-        check(*database, path);
-        // Not before the lock is held: another process may be writing.
-        const auto finding = findingInLog(path + kLogSuffix);
-        if (!finding.empty()) {
-            throw DamagedFile(finding);
-        }
-        auto rows = readRows(*database, maxRows);
-        if (database->text("PRAGMA journal_mode = WAL") != "wal") {
-            throw StartupError("cannot keep the trap destinations in " + path +
-                               ": its file system does not support a write-ahead log");
-        }
-        database->run("PRAGMA wal_autocheckpoint = 0");  // it would not empty the log
-        database->number("PRAGMA user_version");         // opens the log
-        database->tidyOnClose(true);
-        return std::unique_ptr<TrapDatabase>(
-            new TrapDatabase(std::move(database), std::move(rows), path));
-    } catch (const SqliteError& error) {
-        refuse(error, path);
-    }
+    Rows rows;
+    auto database = DurableDatabase::open(
+        path, format(), [&](SqliteDatabase& content) { rows = readRows(content, maxRows); });
+    return std::unique_ptr<TrapDatabase>(new TrapDatabase(std::move(database), std::move(rows)));
 }
 
-TrapDatabase::TrapDatabase(std::unique_ptr<SqliteDatabase> database, Rows rows,
-                           const std::string& path)
+TrapDatabase::TrapDatabase(std::unique_ptr<DurableDatabase> database, Rows rows)
     : database_(std::move(database)),
-      log_(path + kLogSuffix),
       rows_(std::move(rows)),
-      insert_(*database_, kInsert),
-      update_(*database_, kUpdate),
-      erase_(*database_, kErase)
+      insert_(database_->connection(), kInsert),
+      update_(database_->connection(), kUpdate),
+      erase_(database_->connection(), kErase)
 {
-    try {
-        tidyLog();
-    } catch (const SqliteError&) {
-        // The list is whole and can be read. The first change tries again, and reports.
-    }
 }
 
 TrapDatabase::Rows TrapDatabase::takeRows()
@@ -224,52 +133,12 @@ void TrapDatabase::erase(std::uint32_t index)
 
 void TrapDatabase::change(SqliteStatement& statement)
 {
-    // What is written to a file without a name is lost with the process.
-    if (database_->wasMoved() || log_.wasMoved()) {
-        throw SqliteError(SQLITE_READONLY,
-                          "the file or its log was moved, removed or replaced while the agent had "
-                          "it open; put it back, or restart the agent");
-    }
-    undoFailed();
-    if (!logIsTidy_ || database_->logSize() > kLongLog) {
-        tidyLog();
-    }
-    failedFrom_ = database_->logSize();
-    try {
-        SqliteTransaction transaction(*database_);
+    database_->change([&] {
         statement.step();
-        if (database_->changes() != 1) {
+        if (database_->connection().changes() != 1) {
             throw SqliteError(SQLITE_CORRUPT, "the file does not hold the row that is in the list");
         }
-        transaction.commit();
-    } catch (const SqliteError& error) {
-        // If all but the sync was done, the change would be there again after a kill.
-        try {
-            undoFailed();
-        } catch (const SqliteError& second) {
-            throw SqliteError(error.code(), std::string(error.what()) + "; " + second.what() +
-                                                ", so the change may be there after a restart");
-        }
-        throw;
-    }
-    failedFrom_.reset();
-}
-
-/// Takes what a change that failed has written off the log. Without that no other change begins.
-void TrapDatabase::undoFailed()
-{
-    if (failedFrom_) {
-        database_->cutLog(*failedFrom_);
-        failedFrom_.reset();
-    }
-}
-
-/// SQLite would begin to write a log anew from its front if this was cut short behind the moving.
-void TrapDatabase::tidyLog()
-{
-    logIsTidy_ = false;
-    database_->checkpoint();
-    logIsTidy_ = true;
+    });
 }
 
 }  // namespace talvik

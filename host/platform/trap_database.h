@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/platform/database_files.h"
+#include "host/platform/durable_database.h"
 #include "host/platform/sqlite_database.h"
 #include "trap/trap_dest_info.h"
 
@@ -8,18 +8,15 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace talvik {
 
-/// The trap destinations in a file, an SQLite database with the one table
+/// The trap destinations in a file, a `DurableDatabase` with the one table
 ///
 ///     destination(id, address, port, version, type, user_name)
 ///
-/// in write-ahead mode, which no other process can use at the same time. Each change is a
-/// transaction and on disk when its call returns; a change that fails leaves nothing behind and is
-/// a `SqliteError`. Used by one thread at a time.
+/// A change that fails is a `SqliteError`. Used by one thread at a time.
 class TrapDatabase {
 public:
     using Rows = std::map<std::uint32_t, tTrapDestInfo>;
@@ -37,17 +34,11 @@ public:
     void erase(std::uint32_t index);
 
 private:
-    TrapDatabase(std::unique_ptr<SqliteDatabase> database, Rows rows, const std::string& path);
+    TrapDatabase(std::unique_ptr<DurableDatabase> database, Rows rows);
 
     void change(SqliteStatement& statement);
-    void undoFailed();
-    void tidyLog();
 
-    std::unique_ptr<SqliteDatabase> database_;
-    const FileIdentity log_;
-    bool logIsTidy_ = false;
-    /// Where the log ended before a change that failed and is still to be taken off it.
-    std::optional<std::int64_t> failedFrom_;
+    const std::unique_ptr<DurableDatabase> database_;
     Rows rows_;
     SqliteStatement insert_;
     SqliteStatement update_;
