@@ -19,6 +19,7 @@
 #include "host/snmp/mib_description.h"
 #include "host/snmp/net_snmp_persistence.h"
 #include "host/snmp/standard_notifications.h"
+#include "host/snmp/table_subtree.h"
 #include "host/startup_error.h"
 #include "host/state_directory.h"
 #include "host/stop_signals.h"
@@ -137,7 +138,8 @@ public:
     void serve(SnmpAgent& agent) const
     {
         for (auto& [id, handler] : module_.makeHandlers()) {
-            agent.serve(std::make_unique<TableSource>(tableAt(id), std::move(handler)));
+            agent.serve(std::make_unique<TableSubtree>(
+                std::make_unique<TableSource>(tableAt(id), std::move(handler))));
         }
     }
 

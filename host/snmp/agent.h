@@ -4,6 +4,7 @@
 #include "host/snmp/engine_state.h"
 #include "host/snmp/library_log.h"
 #include "host/snmp/request_bridge.h"
+#include "host/snmp/subtree.h"
 
 #include <memory>
 #include <string>
@@ -21,7 +22,7 @@ struct AgentSettings {
 };
 
 /// net-snmp's agent library as one object, one a process. Everything happens on the thread that
-/// makes it. Life: construct, `serve` each table, `configure`, `listen`, `run`.
+/// makes it. Life: construct, `serve` each table and scalar, `configure`, `listen`, `run`.
 class SnmpAgent {
 public:
     /// Sets the library up; nothing is read yet. Throws `StartupError`.
@@ -33,8 +34,8 @@ public:
     SnmpAgent(const SnmpAgent&) = delete;
     SnmpAgent& operator=(const SnmpAgent&) = delete;
 
-    /// Serves one table of the module.
-    void serve(std::unique_ptr<TableSource> source) { bridge_->serve(std::move(source)); }
+    /// Serves one table or scalar of the module.
+    void serve(std::unique_ptr<Subtree> subtree) { bridge_->serve(std::move(subtree)); }
 
     /// Reads the configuration. Returns the library's warnings about its lines (unknown words, for
     /// example), which do not stop the agent. Throws `StartupError` with all errors when the file

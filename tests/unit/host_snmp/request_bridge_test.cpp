@@ -1,5 +1,6 @@
 #include "host/snmp/request_bridge.h"
 
+#include "host/snmp/table_subtree.h"
 #include "host/snmp/varbind.h"
 #include "tests/unit/host_snmp/writable_table_kit.h"
 
@@ -144,8 +145,8 @@ protected:
     RequestBridgeOn()
     {
         state.rows[1] = {};
-        bridge.serve(std::make_unique<talvik::TableSource>(
-            table, std::make_unique<FakeTrapHandler>(state), [this] { return clock(); }));
+        bridge.serve(std::make_unique<talvik::TableSubtree>(std::make_unique<talvik::TableSource>(
+            table, std::make_unique<FakeTrapHandler>(state), [this] { return clock(); })));
     }
 
     /// From now on an exception stops every change before it reaches the handler: no cell can
