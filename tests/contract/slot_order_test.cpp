@@ -5,6 +5,8 @@
 #include "framework/snmp_leaf_handler.h"
 #include "framework/snmp_table_handler.h"
 #include "framework/tlv_package.h"
+#include "handlers/snmp_talvik_kel_alarm_handler.h"
+#include "handlers/snmp_talvik_kel_clear_alarm_handler.h"
 #include "handlers/snmp_topo_handler.h"
 #include "module/talvik_mib_module.h"
 #include "notify/talvik_oid_based_msg_handler.h"
@@ -78,29 +80,49 @@ INSTANTIATE_TEST_SUITE_P(SnmpTopoHandler, SlotOrder, handlerSlots<CSnmpTopoHandl
 INSTANTIATE_TEST_SUITE_P(TalvikTrapAddrHandler, SlotOrder, handlerSlots<CTalvikTrapAddrHandler>(),
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(SnmpTableBase, SlotOrder, handlerSlots<CSnmpTableBase>(), nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikKelAlarmHandler, SlotOrder,
+                         handlerSlots<CSnmpTalvikKelAlarmHandler>(), nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikKelClearAlarmHandler, SlotOrder,
+                         handlerSlots<CSnmpTalvikKelClearAlarmHandler>(), nameOf);
 
-INSTANTIATE_TEST_SUITE_P(SnmpLeafHandlerOwn, SlotOrder,
-                         testing::Values(Slot{"queryLeaf", 11,
-                                              slotOf<&CSnmpLeafHandler::queryLeaf>}),
+/// The slot that a leaf handler's table ends with.
+template <typename Handler>
+auto leafSlots()
+{
+    return testing::Values(Slot{"queryLeaf", 11, slotOf<&Handler::queryLeaf>});
+}
+
+INSTANTIATE_TEST_SUITE_P(SnmpLeafHandlerOwn, SlotOrder, leafSlots<CSnmpLeafHandler>(), nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikKelClearAlarmHandlerOwn, SlotOrder,
+                         leafSlots<CSnmpTalvikKelClearAlarmHandler>(), nameOf);
+
+/// The slots that the table engine adds.
+template <typename Handler>
+auto batchedSlots()
+{
+    return testing::Values(
+        Slot{"preGetRspCell", 11, slotOf<&Handler::preGetRspCell>},
+        Slot{"postGetRspCell", 12, slotOf<&Handler::postGetRspCell>},
+        Slot{"GetTableInfo", 13, slotOf<&Handler::GetTableInfo>},
+        Slot{"GetBatchTableInfo", 14, slotOf<&Handler::GetBatchTableInfo>},
+        Slot{"GetBatchTableInfo_i", 15, slotOf<&Handler::GetBatchTableInfo_i>},
+        Slot{"fillReqRecord", 16, slotOf<&Handler::fillReqRecord>},
+        Slot{"fillRspRecord", 17, slotOf<&Handler::fillRspRecord>},
+        Slot{"getIndexOfRecord", 18, slotOf<&Handler::getIndexOfRecord>},
+        Slot{"getMibKey", 19, slotOf<&Handler::getMibKey>},
+        Slot{"queryRecordValidation", 20, slotOf<&Handler::queryRecordValidation>},
+        Slot{"checkOKBeforeQueryTable", 21, slotOf<&Handler::checkOKBeforeQueryTable>},
+        Slot{"SendBatchPackage", 22, slotOf<&Handler::SendBatchPackage>},
+        Slot{"GetNextRspInfo", 23, slotOf<&Handler::GetNextRspInfo>});
+}
+
+INSTANTIATE_TEST_SUITE_P(SnmpTableBaseOwn, SlotOrder, batchedSlots<CSnmpTableBase>(), nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikKelAlarmHandlerBatched, SlotOrder,
+                         batchedSlots<CSnmpTalvikKelAlarmHandler>(), nameOf);
+INSTANTIATE_TEST_SUITE_P(TalvikKelAlarmHandlerOwn, SlotOrder,
+                         testing::Values(Slot{"useDateAndTime", 24,
+                                              slotOf<&CSnmpTalvikKelAlarmHandler::useDateAndTime>}),
                          nameOf);
-
-INSTANTIATE_TEST_SUITE_P(
-    SnmpTableBaseOwn, SlotOrder,
-    testing::Values(
-        Slot{"preGetRspCell", 11, slotOf<&CSnmpTableBase::preGetRspCell>},
-        Slot{"postGetRspCell", 12, slotOf<&CSnmpTableBase::postGetRspCell>},
-        Slot{"GetTableInfo", 13, slotOf<&CSnmpTableBase::GetTableInfo>},
-        Slot{"GetBatchTableInfo", 14, slotOf<&CSnmpTableBase::GetBatchTableInfo>},
-        Slot{"GetBatchTableInfo_i", 15, slotOf<&CSnmpTableBase::GetBatchTableInfo_i>},
-        Slot{"fillReqRecord", 16, slotOf<&CSnmpTableBase::fillReqRecord>},
-        Slot{"fillRspRecord", 17, slotOf<&CSnmpTableBase::fillRspRecord>},
-        Slot{"getIndexOfRecord", 18, slotOf<&CSnmpTableBase::getIndexOfRecord>},
-        Slot{"getMibKey", 19, slotOf<&CSnmpTableBase::getMibKey>},
-        Slot{"queryRecordValidation", 20, slotOf<&CSnmpTableBase::queryRecordValidation>},
-        Slot{"checkOKBeforeQueryTable", 21, slotOf<&CSnmpTableBase::checkOKBeforeQueryTable>},
-        Slot{"SendBatchPackage", 22, slotOf<&CSnmpTableBase::SendBatchPackage>},
-        Slot{"GetNextRspInfo", 23, slotOf<&CSnmpTableBase::GetNextRspInfo>}),
-    nameOf);
 
 /// The slots of every notification handler's table.
 template <typename Handler>
