@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace talvik::backend {
 
@@ -17,6 +18,12 @@ struct Alarm {
 struct ActiveAlarm {
     std::uint32_t serial = 0;
     Alarm alarm;
+};
+
+/// Some of the active alarms, by ascending serial number.
+struct ActivePage {
+    std::vector<ActiveAlarm> alarms;
+    bool isLast = false;  ///< none has a greater serial number
 };
 
 /// What the host is to be told. Sequences ascend.

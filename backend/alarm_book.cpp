@@ -7,11 +7,14 @@
 
 #include <algorithm>
 #include <ctime>
+#include <limits>
 #include <utility>
 
 namespace talvik::backend {
 
 namespace {
+
+constexpr auto kAnyOctets = std::numeric_limits<std::size_t>::max();
 
 /// In place of a damaged file: an empty one whose serial numbers begin where none has been given
 /// before, for at less than one alarm a second in the long run none can be as high as the time.
@@ -104,7 +107,7 @@ ResendStep AlarmBook::resend(std::uint32_t after, std::uint32_t last, std::size_
     auto next = totals_;
     ResendStep step;
     const bool done = change("send active alarms again", [&] {
-        auto page = database_->activeAfter(after, limit);
+        auto page = database_->activeAfter(after, limit, kAnyOctets).alarms;
         page.erase(std::find_if(page.begin(), page.end(),
                                 [last](const auto& entry) { return entry.serial > last; }),
                    page.end());

@@ -18,6 +18,12 @@ namespace {
 constexpr auto kMaxWord = std::numeric_limits<std::uint32_t>::max();
 constexpr auto kMaxLong = std::numeric_limits<std::uint64_t>::max();
 
+/// More than a record about an active alarm takes beside its parameters.
+constexpr std::size_t kRecordRoom = 128;
+static_assert(kMaxParametersInPage + kMaxParameters + (kMaxAlarmsInPage + 1) * kRecordRoom <
+                  kMaxPackageSize,
+              "an answer about active alarms fits a package");
+
 /// Adds `command` under the number that the device configuration gives to `name`; a `BadCell` that
 /// leaves it becomes a result code.
 void addChecked(CommandServer& server, const DeviceConfigFile& config, const std::string& name,
@@ -59,6 +65,37 @@ CommandServer::Command reportWith(StoreAnswer (AlarmStore::*report)(const Alarm&
     };
 }
 
+void append(Package& reply, const ActiveAlarm& active)
+{
+    RecordBuilder(reply, alarm::kRecordId)
+        .u8(alarm::kKindTag, static_cast<std::uint8_t>(alarm::Kind::Fault))
+        .u64(alarm::kIdTag, active.alarm.id)
+        .u32(alarm::kLevelTag, active.alarm.level)
+        .u32(alarm::kSerialTag, active.serial)
+        .u64(alarm::kTimeTag, active.alarm.time)
+        .text(alarm::kParametersTag, active.alarm.parameters);
+}
+
+/// GET_CURRENT_ALARM.
+CommandServer::Command showWith(const AlarmServices& services)
+{
+    return [services](const Package& request, Package& reply) {
+        const RequestCells cells(request);
+        const auto after = cells.number(alarm::kSerialTag, "serial number", kMaxWord);
+        const auto count = cells.positiveNumber(alarm::kCountTag, "count", kMaxAlarmsInPage);
+        const auto page = services.store.pageOfActive(static_cast<std::uint32_t>(after), count,
+                                                      kMaxParametersInPage);
+        reply.oRecords.reserve(page.alarms.size() + 1);
+        for (const auto& active : page.alarms) {
+            append(reply, active);
+        }
+        if (page.isLast) {
+            RecordBuilder(reply, alarm::kRecordId).u32(alarm::kEndMarkTag, 0);
+        }
+        return result::kSuccess;
+    };
+}
+
 CommandServer::Command clearWith(const AlarmServices& services)
 {
     return [services](const Package& request, Package&) {
@@ -97,6 +134,7 @@ CommandServer::ConnectionCommand subscribeWith(const AlarmServices& services)
 void addAlarmCommands(CommandServer& server, const DeviceConfigFile& config,
                       const AlarmServices& services)
 {
+    addChecked(server, config, "GET_CURRENT_ALARM", showWith(services));
     addChecked(server, config, "RAISE_ALARM", reportWith(&AlarmStore::raise, services));
     addChecked(server, config, "REPORT_EVENT", reportWith(&AlarmStore::reportEvent, services));
     addChecked(server, config, "CLEAR_ALARM", clearWith(services));

@@ -16,6 +16,11 @@ namespace talvik::backend {
 constexpr std::size_t kMaxParameters = std::size_t{32} << 10U;
 constexpr std::size_t kMaxRequester = 255;
 
+/// What one answer about active alarms holds at most: alarms, and bytes of parameters of which the
+/// last ones begin before it.
+constexpr std::uint32_t kMaxAlarmsInPage = 1000;
+constexpr std::size_t kMaxParametersInPage = std::size_t{1} << 20U;
+
 /// The last second of the year 9999, since 1970.
 constexpr std::uint64_t kMaxTime = 253402300799;
 
@@ -28,9 +33,9 @@ struct AlarmServices {
     std::function<std::uint64_t()> clock;  ///< seconds since 1970
 };
 
-/// Adds RAISE_ALARM, REPORT_EVENT, CLEAR_ALARM, RESEND_ALARMS and SUBSCRIBE_NOTIFICATIONS. Their
-/// numbers come from `config`. Throws `StartupError` when an item is missing or malformed. The
-/// commands but the last one can be called from any thread.
+/// Adds GET_CURRENT_ALARM, RAISE_ALARM, REPORT_EVENT, CLEAR_ALARM, RESEND_ALARMS and
+/// SUBSCRIBE_NOTIFICATIONS. Their numbers come from `config`. Throws `StartupError` when an item is
+/// missing or malformed. The commands but the last one can be called from any thread.
 void addAlarmCommands(CommandServer& server, const DeviceConfigFile& config,
                       const AlarmServices& services);
 

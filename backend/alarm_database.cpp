@@ -2,6 +2,8 @@
 
 #include "host/platform/database_files.h"
 
+#include <exception>
+
 namespace talvik::backend {
 
 namespace {
@@ -99,10 +101,46 @@ void run(SqliteStatement& statement)
     }
 }
 
+/// Brings a statement that reads to its end, whatever leaves the scope: one that is left at a row
+/// cannot be bound again and keeps the write-ahead log from being emptied. Rows that nobody reads a
+/// column of cost next to nothing.
+class ReadToTheEnd {
+public:
+    explicit ReadToTheEnd(SqliteStatement& statement) : statement_(statement) {}
+    ~ReadToTheEnd() { finish(); }
+
+    ReadToTheEnd(const ReadToTheEnd&) = delete;
+    ReadToTheEnd& operator=(const ReadToTheEnd&) = delete;
+
+    /// True while there is a row to read; not called again after false.
+    bool step()
+    {
+        atRow_ = false;
+        return atRow_ = statement_.step();
+    }
+
+private:
+    void finish() noexcept
+    {
+        try {
+            while (atRow_ && step()) {
+            }
+        } catch (const std::exception&) {
+            // A statement that fails is at its end, and what was read before it holds.
+        }
+    }
+
+    SqliteStatement& statement_;
+    bool atRow_ = false;
+};
+
 }  // namespace
 
 AlarmDatabase::AlarmDatabase(const std::string& path)
     : database_(openWith(path, totals_)),
+      activeAfter_(
+          connection(),
+          (std::string(kActiveColumns) + "WHERE serial > ?1 ORDER BY serial LIMIT ?2").c_str()),
       setLastSerial_(connection(), "UPDATE counter SET last_serial = ?1"),
       insertActive_(connection(), "INSERT INTO active(serial, alarm_id, level, time, parameters) "
                                   "VALUES(?1, ?2, ?3, ?4, ?5)"),
@@ -124,17 +162,21 @@ std::optional<ActiveAlarm> AlarmDatabase::active(std::uint32_t serial)
     return row.step() ? std::optional(activeFrom(row)) : std::nullopt;
 }
 
-std::vector<ActiveAlarm> AlarmDatabase::activeAfter(std::uint32_t serial, std::size_t limit)
+ActivePage AlarmDatabase::activeAfter(std::uint32_t serial, std::size_t limit, std::size_t octets)
 {
-    SqliteStatement row(
-        connection(),
-        (std::string(kActiveColumns) + "WHERE serial > ?1 ORDER BY serial LIMIT ?2").c_str());
-    row.bind(1, std::int64_t{serial});
-    row.bind(2, static_cast<std::int64_t>(limit));
-    std::vector<ActiveAlarm> page;
-    while (row.step()) {
-        page.push_back(activeFrom(row));
+    activeAfter_.bind(1, std::int64_t{serial});
+    activeAfter_.bind(2, static_cast<std::int64_t>(limit) + 1);  // one more tells whether it is all
+    ReadToTheEnd rows(activeAfter_);
+    ActivePage page;
+    std::size_t taken = 0;
+    while (rows.step()) {
+        if (page.alarms.size() == limit || taken >= octets) {
+            return page;
+        }
+        page.alarms.push_back(activeFrom(activeAfter_));
+        taken += page.alarms.back().alarm.parameters.size();
     }
+    page.isLast = true;
     return page;
 }
 

@@ -43,8 +43,9 @@ public:
 
     std::optional<ActiveAlarm> active(std::uint32_t serial);
 
-    /// The first `limit` active alarms with a greater serial number, ascending.
-    std::vector<ActiveAlarm> activeAfter(std::uint32_t serial, std::size_t limit);
+    /// The first active alarms with a greater serial number: at most `limit`, and none whose
+    /// parameters begin beyond `octets` of them.
+    ActivePage activeAfter(std::uint32_t serial, std::size_t limit, std::size_t octets);
 
     /// The first notifications with a greater sequence, ascending: at most `limit`, and none that
     /// begins beyond `octets` of records.
@@ -74,6 +75,7 @@ private:
 
     AlarmTotals totals_;
     std::unique_ptr<DurableDatabase> database_;
+    SqliteStatement activeAfter_;
     SqliteStatement setLastSerial_;
     SqliteStatement insertActive_;
     SqliteStatement eraseActive_;

@@ -60,11 +60,11 @@ bool AlarmStore::acknowledge(std::int64_t sequence)
     return book_.acknowledge(sequence);
 }
 
-std::vector<ActiveAlarm> AlarmStore::pageOfActive(std::uint32_t afterSerial,
-                                                  std::size_t limit) const
+ActivePage AlarmStore::pageOfActive(std::uint32_t afterSerial, std::size_t limit,
+                                    std::size_t octets) const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return book_.database().activeAfter(afterSerial, limit);
+    return book_.database().activeAfter(afterSerial, limit, octets);
 }
 
 std::uint32_t AlarmStore::countActive() const

@@ -47,8 +47,9 @@ public:
     /// since 1970.
     std::uint32_t clear(std::uint32_t serial, const std::string& requester, std::uint64_t time);
 
-    /// The first `limit` active alarms with a greater serial number, ascending.
-    std::vector<ActiveAlarm> pageOfActive(std::uint32_t afterSerial, std::size_t limit) const;
+    /// The first active alarms with a greater serial number, as they are at one moment: at most
+    /// `limit`, and none whose parameters begin beyond `octets` of them.
+    ActivePage pageOfActive(std::uint32_t afterSerial, std::size_t limit, std::size_t octets) const;
 
     std::uint32_t countActive() const;
 

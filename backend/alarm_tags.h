@@ -20,6 +20,9 @@ constexpr unsigned kParametersTag = 8;  ///< text
 constexpr unsigned kCountTag = 9;       ///< 4 bytes; in requests and replies about several alarms
 constexpr unsigned kEventFlagTag = 73;  ///< 4 bytes: 1 for an event
 
+/// 4 bytes, always 0: the only cell of the record behind the last active alarm.
+constexpr unsigned kEndMarkTag = 4095;
+
 enum class Kind : std::uint8_t {
     Fault = 1,
     Event = 2,

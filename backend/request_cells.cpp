@@ -52,6 +52,15 @@ std::uint64_t RequestCells::number(unsigned tag, const char* name, std::uint64_t
     return numberIn(get(tag, name), tag, name, max);
 }
 
+std::uint64_t RequestCells::positiveNumber(unsigned tag, const char* name, std::uint64_t max) const
+{
+    const auto value = number(tag, name, max);
+    if (value == 0) {
+        refuse(tag, name, "is 0, at least 1 is due");
+    }
+    return value;
+}
+
 std::optional<std::uint64_t> RequestCells::optionalNumber(unsigned tag, const char* name,
                                                           std::uint64_t max) const
 {

@@ -27,6 +27,9 @@ public:
     /// A number of 1, 2, 4 or 8 bytes that is at most `max`. Throws `BadCell`.
     std::uint64_t number(unsigned tag, const char* name, std::uint64_t max) const;
 
+    /// As `number`, at least 1.
+    std::uint64_t positiveNumber(unsigned tag, const char* name, std::uint64_t max) const;
+
     /// As `number`, nothing when there is no such cell.
     std::optional<std::uint64_t> optionalNumber(unsigned tag, const char* name,
                                                 std::uint64_t max) const;

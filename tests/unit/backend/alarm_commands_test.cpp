@@ -4,8 +4,8 @@
 #include "host/platform/durable_database.h"
 #include "host/startup_error.h"
 #include "tests/support/temp_dir.h"
+#include "tests/unit/backend/alarm_desk.h"
 #include "tests/unit/backend/alarm_kit.h"
-#include "tests/unit/backend/program.h"
 #include "tests/unit/host_snmp/log_kit.h"
 
 #include <gmock/gmock.h>
@@ -21,36 +21,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
+constexpr std::uint64_t kShow = 4002;
 constexpr std::uint64_t kClear = 4003;
 constexpr std::uint64_t kRaise = 4010;
 constexpr std::uint64_t kEvent = 4011;
 constexpr std::uint64_t kResend = 4012;
 constexpr std::uint64_t kSubscribe = 4013;
-constexpr std::uint64_t kNow = 1700000000;
-
-/// The commands on a store in memory, at a time that stands still.
-class AlarmDesk {
-public:
-    AlarmDesk()
-    {
-        addAlarmCommands(server_, DeviceConfigFile::load(sampleDeviceFile()),
-                         {store, source_, resend_, [this] { ++wakes; }, [] { return kNow; }});
-    }
-
-    Bytes ask(std::uint64_t command, const Wire& cells) const
-    {
-        auto wire = Wire::package(1, 7, 0xFFFFFFFF, Wire::record(command, cells)).bytes();
-        return server_.serve(wire);
-    }
-
-    AlarmStore store{DurableDatabase::kInMemory};
-    int wakes = 0;
-
-private:
-    NotificationSource source_{store};
-    ResendJob resend_{store};
-    CommandServer server_;
-};
 
 Bytes answered(std::uint64_t command, const Wire& cells)
 {
@@ -195,6 +171,16 @@ Wire withRequester(const Wire& requester)
     return Wire().numberCell(3, 1, 4).append(requester);
 }
 
+Wire withStart(const Wire& start)
+{
+    return Wire().append(start).numberCell(9, 50, 4);
+}
+
+Wire withCount(const Wire& count)
+{
+    return Wire().numberCell(3, 0, 4).append(count);
+}
+
 const BadRequest kBadRequests[] = {
     {"NoCells", kRaise, Wire(), "alarm id (tag 1) is missing"},
     {"NoId", kRaise, withId(Wire()), "alarm id (tag 1) is missing"},
@@ -238,27 +224,56 @@ const BadRequest kBadRequests[] = {
     {"ClearingWithRequesterTooLong", kClear,
      withRequester(Wire().textCell(7, std::string(256, 'r'))),
      "requester (tag 7) has 256 bytes of text, at most 255"},
+    {"ShowingWithoutStart", kShow, withStart(Wire()), "serial number (tag 3) is missing"},
+    {"ShowingWithStartOfText", kShow, withStart(Wire().textCell(3, "0")),
+     "serial number (tag 3) is of type 2"},
+    {"ShowingWithNegativeStart", kShow, withStart(Wire().u16(0x34).u16(4).u32(0xFFFFFFFF)),
+     "serial number (tag 3) is negative"},
+    {"ShowingWithStartTooLarge", kShow, withStart(Wire().numberCell(3, std::uint64_t{1} << 32U, 8)),
+     "serial number (tag 3) is 4294967296, at most 4294967295"},
+    {"ShowingWithoutCount", kShow, withCount(Wire()), "count (tag 9) is missing"},
+    {"ShowingWithCountOfText", kShow, withCount(Wire().textCell(9, "50")),
+     "count (tag 9) is of type 2"},
+    {"ShowingWithNegativeCount", kShow, withCount(Wire().u16(0x94).u16(1).u8(0xFF)),
+     "count (tag 9) is negative"},
+    {"ShowingNone", kShow, withCount(Wire().numberCell(9, 0, 4)),
+     "count (tag 9) is 0, at least 1 is due"},
+    {"ShowingTooMany", kShow, withCount(Wire().numberCell(9, 1001, 4)),
+     "count (tag 9) is 1001, at most 1000 is possible"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Cells, AlarmRequest, testing::ValuesIn(kBadRequests),
                          [](const auto& row) { return row.param.name; });
 
-TEST(AlarmCommands, HaveTheirNumbersFromTheConfiguration)
+class CommandItem : public testing::TestWithParam<std::string> {};
+
+TEST_P(CommandItem, IsNamedWhenTheConfigurationLacksIt)
 {
     const TempDir dir;
-    const auto config = DeviceConfigFile::load(dir.write(
-        "device.xml",
-        "<device><section name='COMMAND'><item name='GET_SYSTEM_WWN' value='1'/>"
-        "<item name='RAISE_ALARM' value='2'/><item name='REPORT_EVENT' value='3'/>"
-        "<item name='CLEAR_ALARM' value='4'/><item name='RESEND_ALARMS' value='5'/></section>"
-        "<section name='SYSTEM'><item name='WWN' value='2100a1b2c3d4e5f6'/></section></device>"));
+    std::string items;
+    for (const auto* name : {"GET_SYSTEM_WWN", "GET_CURRENT_ALARM", "RAISE_ALARM", "REPORT_EVENT",
+                             "CLEAR_ALARM", "RESEND_ALARMS", "SUBSCRIBE_NOTIFICATIONS"}) {
+        if (name != GetParam()) {
+            items += "<item name='" + std::string(name) + "' value='" +
+                     std::to_string(items.size() + 1) + "'/>";
+        }
+    }
+    const auto config = DeviceConfigFile::load(
+        dir.write("device.xml", "<device><section name='COMMAND'>" + items +
+                                    "</section><section name='SYSTEM'><item name='WWN' "
+                                    "value='2100a1b2c3d4e5f6'/></section></device>"));
 
     try {
         const BackEnd backEnd(config, DurableDatabase::kInMemory);
         FAIL() << "not refused";
     } catch (const talvik::StartupError& error) {
-        EXPECT_THAT(error.what(), HasSubstr("SUBSCRIBE_NOTIFICATIONS"));
+        EXPECT_THAT(error.what(), HasSubstr("\"" + GetParam() + "\""));
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(AlarmCommands, CommandItem,
+                         testing::Values("GET_CURRENT_ALARM", "RAISE_ALARM", "REPORT_EVENT",
+                                         "CLEAR_ALARM", "RESEND_ALARMS", "SUBSCRIBE_NOTIFICATIONS"),
+                         [](const auto& row) { return row.param; });
 
 }  // namespace

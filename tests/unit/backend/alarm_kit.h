@@ -52,7 +52,7 @@ inline std::vector<std::string> outboxOf(const backend::AlarmStore& store)
 inline std::vector<std::uint32_t> serialsOf(const backend::AlarmStore& store)
 {
     std::vector<std::uint32_t> serials;
-    for (const auto& entry : store.pageOfActive(0, 1'000'000)) {
+    for (const auto& entry : store.pageOfActive(0, 1'000'000, SIZE_MAX).alarms) {
         serials.push_back(entry.serial);
     }
     return serials;

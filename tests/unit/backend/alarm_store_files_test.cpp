@@ -164,6 +164,25 @@ TEST_F(AlarmFile, ThatWasMovedTakesNothingAnyMore)
     EXPECT_THAT(outboxOf(store), ElementsAre(faultOf(2, alarmOf(2)).octets()));
 }
 
+TEST_F(AlarmFile, HasALogThatStaysSmallAfterAPageThatWasCutShort)
+{
+    constexpr int kAlarms = 300;
+    constexpr std::uintmax_t kMebibyte = 1 << 20;
+    AlarmStore store(file_);
+    const auto longest = alarmOf(1, std::string(32768, 'p'));
+    store.raise(longest);
+    store.raise(longest);
+    ASSERT_EQ(store.pageOfActive(0, 9, 1).alarms.size(), 1U);
+
+    for (int i = 0; i < kAlarms; ++i) {
+        ASSERT_EQ(store.raise(longest).code, result::kSuccess);
+    }
+
+    EXPECT_LT(fs::file_size(file_ + "-wal"), 6 * kMebibyte)
+        << "an alarm adds more than 64 KiB, and what is read keeps the log";
+    EXPECT_EQ(store.pageOfActive(1, 9, 1).alarms.size(), 1U);
+}
+
 TEST_F(AlarmFile, CopiedWhileItIsOpenHoldsAllThatWasAnswered)
 {
     AlarmStore store(file_);

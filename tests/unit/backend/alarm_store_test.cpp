@@ -86,7 +86,7 @@ TEST_F(AlarmStoreTest, KeepsTheLargestValuesAndAnyOctets)
 
     AlarmStore store(file());
 
-    const auto page = store.pageOfActive(0, 1);
+    const auto page = store.pageOfActive(0, 1, 1).alarms;
     ASSERT_EQ(page.size(), 1U);
     EXPECT_EQ(page[0].alarm.id, alarm.id);
     EXPECT_EQ(page[0].alarm.level, alarm.level);
@@ -127,16 +127,38 @@ TEST(AlarmStore, ReadsActiveAlarmsInPages)
     }
     store.clear(3, "me", 2000);
 
-    const auto page = store.pageOfActive(1, 2);
+    const auto page = store.pageOfActive(1, 2, 9999);
 
-    ASSERT_EQ(page.size(), 2U);
-    EXPECT_EQ(page[0].serial, 2U);
-    EXPECT_EQ(page[1].serial, 4U);
-    EXPECT_EQ(page[1].alarm.id, 4U);
-    EXPECT_EQ(page[1].alarm.parameters, "CTE0,B");
-    EXPECT_THAT(store.pageOfActive(5, 2), IsEmpty());
+    ASSERT_EQ(page.alarms.size(), 2U);
+    EXPECT_FALSE(page.isLast);
+    EXPECT_EQ(page.alarms[0].serial, 2U);
+    EXPECT_EQ(page.alarms[1].serial, 4U);
+    EXPECT_EQ(page.alarms[1].alarm.id, 4U);
+    EXPECT_EQ(page.alarms[1].alarm.parameters, "CTE0,B");
+    const auto none = store.pageOfActive(5, 2, 9999);
+    EXPECT_THAT(none.alarms, IsEmpty());
+    EXPECT_TRUE(none.isLast);
     EXPECT_EQ(store.countActive(), 4U);
     EXPECT_EQ(store.lastSerial(), 5U);
+}
+
+TEST(AlarmStore, EndsAPageOfActiveAlarmsAtTheOctetsOfTheirParameters)
+{
+    InMemory store(DurableDatabase::kInMemory);
+    for (std::uint64_t id = 1; id <= 4; ++id) {
+        store.raise(alarmOf(id, "12345"));
+    }
+    const auto sizeWithin = [&store](std::size_t octets) {
+        return store.pageOfActive(0, 9, octets).alarms.size();
+    };
+
+    EXPECT_EQ(sizeWithin(0), 0U);
+    EXPECT_EQ(sizeWithin(1), 1U);
+    EXPECT_EQ(sizeWithin(5), 1U);
+    EXPECT_EQ(sizeWithin(6), 2U);
+    EXPECT_FALSE(store.pageOfActive(0, 9, 15).isLast);
+    EXPECT_TRUE(store.pageOfActive(0, 9, 16).isLast);
+    EXPECT_TRUE(store.pageOfActive(1, 9, 15).isLast) << "none was left out";
 }
 
 TEST(AlarmStore, ReadsTheOutboxInPagesOfRowsOrOctets)
@@ -321,7 +343,7 @@ TEST(AlarmStore, IsUsedByManyThreadsAtOnce)
             for (int i = 0; i < kAlarms; ++i) {
                 serials.push_back(store.raise(alarmOf(1)).serial);
                 store.clear(serials.back(), "me", 2000);
-                store.pageOfActive(0, 10);
+                store.pageOfActive(0, 10, 9999);
                 const auto page = store.nextNotifications(0, 10, 9999);
                 if (!page.empty()) {
                     store.acknowledge(page.front().sequence);
