@@ -46,6 +46,17 @@ auto choice(const MibElement& object, const char* member, const Table& names)
                              known);
 }
 
+/// What is special about a column's octets or cells.
+enum class Format { None, Destination, DateAndTime };
+
+constexpr Names<Format, 2> kFormats = {
+    {{"destination", Format::Destination}, {"dateAndTime", Format::DateAndTime}}};
+
+Format readFormat(const MibElement& column)
+{
+    return column.has("format") ? choice(column, "format", kFormats) : Format::None;
+}
+
 /// For a member that has one value only.
 bool isSet(const MibElement& object, const char* member, const char* value)
 {
@@ -98,8 +109,8 @@ void checkAccess(const MibElement& element, const MibColumn& column)
         element.at("access").refuse("a column that managers write is read-create");
     }
     const bool isWritable = column.access == Access::ReadCreate;
-    if (isWritable && (column.syntax == Syntax::Counter32 || column.syntax == Syntax::Counter64)) {
-        element.at("access").refuse("a counter cannot be written");
+    if (isWritable && column.isDateAndTime) {
+        element.at("access").refuse("a DateAndTime cannot be written");
     }
     if (!isWritable && column.required) {
         element.at("required").refuse("only a read-create column can be required");
@@ -109,22 +120,35 @@ void checkAccess(const MibElement& element, const MibColumn& column)
     }
 }
 
+/// What a column and a scalar have in common.
+MibColumn readCell(const MibElement& element, long leastTag)
+{
+    MibColumn cell;
+    cell.tag = static_cast<unsigned short>(element.number("tag", leastTag, kMaxTag));
+    cell.name = element.text("name");
+    cell.syntax = readSyntax(element);
+    cell.access = choice(element, "access", kAccesses);
+    cell.enumeration = readEnumeration(element, cell.syntax);
+    checkSyntax(element, cell);
+    cell.range = readBounds(element, "range", boundsOf(cell.syntax));
+    cell.size = readBounds(element, "size", {0, kMaxTextOctets});
+    const bool isWritable = cell.access == Access::ReadWrite || cell.access == Access::ReadCreate;
+    if (isWritable && (cell.syntax == Syntax::Counter32 || cell.syntax == Syntax::Counter64)) {
+        element.at("access").refuse("a counter cannot be written");
+    }
+    return cell;
+}
+
 MibColumn readColumn(const MibElement& element)
 {
     element.expectObject(
         {"tag", "name", "syntax", "access"},
         {"description", "enumeration", "range", "size", "cell", "format", "required", "aliasOf"});
-    MibColumn column;
-    column.tag = static_cast<unsigned short>(element.number("tag", 1, kMaxTag));
-    column.name = element.text("name");
-    column.syntax = readSyntax(element);
-    column.access = readAccess(element);
-    column.enumeration = readEnumeration(element, column.syntax);
-    checkSyntax(element, column);
-    column.range = readBounds(element, "range", boundsOf(column.syntax));
-    column.size = readBounds(element, "size", {0, kMaxTextOctets});
+    auto column = readCell(element, 1);
     column.textCell = isSet(element, "cell", "text");
-    column.isDestination = isSet(element, "format", "destination");
+    const auto format = readFormat(element);
+    column.isDestination = format == Format::Destination;
+    column.isDateAndTime = format == Format::DateAndTime;
     column.required = element.has("required") && element.flag("required");
     checkAccess(element, column);
     return column;
@@ -171,11 +195,6 @@ Syntax readSyntax(const MibElement& object)
     return choice(object, "syntax", kSyntaxes);
 }
 
-Access readAccess(const MibElement& object)
-{
-    return choice(object, "access", kAccesses);
-}
-
 std::map<long, std::string> readEnumeration(const MibElement& element, Syntax syntax)
 {
     std::map<long, std::string> labels;
@@ -194,6 +213,15 @@ std::map<long, std::string> readEnumeration(const MibElement& element, Syntax sy
         }
     }
     return labels;
+}
+
+MibColumn readScalarCell(const MibElement& scalar)
+{
+    auto cell = readCell(scalar, 0);
+    if (cell.access != Access::ReadOnly && cell.access != Access::ReadWrite) {
+        scalar.at("access").refuse("a scalar is read-only or read-write");
+    }
+    return cell;
 }
 
 std::vector<MibColumn> readColumns(const MibElement& table)

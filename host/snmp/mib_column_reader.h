@@ -9,12 +9,14 @@
 
 namespace talvik {
 
-/// Syntax and access of a column or a scalar.
+/// Syntax of a column, a scalar or a notification object.
 Syntax readSyntax(const MibElement& object);
-Access readAccess(const MibElement& object);
 
 /// The labels of `element`, whose syntax is `syntax`; none when it has no enumeration.
 std::map<long, std::string> readEnumeration(const MibElement& element, Syntax syntax);
+
+/// The cell of a scalar, checked by itself.
+MibColumn readScalarCell(const MibElement& scalar);
 
 /// The columns of a table, in the file's order, each checked by itself and their aliases resolved.
 /// Throws `StartupError`, as everything here does.

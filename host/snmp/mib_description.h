@@ -35,6 +35,7 @@ struct MibColumn {
     std::optional<Bounds> size = std::nullopt;   ///< octets of an OCTET STRING
     bool textCell = false;       ///< a number that the handler's cells carry as decimal text
     bool isDestination = false;  ///< an address or a domain name
+    bool isDateAndTime = false;  ///< an OCTET STRING that is a DateAndTime; all others are texts
     bool required = false;       ///< a create must name it
     unsigned short aliasOf = 0;  ///< tag of the column that a SET of this one changes; 0: itself
 };
@@ -57,9 +58,8 @@ struct MibTable {
 struct MibScalar {
     std::string name;
     ObjectId id;
-    unsigned short tag = 0;
-    Syntax syntax = Syntax::Integer;
-    Access access = Access::ReadOnly;
+    MibColumn
+        cell;  ///< the cell of the handler's record: its name is the scalar's, its tag may be 0
 };
 
 /// An object that is seen in notifications only; its instance is `id`.0.
@@ -92,9 +92,12 @@ struct MibNotification {
 ///     column      ::= {"tag": 1..4095, "name": TEXT, "syntax": SYNTAX, "access": ACCESS,
 ///                      "description"?: TEXT, "enumeration"?: {LABEL: NUMBER...},
 ///                      "range"?: [LOW, HIGH], "size"?: [LOW, HIGH], "cell"?: "text",
-///                      "format"?: "destination", "required"?: BOOLEAN, "aliasOf"?: COLUMN NAME}
+///                      "format"?: "destination" | "dateAndTime", "required"?: BOOLEAN,
+///                      "aliasOf"?: COLUMN NAME}
 ///     scalar      ::= {"name": TEXT, "oid": OID, "tag": 0..4095, "syntax": SYNTAX,
-///                      "access": ACCESS, "description"?: TEXT}
+///                      "access": ACCESS, "description"?: TEXT,
+///                      "enumeration"?: {LABEL: NUMBER...}, "range"?: [LOW, HIGH],
+///                      "size"?: [LOW, HIGH]}
 ///     object      ::= {"name": TEXT, "oid": OID, "syntax": SYNTAX, "description"?: TEXT,
 ///                      "enumeration"?: {LABEL: NUMBER...}, "format"?: "dateAndTime"}
 ///     notification ::= {"name": TEXT, "oid": OID, "objects": [OBJECT NAME...],
@@ -103,6 +106,7 @@ struct MibNotification {
 ///                     "TimeTicks" | "OCTET STRING"
 ///     ACCESS      ::= "not-accessible" | "read-only" | "read-write" | "read-create"
 ///
+/// A scalar's access is "read-only" or "read-write", a column's never "read-write".
 /// OIDs are dotted decimal and lie under "root"; no object's OID lies under another's.
 class MibDescription {
 public:
@@ -119,6 +123,7 @@ public:
 
     const std::string& path() const { return path_; }
     const std::string& moduleName() const { return moduleName_; }
+    const ObjectId& root() const { return root_; }
     const std::vector<MibTable>& tables() const { return tables_; }
     const std::vector<MibNotificationObject>& notificationObjects() const
     {

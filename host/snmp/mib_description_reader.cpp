@@ -11,7 +11,6 @@ namespace talvik {
 
 namespace {
 
-constexpr long kMaxScalarTag = 4095;
 constexpr long kMaxAnswerLifetime = 60000;
 
 /// The position of the column that `entry`, a text, names.
@@ -98,13 +97,12 @@ MibTable readTable(const MibElement& element)
 
 MibScalar readScalar(const MibElement& element)
 {
-    element.expectObject({"name", "oid", "tag", "syntax", "access"}, {"description"});
+    element.expectObject({"name", "oid", "tag", "syntax", "access"},
+                         {"description", "enumeration", "range", "size"});
     MibScalar scalar;
     scalar.name = element.text("name");
     scalar.id = element.objectId("oid");
-    scalar.tag = static_cast<unsigned short>(element.number("tag", 0, kMaxScalarTag));
-    scalar.syntax = readSyntax(element);
-    scalar.access = readAccess(element);
+    scalar.cell = readScalarCell(element);
     return scalar;
 }
 

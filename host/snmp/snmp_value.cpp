@@ -30,6 +30,12 @@ std::string octetsOf(const CTLVCell& cell)
     return octets;
 }
 
+/// Without and with a time zone.
+bool isDateAndTimeSize(std::size_t octets)
+{
+    return octets == 8 || octets == 11;
+}
+
 /// Up to four bytes are read as the 32-bit rules say, so that a short signed number keeps its sign.
 std::int64_t signedNumberOf(const CTLVCell& cell)
 {
@@ -93,6 +99,10 @@ std::optional<SnmpValue> toSnmpValue(const CTLVCell& cell, const MibColumn& colu
             return std::nullopt;
         }
         value.octets = octetsOf(cell);
+        if (column.isDateAndTime && !isDateAndTimeSize(value.octets.size())) {
+            problem = std::to_string(value.octets.size()) + " octets where a DateAndTime is due";
+            return std::nullopt;
+        }
         return value;
     }
     const auto number = numberOf(cell, column.textCell, problem);

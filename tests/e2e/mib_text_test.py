@@ -15,7 +15,7 @@ TEXT_SYNTAX = {"SnmpAdminString": "OCTET STRING", "Unsigned32": "Unsigned32", "I
                "TalvikText": "OCTET STRING", "DateAndTime": "OCTET STRING"}
 ROW_STATUS = {"active": 1, "notInService": 2, "notReady": 3, "createAndGo": 4, "createAndWait": 5, "destroy": 6}
 # The tables, with the only constraint that the text has beyond the description: it says of the number what numbers rows.
-TABLES = {"talvikTopology": {"talvikTopologyNodeIndex": {"range": [1, 2147483647]}}, "talvikTrap": {}}
+TABLES = {"talvikTopology": {"talvikTopologyNodeIndex": {"range": [1, 2147483647]}}, "talvikAlarm": {}, "talvikTrap": {}}
 
 
 def constraint(syntax, text):
@@ -49,7 +49,7 @@ class MibText(TalvikTest):
         findings = (result.stdout + result.stderr).splitlines()
         # The indexes can be read, and one notification's parent ends in 2: managers rely on it.
         known = ("index element `talvikTopologyNodeIndex'", "index element `talvikTrapIndex'",
-                 "`talvikOwnAlarmOther' is not reverse mappable")
+                 "index element `talvikAlarmSerialNo'", "`talvikOwnAlarmOther' is not reverse mappable")
         self.assertEqual([line for line in findings if not any(each in line for each in known)], [])
         self.assertEqual(len(findings), len(known), findings)
 
@@ -62,13 +62,30 @@ class MibText(TalvikTest):
                 objects = re.findall(
                     r"^(\w+) OBJECT-TYPE\s+SYNTAX\s+(\w+)((?:(?!MAX-ACCESS).)*)MAX-ACCESS\s+([\w-]+)"
                     r"(?:(?!OBJECT-TYPE).)*?::= \{ " + name + r"Entry (\d+) \}", text, re.MULTILINE | re.DOTALL)
-                written = [(column, TEXT_SYNTAX[syntax], access, int(tag), constraint(syntax, rest))
+                written = [(column, TEXT_SYNTAX[syntax], syntax == "DateAndTime", access, int(tag),
+                            constraint(syntax, rest))
                            for column, syntax, rest, access, tag in objects]
                 self.assertEqual(written, [
-                    (column["name"], column["syntax"], column["access"], column["tag"],
+                    (column["name"], column["syntax"], column.get("format") == "dateAndTime", column["access"],
+                     column["tag"],
                      {key: column[key] for key in ("range", "size", "enumeration") if key in column}
                      or extra.get(column["name"], {}))
                     for column in described[name + "Table"]["columns"]])
+                self.assertEqual(self.translate(name + "Table"), described[name + "Table"]["oid"])
+
+    def test_agrees_with_the_description_about_the_scalars(self):
+        text = (MIBS / "KEL-TALVIK-MIB.txt").read_text()
+        described = json.loads((MIBS / "KEL-TALVIK-MIB.json").read_text())["scalars"]
+        objects = re.findall(r"^(\w+) OBJECT-TYPE\s+SYNTAX\s+(?!SEQUENCE)(\w+)((?:(?!MAX-ACCESS).)*)MAX-ACCESS\s+([\w-]+)"
+                             r"(?:(?!OBJECT-TYPE).)*?::= \{ (\w+) \d+ \}", text, re.MULTILINE | re.DOTALL)
+        self.assertEqual(
+            [(name, TEXT_SYNTAX[syntax], access, constraint(syntax, rest), self.translate(name))
+             for name, syntax, rest, access, parent in objects
+             if not parent.endswith("Entry") and access not in ("accessible-for-notify", "not-accessible")],
+            [(each["name"], each["syntax"], each["access"],
+              {key: each[key] for key in ("range", "size", "enumeration") if key in each}, each["oid"])
+             for each in described])
+        self.assertEqual(len(described), 1)
 
     def translate(self, name):
         """The OID that the stock tools take the name for."""

@@ -10,6 +10,7 @@
 namespace {
 
 using talvik::MibDescription;
+using talvik::ObjectId;
 using testing::HasSubstr;
 
 const std::string kSmall = R"({
@@ -17,8 +18,8 @@ const std::string kSmall = R"({
   "tables": [{"name": "small", "oid": "1.3.6.1.4.1.99999.1", "index": ["b", "a"], "columns": [
     {"tag": 9, "name": "b", "syntax": "INTEGER", "access": "read-only", "enumeration": {"on": 1, "off": -2}},
     {"tag": 2, "name": "a", "syntax": "OCTET STRING", "access": "not-accessible"}]}],
-  "scalars": [{"name": "leaf", "oid": "1.3.6.1.4.1.99999.2", "tag": 0, "syntax": "Counter64",
-               "access": "read-write"}]
+  "scalars": [{"name": "leaf", "oid": "1.3.6.1.4.1.99999.2", "tag": 0, "syntax": "INTEGER",
+               "access": "read-write", "range": [-1, 7]}]
 })";
 
 class MibDescriptionFile : public testing::Test {
@@ -69,7 +70,12 @@ TEST_F(MibDescriptionFile, GivesScalars)
 
     const auto* leaf = mib.scalar({1, 3, 6, 1, 4, 1, 99999, 2});
     ASSERT_NE(leaf, nullptr);
-    EXPECT_EQ(leaf->syntax, talvik::Syntax::Counter64);
+    EXPECT_EQ(leaf->name, "leaf");
+    EXPECT_EQ(leaf->cell.tag, 0);
+    EXPECT_EQ(leaf->cell.syntax, talvik::Syntax::Integer);
+    EXPECT_EQ(leaf->cell.access, talvik::Access::ReadWrite);
+    EXPECT_EQ(leaf->cell.range->low, -1);
+    EXPECT_EQ(leaf->cell.range->high, 7);
     EXPECT_EQ(mib.scalar({1, 3}), nullptr);
     EXPECT_EQ(mib.table({1, 3, 6, 1, 4, 1, 99999, 2}), nullptr);
 }
@@ -78,7 +84,7 @@ TEST_F(MibDescriptionFile, NamesThePlaceAndTheReasonOfARefusal)
 {
     EXPECT_THAT(refusal(with("\"scalars\"", "\"leaves\"")),
                 HasSubstr("lacks the member \"scalars\""));
-    EXPECT_THAT(refusal(with("\"Counter64\"", "\"Counter65\"")),
+    EXPECT_THAT(refusal(with("\"INTEGER\",\n", "\"Counter65\",\n")),
                 HasSubstr("scalars[0].syntax: unknown syntax \"Counter65\""));
     EXPECT_THAT(refusal(with("99999.2\"", "99999.1.4\"")), HasSubstr("\"leaf\" at"));
     EXPECT_THAT(refusal(with("\"on\": 1", "\"on\": -2")), HasSubstr("number -2 stands here twice"));
@@ -87,6 +93,73 @@ TEST_F(MibDescriptionFile, NamesThePlaceAndTheReasonOfARefusal)
     EXPECT_THAT(refusal(with("\"tag\": 9", "\"tag\": 9.5")), HasSubstr("tables[0].columns[0].tag"));
     EXPECT_THAT(refusal("{} {}"), HasSubstr("SMALL.json"));
     EXPECT_EQ(refusal(kSmall), "accepted");
+}
+
+TEST_F(MibDescriptionFile, GivesAScalarsEnumerationAndSize)
+{
+    const ObjectId id = {1, 3, 6, 1, 4, 1, 99999, 2};
+    const std::string range = "\"range\": [-1, 7]";
+
+    const auto numbered = load(with(range, "\"enumeration\": {\"go\": 1}"));
+    EXPECT_EQ(numbered.scalar(id)->cell.enumeration.at(1), "go");
+
+    auto text = with("\"INTEGER\",\n", "\"OCTET STRING\",\n");
+    text.replace(text.find(range), range.size(), "\"size\": [1, 9]");
+    EXPECT_EQ(load(text).scalar(id)->cell.size->high, 9);
+}
+
+TEST_F(MibDescriptionFile, RefusesWhatAScalarCannotBe)
+{
+    EXPECT_THAT(refusal(with("read-write", "read-create")),
+                HasSubstr("scalars[0].access: a scalar is read-only or read-write"));
+    EXPECT_THAT(refusal(with("read-write", "not-accessible")),
+                HasSubstr("scalars[0].access: a scalar is read-only or read-write"));
+    EXPECT_THAT(refusal(with("\"INTEGER\",\n", "\"Counter32\",\n")), HasSubstr("scalars[0]"));
+    EXPECT_THAT(refusal(with("\"range\": [-1, 7]", "\"size\": [1, 7]")),
+                HasSubstr("scalars[0].size: only an OCTET STRING can have this"));
+    EXPECT_THAT(refusal(with("[-1, 7]", "[7, -1]")),
+                HasSubstr("scalars[0].range: the least value is above the greatest"));
+    EXPECT_THAT(refusal(with("\"tag\": 0", "\"tag\": 4096")), HasSubstr("scalars[0].tag"));
+    EXPECT_THAT(refusal(with("\"tag\": 0", "\"cell\": \"text\", \"tag\": 0")),
+                HasSubstr("scalars[0]: unknown member \"cell\""));
+}
+
+TEST_F(MibDescriptionFile, RefusesAWritableCounter)
+{
+    const std::string range = ", \"range\": [-1, 7]";
+    auto text = with("\"INTEGER\",\n", "\"Counter64\",\n");
+    text.replace(text.find(range), range.size(), "");
+
+    EXPECT_THAT(refusal(text), HasSubstr("scalars[0].access: a counter cannot be written"));
+}
+
+TEST_F(MibDescriptionFile, TellsAColumnOfDateAndTimeFromOneOfText)
+{
+    const std::string text = "\"OCTET STRING\", ";
+    const auto mib = load(with(text, text + "\"format\": \"dateAndTime\", "));
+
+    EXPECT_TRUE(mib.tables().front().column(2)->isDateAndTime);
+    EXPECT_FALSE(mib.tables().front().column(2)->isDestination);
+    EXPECT_FALSE(load(kSmall).tables().front().column(2)->isDateAndTime);
+    EXPECT_THAT(refusal(with(text, text + "\"format\": \"time\", ")),
+                HasSubstr("unknown format \"time\"; known are destination, dateAndTime"));
+}
+
+TEST(DeliveredMibAlarms, AreDescribedAsTheyAreServed)
+{
+    const auto mib = MibDescription::load(TALVIK_SOURCE_DIR "/mibs/KEL-TALVIK-MIB.json");
+
+    const auto* table = mib.table({1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 1, 1});
+    ASSERT_NE(table, nullptr);
+    EXPECT_EQ(table->columns.size(), 12u);
+    EXPECT_EQ(table->columns[table->index.front()].tag, 9);
+    EXPECT_EQ(table->answerLifetime.count(), 5000);
+    EXPECT_TRUE(table->column(8)->isDateAndTime);
+    const auto* clear = mib.scalar({1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 1, 2});
+    ASSERT_NE(clear, nullptr);
+    EXPECT_EQ(clear->cell.tag, 0);
+    EXPECT_EQ(clear->cell.syntax, talvik::Syntax::Unsigned32);
+    EXPECT_EQ(clear->cell.access, talvik::Access::ReadWrite);
 }
 
 }  // namespace

@@ -147,4 +147,20 @@ TEST(SnmpIndex, IsANumberOrCountedOctets)
     EXPECT_EQ(index, (talvik::ObjectId{7, 2, 65, 255}));
 }
 
+TEST(SnmpDateAndTime, HasEightOrElevenOctets)
+{
+    auto when = column(Syntax::OctetString);
+    when.isDateAndTime = true;
+    for (const std::size_t size : {0U, 7U, 8U, 9U, 10U, 11U, 12U, 24U}) {
+        const auto octets = cell(CTLVCell::TLV_OCTETS, 1, std::string(size, '\0'));
+        std::string problem;
+
+        const auto value = talvik::toSnmpValue(*octets, when, problem);
+
+        EXPECT_EQ(value.has_value(), size == 8 || size == 11) << size;
+        EXPECT_EQ(problem,
+                  value ? "" : std::to_string(size) + " octets where a DateAndTime is due");
+    }
+}
+
 }  // namespace
