@@ -18,6 +18,7 @@
 #include "host/snmp/durable_file.h"
 #include "host/snmp/mib_description.h"
 #include "host/snmp/net_snmp_persistence.h"
+#include "host/snmp/scalar_subtree.h"
 #include "host/snmp/standard_notifications.h"
 #include "host/snmp/table_subtree.h"
 #include "host/startup_error.h"
@@ -138,8 +139,7 @@ public:
     void serve(SnmpAgent& agent) const
     {
         for (auto& [id, handler] : module_.makeHandlers()) {
-            agent.serve(std::make_unique<TableSubtree>(
-                std::make_unique<TableSource>(tableAt(id), std::move(handler))));
+            agent.serve(subtreeAt(id, std::move(handler)));
         }
     }
 
@@ -149,15 +149,20 @@ public:
     std::list<std::string> files() const { return {module_.path(), mib_.path()}; }
 
 private:
-    const MibTable& tableAt(const std::string& text) const
+    std::unique_ptr<Subtree> subtreeAt(const std::string& text,
+                                       std::unique_ptr<CSnmpHandler> handler) const
     {
         const auto id = parseObjectId(text);
-        const auto* table = id ? mib_.table(*id) : nullptr;
-        if (table == nullptr) {
-            throw StartupError("module " + module_.path() + " serves " + text + ", but " +
-                               mib_.path() + " describes no table there");
+        if (const auto* table = id ? mib_.table(*id) : nullptr) {
+            return std::make_unique<TableSubtree>(
+                std::make_unique<TableSource>(*table, std::move(handler)));
         }
-        return *table;
+        if (const auto* scalar = id ? mib_.scalar(*id) : nullptr) {
+            return std::make_unique<ScalarSubtree>(
+                std::make_unique<ScalarSource>(*scalar, std::move(handler)));
+        }
+        throw StartupError("module " + module_.path() + " serves " + text + ", but " + mib_.path() +
+                           " describes no table or scalar there");
     }
 
     LoadedModule module_;

@@ -1,20 +1,12 @@
 #pragma once
 
 #include "host/snmp/mib_description.h"
-#include "host/snmp/set_error.h"
-#include "host/snmp/snmp_value.h"
+#include "host/snmp/set_part.h"
 
 #include <cstdint>
 #include <optional>
 
 namespace talvik {
-
-/// One variable of a SET: its name relative to the table and what is to be written. No value stands
-/// for one of a type that no column has.
-struct WrittenVariable {
-    ObjectId suffix;
-    std::optional<SnmpValue> value;
-};
 
 /// What one variable asks for, once it is known to be possible.
 struct ColumnWrite {

@@ -9,6 +9,14 @@
 
 namespace talvik {
 
+/// What became of a call that changes something.
+struct HandlerAnswer {
+    int result = 0;
+    std::optional<std::string> failure;  ///< what the handler threw; `result` then says nothing
+
+    bool succeeded() const { return !failure && result == 0; }
+};
+
 /// Runs `call`, which goes into a module. Returns nothing if it came back, or the text of what it
 /// threw: whatever a module throws, it ends here.
 template <typename Call>

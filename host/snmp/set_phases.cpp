@@ -2,19 +2,18 @@
 
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/pdu_context.h"
-#include "host/snmp/set_transaction.h"
 #include "host/snmp/varbind.h"
 
-#include <memory>
 #include <new>
+#include <utility>
 
 namespace talvik {
 
 namespace {
 
-void releaseTransaction(void* held)
+void releasePart(void* held)
 {
-    delete static_cast<SetTransaction*>(held);
+    delete static_cast<SetPart*>(held);
 }
 
 int codeOf(SetError error)
@@ -46,16 +45,15 @@ int codeOf(SetError error)
     return SNMP_ERR_GENERR;
 }
 
-SetTransaction& begin(TableSource& source, const std::string& key, netsnmp_agent_request_info* info,
-                      netsnmp_request_info* requests)
+SetPart& begin(const ObjectId& id, const std::string& key, netsnmp_agent_request_info* info,
+               netsnmp_request_info* requests, const SetPartMaker& make)
 {
     std::vector<WrittenVariable> variables;
     for (auto* request = requests; request != nullptr; request = request->next) {
-        variables.push_back(
-            {suffixOf(*request->requestvb, source.table().id), valueOf(*request->requestvb)});
+        variables.push_back({suffixOf(*request->requestvb, id), valueOf(*request->requestvb)});
     }
-    auto made = std::make_unique<SetTransaction>(source, contextOf(*info), std::move(variables));
-    auto* node = netsnmp_create_data_list(key.c_str(), made.get(), &releaseTransaction);
+    auto made = make(contextOf(*info), std::move(variables));
+    auto* node = netsnmp_create_data_list(key.c_str(), made.get(), &releasePart);
     if (node == nullptr) {
         throw std::bad_alloc();
     }
@@ -65,11 +63,11 @@ SetTransaction& begin(TableSource& source, const std::string& key, netsnmp_agent
 
 /// The library keeps the error of another part of the request unless it hears of undoFailed, so
 /// that an exception, which may leave the change in place, has to become that too.
-SetOutcome takeBack(SetTransaction& transaction) noexcept
+SetOutcome takeBack(SetPart& part) noexcept
 {
-    return guardCallback("SET: cannot take back what was done; the row has to be set right by hand",
+    return guardCallback("SET: cannot take back what was done; it has to be set right by hand",
                          SetOutcome(SetFault{SetError::UndoFailed, 0}),
-                         [&] { return transaction.undo(); });
+                         [&] { return part.undo(); });
 }
 
 /// True if an earlier part of the request failed in this phase; the library goes through the others
@@ -79,18 +77,18 @@ bool hasFailedElsewhere(const netsnmp_agent_request_info& info)
     return info.asp->status != SNMP_ERR_NOERROR;
 }
 
-SetOutcome take(SetTransaction& transaction, const netsnmp_agent_request_info& info)
+SetOutcome take(SetPart& part, const netsnmp_agent_request_info& info)
 {
     switch (info.mode) {
     case MODE_SET_RESERVE1:
-        return transaction.check();
+        return part.check();
     case MODE_SET_RESERVE2:
-        return transaction.prepare();
+        return part.prepare();
     case MODE_SET_ACTION:
         // What is not done has not to be taken back.
-        return hasFailedElsewhere(info) ? std::nullopt : transaction.act();
+        return hasFailedElsewhere(info) ? std::nullopt : part.act();
     case MODE_SET_UNDO:
-        return takeBack(transaction);
+        return takeBack(part);
     default:
         return std::nullopt;  // COMMIT and FREE: nothing is left to do
     }
@@ -104,7 +102,7 @@ void report(const SetFault& fault, netsnmp_agent_request_info* info, netsnmp_req
     }
     if (fault.error == SetError::UndoFailed) {
         // This becomes the response's error index: undoFailed names no variable. But the library
-        // tells it for the first table of a request only, and for others keeps error and index.
+        // tells it for the first part of a request only, and for others keeps error and index.
         request->index = requests->index == 1 ? 0 : static_cast<int>(info->asp->index);
     }
     netsnmp_set_request_error(info, request, codeOf(fault.error));
@@ -112,15 +110,15 @@ void report(const SetFault& fault, netsnmp_agent_request_info* info, netsnmp_req
 
 }  // namespace
 
-void takeSetPhase(TableSource& source, const std::string& key, netsnmp_agent_request_info* info,
-                  netsnmp_request_info* requests)
+void takeSetPhase(const ObjectId& id, const std::string& key, netsnmp_agent_request_info* info,
+                  netsnmp_request_info* requests, const SetPartMaker& make)
 {
-    auto* held = static_cast<SetTransaction*>(netsnmp_agent_get_list_data(info, key.c_str()));
+    auto* held = static_cast<SetPart*>(netsnmp_agent_get_list_data(info, key.c_str()));
     if (held == nullptr && info->mode != MODE_SET_RESERVE1) {
         return;  // nothing was begun, so there is nothing to free or to take back
     }
-    auto& transaction = held == nullptr ? begin(source, key, info, requests) : *held;
-    if (const auto outcome = take(transaction, *info)) {
+    auto& part = held == nullptr ? begin(id, key, info, requests, make) : *held;
+    if (const auto outcome = take(part, *info)) {
         report(*outcome, info, requests);
     }
 }

@@ -4,15 +4,13 @@
 #include "host/platform/host_log.h"
 #include "host/platform/log_text.h"
 #include "host/platform/trap_results.h"
+#include "host/snmp/requester.h"
 
 #include <utility>
 
 namespace talvik {
 
 namespace {
-
-constexpr long kVersion1 = 0;
-constexpr long kVersion3 = 3;
 
 SetError errorOf(const HandlerAnswer& answer)
 {
@@ -44,16 +42,6 @@ const char* verbOf(RowChange::Kind kind)
     default:
         return "delete";
     }
-}
-
-/// Who asks. The community of v1 and v2c is a secret and stays out.
-std::string requester(const CKEL_SnmpContext& context)
-{
-    if (context.version == kVersion3) {
-        return "user " + oneLine(context.user) + " from " + oneLine(context.source);
-    }
-    return std::string(context.version == kVersion1 ? "v1" : "v2c") + " from " +
-           oneLine(context.source);
 }
 
 std::string textOf(const HandlerAnswer& answer)
@@ -176,8 +164,8 @@ std::string SetTransaction::describe(const std::string& what) const
     for (const auto& named : change_.named) {
         columns += (columns.empty() ? " with " : ", ") + named.column->name;
     }
-    return "table " + source_.table().name + ", SET by " + requester(context_) + ", " + what + " " +
-           verbOf(change_.kind) + " row " + std::to_string(change_.row) + columns;
+    return "table " + source_.table().name + ", SET by " + requesterOf(context_) + ", " + what +
+           " " + verbOf(change_.kind) + " row " + std::to_string(change_.row) + columns;
 }
 
 }  // namespace talvik

@@ -2,7 +2,6 @@
 
 #include "framework/result_codes.h"
 #include "framework/snmp_handler.h"
-#include "host/snmp/handler_boundary.h"
 #include "host/startup_error.h"
 
 namespace talvik {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/snmp/failure_log.h"
+#include "host/snmp/handler_boundary.h"
 #include "host/snmp/mib_description.h"
 #include "host/snmp/table_snapshot.h"
 
@@ -8,22 +9,12 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
 class CKEL_SnmpContext;
 class CSnmpHandler;
 
 namespace talvik {
-
-/// What became of a call that changes a row.
-struct HandlerAnswer {
-    int result = 0;
-    std::optional<std::string> failure;  ///< what the handler threw; `result` then says nothing
-
-    bool succeeded() const { return !failure && result == 0; }
-};
 
 /// A table with the handler that knows its rows. This is the boundary to the module: whatever a
 /// handler does or throws ends here as "no answer" and a log line. Used by the agent's thread only.

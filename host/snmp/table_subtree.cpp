@@ -2,10 +2,12 @@
 
 #include "host/snmp/pdu_context.h"
 #include "host/snmp/set_phases.h"
+#include "host/snmp/set_transaction.h"
 #include "host/snmp/varbind.h"
 
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace talvik {
 
@@ -60,7 +62,11 @@ TableSubtree::TableSubtree(std::unique_ptr<TableSource> source)
 void TableSubtree::answer(netsnmp_agent_request_info* info, netsnmp_request_info* requests)
 {
     if (info->mode != MODE_GET && info->mode != MODE_GETNEXT) {
-        takeSetPhase(*source_, setKey_, info, requests);
+        takeSetPhase(id(), setKey_, info, requests,
+                     [this](CKEL_SnmpContext context, std::vector<WrittenVariable> variables) {
+                         return std::make_unique<SetTransaction>(*source_, std::move(context),
+                                                                 std::move(variables));
+                     });
         return;
     }
     const auto rows = snapshotFor(info);

@@ -85,7 +85,7 @@ class BadInput(TalvikTest):
         broken(lambda d, t, c: c[0].update(enumeration={"a": 1}), "tables[0].columns[0].enumeration")
         broken(lambda d, t, c: d["tables"].append(dict(t)), "lies within")
         broken(lambda d, t, c: d["tables"].append(dict(t, oid=t["oid"] + ".1")), "lies within")
-        broken(lambda d, t, c: d.update(tables=[]), "describes no table there", "1.3.6.1.4.1.99999.2.91.9.1")
+        broken(lambda d, t, c: d.update(tables=[]), "describes no table or scalar there", "1.3.6.1.4.1.99999.2.91.9.1")
 
     def test_check_says_ok_and_changes_nothing(self):
         result = self.run_agent("--check")

@@ -31,7 +31,7 @@ class BadModule(TalvikTest):
         self.refuse("missing_symbol", "SNMP_NobodyHasThis")
         self.refuse("null_factory", "made no module")
         self.refuse("throwing_factory", "CKEL_Exception: the factory refuses")
-        self.refuse("unknown_oid", "1.3.6.1.4.1.99999.2.91.77.1", "describes no table there")
+        self.refuse("unknown_oid", "1.3.6.1.4.1.99999.2.91.77.1", "describes no table or scalar there")
         self.refuse("two_handlers_for_one_oid", "two handlers for 1.3.6.1.4.1.99999.2.91.9.1")
 
     def test_handlers_that_fail_answer_gen_err_and_the_agent_lives(self):
