@@ -3,6 +3,7 @@
 #include "backend/alarm_commands.h"
 #include "host/startup_error.h"
 #include "tools/alarm_client.h"
+#include "tools/alarm_output.h"
 #include "tools/alarm_scenario.h"
 #include "tools/command.h"
 #include "tools/scenario_run.h"
@@ -132,6 +133,16 @@ int runAlarmRaise(const AlarmOptions& options)
 int runAlarmEvent(const AlarmOptions& options)
 {
     return reportWith(&AlarmClient::reportEvent, options);
+}
+
+int runAlarmList(const AlarmOptions& options)
+{
+    AlarmClient client(options.socket);
+    return orPrintFailure(options.socket, [&] {
+        const auto alarms = client.active(options.after, options.limit);
+        std::cout << (options.socket.json ? jsonText(activeAlarmsJson(alarms))
+                                          : activeAlarmsText(alarms));
+    });
 }
 
 int runAlarmClear(const AlarmOptions& options)

@@ -4,10 +4,13 @@
 #include "tools/socket_client.h"
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
 namespace talvik::ctl {
+
+constexpr auto kAllAlarms = std::numeric_limits<std::uint32_t>::max();
 
 /// What a `talvikctl alarm` command was asked.
 struct AlarmOptions {
@@ -15,6 +18,8 @@ struct AlarmOptions {
     AlarmReport report;                   ///< of raise and event, without the parameters
     std::vector<std::string> parameters;  ///< of raise and event
     std::vector<std::uint32_t> serials;   ///< of clear
+    std::uint32_t after = 0;              ///< of list: the serial number that it begins behind
+    std::uint32_t limit = kAllAlarms;     ///< of list: how many alarms at most
     std::string scenario;                 ///< the file
     bool keepGoing = false;               ///< of scenario
 };
@@ -23,6 +28,7 @@ struct AlarmOptions {
 /// `StartupError` when a file or the socket path cannot be used.
 int runAlarmRaise(const AlarmOptions& options);
 int runAlarmEvent(const AlarmOptions& options);
+int runAlarmList(const AlarmOptions& options);
 int runAlarmClear(const AlarmOptions& options);
 int runAlarmResend(const AlarmOptions& options);
 int runAlarmScenario(const AlarmOptions& options);

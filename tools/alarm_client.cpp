@@ -1,10 +1,12 @@
 #include "tools/alarm_client.h"
 
+#include "backend/alarm_commands.h"
 #include "backend/alarm_tags.h"
 #include "tools/answer_cells.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 
 namespace talvik::ctl {
@@ -13,13 +15,34 @@ namespace {
 
 namespace tag = backend::alarm;
 
+[[noreturn]] void refuseAnswer(const std::string& why)
+{
+    throw Failure(Failure::Kind::NoAnswer, "the request was carried out, but the answer " + why,
+                  "make sure that talvikctl is of the same release as what answers");
+}
+
+bool isEndMark(const CTLVRecordV3& record)
+{
+    return record.find(static_cast<unsigned short>(tag::kEndMarkTag)) != record.pCells->end();
+}
+
+ActiveAlarm activeIn(const CTLVRecordV3& record)
+{
+    const AnswerCells cells(record);
+    ActiveAlarm active;
+    active.serial = static_cast<std::uint32_t>(cells.number(tag::kSerialTag));
+    active.id = cells.number(tag::kIdTag);
+    active.severity = static_cast<std::uint32_t>(cells.number(tag::kLevelTag));
+    active.time = cells.number(tag::kTimeTag);
+    active.parameters = cells.text(tag::kParametersTag);
+    return active;
+}
+
 /// The number in the answer's only record.
 std::uint32_t numberIn(const Package& answer, unsigned tag)
 {
     if (answer.oRecords.empty()) {
-        throw Failure(Failure::Kind::NoAnswer,
-                      "the request was carried out, but the answer is empty",
-                      "make sure that talvikctl is of the same release as what answers");
+        refuseAnswer("is empty");
     }
     const auto cell = static_cast<unsigned short>(tag);
     return static_cast<std::uint32_t>(AnswerCells(*answer.oRecords.front()).number(cell));
@@ -54,6 +77,47 @@ std::uint32_t AlarmClient::report(const RequestName& name, const AlarmReport& re
         },
         answer);
     return numberIn(answer, tag::kSerialTag);
+}
+
+std::vector<ActiveAlarm> AlarmClient::active(std::uint32_t after, std::uint32_t limit)
+{
+    std::vector<ActiveAlarm> alarms;
+    bool more = true;
+    while (more && alarms.size() < limit) {
+        const auto left = limit - static_cast<std::uint32_t>(alarms.size());
+        more = askForMore(alarms.empty() ? after : alarms.back().serial,
+                          std::min(left, backend::kMaxAlarmsInPage), alarms);
+    }
+    return alarms;
+}
+
+bool AlarmClient::askForMore(std::uint32_t after, std::uint32_t count,
+                             std::vector<ActiveAlarm>& alarms)
+{
+    Package answer;
+    client_.ask(
+        {Peer::BackEnd, "GET_CURRENT_ALARM", "list the active alarms", false},
+        [after, count](backend::RecordBuilder& record) {
+            record.u32(tag::kSerialTag, after).u32(tag::kCountTag, count);
+        },
+        answer);
+    if (answer.oRecords.empty()) {
+        refuseAnswer("has neither an alarm nor the end mark");
+    }
+    for (const auto* record : answer.oRecords) {
+        if (isEndMark(*record)) {
+            return false;
+        }
+        alarms.push_back(activeIn(*record));
+        // Otherwise the next request might get the same answer, for ever.
+        if (alarms.back().serial <= after) {
+            refuseAnswer("has an alarm with the serial number " +
+                         std::to_string(alarms.back().serial) + ", none up to " +
+                         std::to_string(after) + " was asked for");
+        }
+        after = alarms.back().serial;
+    }
+    return true;
 }
 
 void AlarmClient::clear(std::uint32_t serial)

@@ -109,6 +109,23 @@ void addReport(CLI::App& alarm, Action& action, const char* name, const char* de
                     name + " 501010001 --severity minor --socket /run/talvik/backend.sock --json");
 }
 
+void addList(CLI::App& alarm, Action& action)
+{
+    auto options = std::make_shared<AlarmOptions>();
+    auto* list = addCommand(alarm, action, "list", "Show the active alarms by serial number",
+                            options, runAlarmList);
+    list->add_option("--after", options->after, "Only those with a greater serial number")
+        ->type_name("SERIAL")
+        ->check(wholeNumberFrom(0, kMaxSerial));
+    list->add_option("--limit", options->limit, "Show at most so many; all without it")
+        ->type_name("N")
+        ->check(wholeNumberFrom(1, kAllAlarms));
+    addJsonOption(*list, options->socket);
+    list->footer(std::string(kExitStatus) + "\nExamples:\n"
+                                            "  talvikctl alarm list\n"
+                                            "  talvikctl alarm list --after 17 --limit 50 --json");
+}
+
 void addClear(CLI::App& alarm, Action& action)
 {
     auto options = std::make_shared<AlarmOptions>();
@@ -155,8 +172,10 @@ void addScenario(CLI::App& alarm, Action& action)
 
 void addAlarmCommands(CLI::App& talvikctl, Action& action)
 {
-    auto* alarm = talvikctl.add_subcommand("alarm", "The back end's alarms: raise and clear them");
+    auto* alarm =
+        talvikctl.add_subcommand("alarm", "The back end's alarms: list, raise and clear them");
     alarm->require_subcommand(1);
+    addList(*alarm, action);
     addReport(*alarm, action, "raise", "Raise an alarm, which stays active until it is cleared",
               kAlarmSeverity, runAlarmRaise);
     addReport(*alarm, action, "event", "Report an event, which does not last", kEventSeverity,

@@ -31,6 +31,17 @@ std::optional<std::uint32_t> severityLevel(const std::string& nameOrNumber)
     return level ? std::optional(static_cast<std::uint32_t>(*level)) : std::nullopt;
 }
 
+std::optional<std::string> severityName(std::uint32_t level)
+{
+    const auto named = level == kMostLevel ? kSeverities.back().second : level;
+    for (const auto& severity : kSeverities) {
+        if (named == severity.second) {
+            return severity.first;
+        }
+    }
+    return std::nullopt;
+}
+
 std::string severityNames()
 {
     std::string names;

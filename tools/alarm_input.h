@@ -23,6 +23,9 @@ constexpr const char* kEventSeverity = "info";   ///< of events
 /// critical 6; 7 is critical too.
 std::optional<std::uint32_t> severityLevel(const std::string& nameOrNumber);
 
+/// The name of a level, if it has one: also of 7, which no name stands for.
+std::optional<std::string> severityName(std::uint32_t level);
+
 /// The names and numbers that `severityLevel` knows, for people.
 std::string severityNames();
 

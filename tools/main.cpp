@@ -19,6 +19,7 @@ int run(int argc, char** argv)
     app.footer("Examples:\n"
                "  talvikctl backend status --socket /run/talvik/backend.sock\n"
                "  talvikctl alarm raise 501010001 --param DAE000 --param 7\n"
+               "  talvikctl alarm list\n"
                "  talvikctl trap list\n"
                "  talvikctl trap add --help");
     Action action;

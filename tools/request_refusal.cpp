@@ -80,8 +80,8 @@ Failure ofBackEnd(const RefusedRequest& request)
     case result::kNoSuchAlarm:
         return {Failure::Kind::UnknownRow,
                 "cannot " + request.task + ": no alarm with that serial number is active",
-                "it was cleared before, or never raised; take a number that talvikctl alarm raise "
-                "printed or that a trap carries"};
+                "it was cleared before, or never raised; take a number that talvikctl alarm list "
+                "shows"};
     case result::kOutboxFull:
         return refused(request, "too many notifications wait for the agent",
                        "start talvik-agentd so that it takes them; look at its log if it runs");

@@ -38,6 +38,17 @@ TEST(AlarmSeverity, CanBeANumberThatTheModuleKnows)
     }
 }
 
+TEST(AlarmSeverity, HasItsNameBack)
+{
+    for (const auto* name : {"info", "warning", "minor", "major", "critical"}) {
+        EXPECT_EQ(severityName(*severityLevel(name)), name);
+    }
+    EXPECT_EQ(severityName(7), "critical");
+    for (const auto level : {0U, 1U, 8U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(severityName(level), std::nullopt) << level;
+    }
+}
+
 TEST(WholeNumber, HasBoundsAndNoOrnaments)
 {
     constexpr auto most = std::numeric_limits<std::uint64_t>::max();

@@ -43,6 +43,15 @@ const Usage kWrong[] = {
      {"alarm", "event", "1", "--time", "253402300800"},
      "is no number from 0 to 253402300799"},
     {"TimeNegative", {"alarm", "event", "1", "--time=-1"}, "\"-1\" is no number"},
+    {"ListSomething", {"alarm", "list", "1"}, "1"},
+    {"ListAfterTooLarge",
+     {"alarm", "list", "--after", "4294967296"},
+     "--after: \"4294967296\" is no number from 0 to 4294967295"},
+    {"ListAfterNegative", {"alarm", "list", "--after=-1"}, "\"-1\" is no number"},
+    {"ListNone",
+     {"alarm", "list", "--limit", "0"},
+     "--limit: \"0\" is no number from 1 to 4294967295"},
+    {"ListWithoutLimit", {"alarm", "list", "--limit"}, "--limit"},
     {"ClearNothing", {"alarm", "clear"}, "SERIAL is required"},
     {"ClearZero", {"alarm", "clear", "1", "0"}, "\"0\" is no number from 1 to 4294967295"},
     {"ClearTooLarge", {"alarm", "clear", "4294967296"}, "is no number from 1 to 4294967295"},
@@ -87,7 +96,7 @@ TEST(TalvikctlAlarm, ChecksAScenarioBeforeItAsksAnybody)
 
 TEST(TalvikctlAlarm, HasHelpWithExamplesAndTheNamesOfSeverities)
 {
-    for (const auto* command : {"raise", "event", "clear", "resend", "scenario"}) {
+    for (const auto* command : {"list", "raise", "event", "clear", "resend", "scenario"}) {
         Program help("talvikctl", {"alarm", command, "--help"});
         EXPECT_EQ(help.wait(), 0);
         EXPECT_THAT(help.output(), AllOf(HasSubstr("Example"), HasSubstr("--socket PATH")))

@@ -1,0 +1,78 @@
+#include "tools/alarm_output.h"
+
+#include "tools/alarm_input.h"
+#include "tools/safe_text.h"
+#include "tools/text_table.h"
+
+#include <algorithm>
+#include <ctime>
+#include <iterator>
+#include <limits>
+
+namespace talvik::ctl {
+
+namespace {
+
+std::string severityText(std::uint32_t level)
+{
+    const auto name = severityName(level);
+    const auto number = std::to_string(level);
+    return name ? *name + " (" + number + ")" : number;
+}
+
+TableLine lineOf(const ActiveAlarm& alarm)
+{
+    return {std::to_string(alarm.serial), std::to_string(alarm.id), severityText(alarm.severity),
+            localIsoTime(alarm.time), printable(alarm.parameters)};
+}
+
+Json::Value jsonOf(const ActiveAlarm& alarm)
+{
+    const auto name = severityName(alarm.severity);
+    Json::Value value;
+    value["serial"] = alarm.serial;
+    value["id"] = std::to_string(alarm.id);
+    value["severity"] = name ? Json::Value(*name) : Json::Value();
+    value["level"] = alarm.severity;
+    value["time"] = static_cast<Json::UInt64>(alarm.time);
+    value["parameters"] = validUtf8(alarm.parameters);
+    return value;
+}
+
+}  // namespace
+
+std::string activeAlarmsText(const std::vector<ActiveAlarm>& alarms)
+{
+    if (alarms.empty()) {
+        return "no active alarms\n";
+    }
+    std::vector<TableLine> lines = {{"SERIAL", "ID", "SEVERITY", "TIME", "PARAMETERS"}};
+    std::transform(alarms.begin(), alarms.end(), std::back_inserter(lines), lineOf);
+    return alignedTable(lines);
+}
+
+Json::Value activeAlarmsJson(const std::vector<ActiveAlarm>& alarms)
+{
+    Json::Value list(Json::arrayValue);
+    for (const auto& alarm : alarms) {
+        list.append(jsonOf(alarm));
+    }
+    return list;
+}
+
+std::string localIsoTime(std::uint64_t seconds)
+{
+    constexpr std::size_t kColon = 2;  // from the end of +0100
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm parts{};
+    char text[64];
+    if (seconds > static_cast<std::uint64_t>(std::numeric_limits<std::time_t>::max()) ||
+        localtime_r(&time, &parts) == nullptr ||
+        std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S%z", &parts) == 0) {
+        return std::to_string(seconds);
+    }
+    std::string iso = text;
+    return iso.insert(iso.size() - kColon, ":");
+}
+
+}  // namespace talvik::ctl
