@@ -27,6 +27,9 @@ std::string backendName(const std::string& value)
     }
 }
 
+constexpr unsigned kLeastTimeout = 50;
+constexpr unsigned kLongestTimeout = 60000;
+
 void declare(CLI::App& app, AgentOptions& options)
 {
     app.add_option(
@@ -59,6 +62,11 @@ void declare(CLI::App& app, AgentOptions& options)
                    "Management back end: embedded, or unix:PATH of its socket")
         ->type_name("BACKEND")
         ->check(backendName, "embedded or unix:PATH")
+        ->capture_default_str();
+    app.add_option("--backend-timeout", options.backendTimeout,
+                   "How long an answer of the back end's may take, and the rows of one request")
+        ->type_name("MS")
+        ->check(CLI::Range(kLeastTimeout, kLongestTimeout))
         ->capture_default_str();
     app.add_option("--trap-settings", options.trapSettings,
                    "Community, SNMPv3 users and informs of the trap receivers (JSON); the defaults "

@@ -17,8 +17,9 @@ struct AgentOptions {
     std::string stateDir;
     std::vector<std::string> listen;  ///< empty: what the agent configuration says, or the default
     std::string backend = "embedded";
-    std::string socket;        ///< for talvikctl
-    std::string trapSettings;  ///< a file that need not be there
+    unsigned backendTimeout = 1000;  ///< milliseconds
+    std::string socket;              ///< for talvikctl
+    std::string trapSettings;        ///< a file that need not be there
     LogSettings log;
     bool checkOnly = false;
 };

@@ -13,9 +13,12 @@
 #include "host/platform/host_log.h"
 #include "host/platform/installation_root.h"
 #include "host/platform/name_cache.h"
+#include "host/platform/table_batch.h"
 #include "host/platform/trap_store.h"
 #include "host/snmp/agent.h"
+#include "host/snmp/batch_subtree.h"
 #include "host/snmp/durable_file.h"
+#include "host/snmp/handler_boundary.h"
 #include "host/snmp/mib_description.h"
 #include "host/snmp/net_snmp_persistence.h"
 #include "host/snmp/scalar_subtree.h"
@@ -24,6 +27,7 @@
 #include "host/startup_error.h"
 #include "host/state_directory.h"
 #include "host/stop_signals.h"
+#include "host/table_keeper.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -135,11 +139,11 @@ public:
     {
     }
 
-    /// Hands the handlers over to `agent`, which must be gone before this object is.
-    void serve(SnmpAgent& agent) const
+    /// Hands the handlers over to `agent` and `keeper`, which must be gone before this object is.
+    void serve(SnmpAgent& agent, TableKeeper& keeper, BatchTable::Limits limits) const
     {
         for (auto& [id, handler] : module_.makeHandlers()) {
-            agent.serve(subtreeAt(id, std::move(handler)));
+            agent.serve(subtreeAt(id, std::move(handler), keeper, limits));
         }
     }
 
@@ -150,19 +154,38 @@ public:
 
 private:
     std::unique_ptr<Subtree> subtreeAt(const std::string& text,
-                                       std::unique_ptr<CSnmpHandler> handler) const
+                                       std::unique_ptr<CSnmpHandler> handler, TableKeeper& keeper,
+                                       BatchTable::Limits limits) const
     {
         const auto id = parseObjectId(text);
         if (const auto* table = id ? mib_.table(*id) : nullptr) {
-            return std::make_unique<TableSubtree>(
-                std::make_unique<TableSource>(*table, std::move(handler)));
+            return tableSubtree(*table, std::move(handler), keeper, limits);
         }
         if (const auto* scalar = id ? mib_.scalar(*id) : nullptr) {
+            // What was written may change what tables show, before the back end reports it.
             return std::make_unique<ScalarSubtree>(
-                std::make_unique<ScalarSource>(*scalar, std::move(handler)));
+                std::make_unique<ScalarSource>(*scalar, std::move(handler)),
+                [&keeper] { keeper.dropRows(); });
         }
         throw StartupError("module " + module_.path() + " serves " + text + ", but " + mib_.path() +
                            " describes no table or scalar there");
+    }
+
+    std::unique_ptr<Subtree> tableSubtree(const MibTable& table,
+                                          std::unique_ptr<CSnmpHandler> handler,
+                                          TableKeeper& keeper, BatchTable::Limits limits) const
+    {
+        bool inBatches = false;
+        const auto failure = callHandler([&] { inBatches = !handler->isWholeTable(); });
+        if (failure || !inBatches) {  // the source reports the failure
+            return std::make_unique<TableSubtree>(
+                std::make_unique<TableSource>(table, std::move(handler)));
+        }
+        const ObjectId below(table.id.begin() + static_cast<std::ptrdiff_t>(mib_.root().size()),
+                             table.id.end());
+        auto batches = std::make_shared<BatchTable>(table, below, std::move(handler), limits);
+        keeper.add(batches);
+        return std::make_unique<BatchSubtree>(std::move(batches));
     }
 
     LoadedModule module_;
@@ -174,6 +197,22 @@ EngineStateStore engineStore(const AgentOptions& options)
     const auto directory = persistentDirectory(options.stateDir);
     return {options.stateDir, [directory] { return persistentEngineState(directory); },
             persistentFileIn(directory)};
+}
+
+BackendChoice backendOf(const AgentOptions& options)
+{
+    auto choice = parseBackendName(options.backend);
+    choice.timeout = std::chrono::milliseconds(options.backendTimeout);
+    return choice;
+}
+
+/// How long a request may wait for the rows of tables that are driven in batches.
+BatchTable::Limits batchLimits(const AgentOptions& options)
+{
+    BatchTable::Limits limits;
+    limits.asking = std::chrono::milliseconds(options.backendTimeout);
+    limitTableQueries(limits.asking);
+    return limits;
 }
 
 void logSignal(int signal)
@@ -211,12 +250,13 @@ std::unique_ptr<BackendLink> linkTo(const BackendChoice& choice,
 NotificationService::Settings notificationSettings(const AgentOptions& options,
                                                    const BackendChoice& choice,
                                                    const DeviceConfigFile& device,
-                                                   const ServedModule& module)
+                                                   const ServedModule& module, TableKeeper& keeper)
 {
     return {device,
             options.socket,
             choice.embedded ? options.socket : choice.socketPath,
-            {options.trapSettings, &module.mib(), &nameCache()}};
+            {options.trapSettings, &module.mib(), &nameCache()},
+            keeper};
 }
 
 /// What the agent's behaviour follows from, besides its own program.
@@ -236,18 +276,19 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
     const StateDirectory state(options.stateDir);
-    const auto choice = parseBackendName(options.backend);
+    const auto choice = backendOf(options);
     ServedCommands served(choice, device, backend::alarmFileIn(options.stateDir));
     const InstalledTrapStore trapStore(options.stateDir);
     const ServedModule module(options.moduleFile, options.mibDir);
+    TableKeeper keeper;
 
     const auto persistentDir = persistentDirectory(options.stateDir);
     preparePersistentDirectory(persistentDir);
     const auto engine = engineStore(options).begin();
     SnmpAgent agent({options.configFile, persistentDir, options.listen, engine});
-    module.serve(agent);
+    module.serve(agent, keeper, batchLimits(options));
     agent.configure();
-    NotificationService notifications(notificationSettings(options, choice, device, module),
+    NotificationService notifications(notificationSettings(options, choice, device, module, keeper),
                                       trapStore.store(), served.commands(), served.work());
     const InstalledBackend backend(linkTo(choice, served.commands()));
     const auto endpoints = agent.listen();
@@ -263,22 +304,24 @@ void checkAgent(const AgentOptions& options)
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
-    const auto choice = parseBackendName(options.backend);
+    const auto choice = backendOf(options);
     ServedCommands served(choice, device, DurableDatabase::kInMemory);
     const ServedModule module(options.moduleFile, options.mibDir);
+    TableKeeper keeper;
 
     const TemporaryDirectory scratch;
     const TrapStore noDestinations(scratch.path());
     SnmpAgent agent(
         {options.configFile, scratch.path(), options.listen, engineStore(options).preview()});
-    module.serve(agent);
+    module.serve(agent, keeper, batchLimits(options));
     const auto warnings = agent.configure();
     if (!warnings.empty()) {
         throw StartupError("agent configuration " + warnings.front());
     }
     // Made, not started: that is what finds the rest of the faults.
-    const NotificationService notifications(notificationSettings(options, choice, device, module),
-                                            noDestinations, served.commands(), served.work());
+    const NotificationService notifications(
+        notificationSettings(options, choice, device, module, keeper), noDestinations,
+        served.commands(), served.work());
 }
 
 }  // namespace talvik

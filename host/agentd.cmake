@@ -12,7 +12,8 @@ add_executable(talvik-agentd
     notification_service.cpp
     receiver_commands.cpp
     state_directory.cpp
-    stop_signals.cpp)
+    stop_signals.cpp
+    table_keeper.cpp)
 target_link_libraries(talvik-agentd PRIVATE
     talvik_warnings
     talvik_host_platform

@@ -84,6 +84,7 @@ NotificationService::NotificationService(const Settings& settings, const TrapSto
       channel_(settings.backendSocket,
                backend::commandNumber(settings.device, "SUBSCRIBE_NOTIFICATIONS"),
                [this](const CTLVRecordV3& record, const Delivery& delivery) {
+                   settings_.tables.reported(record);
                    receivers_->refresh();
                    dispatcher_.dispatch(record, delivery);
                })
@@ -106,7 +107,7 @@ void NotificationService::start(bool cold)
 
 std::vector<LoopWatcher*> NotificationService::watchers()
 {
-    return {receivers_.get(), &calls_, &channel_, senderTurn_.get()};
+    return {receivers_.get(), &calls_, &channel_, senderTurn_.get(), &settings_.tables};
 }
 
 }  // namespace talvik

@@ -9,6 +9,7 @@
 #include "host/platform/trap_store.h"
 #include "host/snmp/notification_dispatcher.h"
 #include "host/snmp/trap_sender.h"
+#include "host/table_keeper.h"
 
 #include <list>
 #include <memory>
@@ -28,6 +29,7 @@ public:
         std::string ownSocket;           ///< where the agent listens for talvikctl
         std::string backendSocket;       ///< where the back end's notifications come from
         TrapSender::Settings sender;
+        TableKeeper& tables;  ///< hears what the back end reports; outlives the service
     };
 
     /// Adds the agent's own commands to `commands`; with an embedded back end these are the back

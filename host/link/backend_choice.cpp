@@ -6,6 +6,7 @@
 #include "host/link/socket_link.h"
 #include "host/startup_error.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace talvik {
@@ -14,7 +15,7 @@ BackendChoice parseBackendName(const std::string& name)
 {
     static const std::string kScheme = "unix:";
     if (name == "embedded") {
-        return BackendChoice();
+        return {};
     }
     if (name.compare(0, kScheme.size(), kScheme) != 0) {
         throw StartupError("unknown back end \"" + name + "\": use embedded or unix:PATH");
@@ -23,7 +24,10 @@ BackendChoice parseBackendName(const std::string& name)
     if (!backend::unixAddress(path)) {
         throw StartupError("back end \"" + name + "\": " + backend::unixAddressRefusal(path));
     }
-    return BackendChoice{false, path};
+    BackendChoice choice;
+    choice.embedded = false;
+    choice.socketPath = path;
+    return choice;
 }
 
 std::unique_ptr<BackendLink> makeBackendLink(const BackendChoice& choice,
@@ -32,7 +36,10 @@ std::unique_ptr<BackendLink> makeBackendLink(const BackendChoice& choice,
     if (choice.embedded) {
         return std::make_unique<EmbeddedLink>(std::move(commands));
     }
-    return std::make_unique<SocketLink>(choice.socketPath);
+    SocketLimits limits;
+    limits.exchange = choice.timeout;
+    limits.connect = std::min(limits.connect, choice.timeout);
+    return std::make_unique<SocketLink>(choice.socketPath, limits);
 }
 
 std::unique_ptr<BackendLink> makeBackendLink(const BackendChoice& choice,

@@ -4,6 +4,7 @@
 #include "host/link/backend_link.h"
 #include "host/platform/device_config_file.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -12,7 +13,8 @@ namespace talvik {
 /// Which back end the host works with.
 struct BackendChoice {
     bool embedded = true;
-    std::string socketPath;  ///< of the back end's process, when not embedded
+    std::string socketPath;                   ///< of the back end's process, when not embedded
+    std::chrono::milliseconds timeout{1000};  ///< for an exchange over the socket
 };
 
 /// Reads "embedded" or "unix:PATH". Throws `StartupError` for anything else.

@@ -36,26 +36,37 @@ void setRaw(netsnmp_variable_list& variable, unsigned char type, const void* val
 
 }  // namespace
 
-void setName(netsnmp_variable_list& variable, const ObjectId& name)
+void setName(netsnmp_variable_list& variable, const oid* name, std::size_t length)
 {
-    if (snmp_set_var_objid(&variable, name.data(), name.size()) != 0) {
+    if (snmp_set_var_objid(&variable, name, length) != 0) {
         throw std::bad_alloc();
     }
 }
 
+void setName(netsnmp_variable_list& variable, const ObjectId& name)
+{
+    setName(variable, name.data(), name.size());
+}
+
 void setValue(netsnmp_variable_list& variable, const SnmpValue& value)
 {
-    const auto type = berTypeOf(value.syntax);
-    if (value.syntax == Syntax::OctetString) {
-        setRaw(variable, type, value.octets.data(), value.octets.size());
-    } else if (value.syntax == Syntax::Counter64) {
-        const auto bits = static_cast<std::uint64_t>(value.number);
+    setValue(variable, value.syntax, value.number, value.octets);
+}
+
+void setValue(netsnmp_variable_list& variable, Syntax syntax, std::int64_t number,
+              std::string_view octets)
+{
+    const auto type = berTypeOf(syntax);
+    if (syntax == Syntax::OctetString) {
+        setRaw(variable, type, octets.data(), octets.size());
+    } else if (syntax == Syntax::Counter64) {
+        const auto bits = static_cast<std::uint64_t>(number);
         const counter64 halves{static_cast<u_long>(bits >> 32U),
                                static_cast<u_long>(bits & 0xFFFFFFFFU)};
         setRaw(variable, type, &halves, sizeof(halves));
     } else {
-        const long number = value.number;  // the library takes every 32-bit number as a long
-        setRaw(variable, type, &number, sizeof(number));
+        const long word = number;  // the library takes every 32-bit number as a long
+        setRaw(variable, type, &word, sizeof(word));
     }
 }
 

@@ -4,11 +4,20 @@
 #include "host/snmp/object_id.h"
 #include "host/snmp/snmp_value.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
 namespace talvik {
 
-/// Puts name or value into a variable of a response. Both throw `std::bad_alloc`.
+/// Put a name or a value into a variable of a response. All throw `std::bad_alloc`.
 void setName(netsnmp_variable_list& variable, const ObjectId& name);
+void setName(netsnmp_variable_list& variable, const oid* name, std::size_t length);
 void setValue(netsnmp_variable_list& variable, const SnmpValue& value);
+
+/// As above, of the parts of a value: `octets` for an OCTET STRING, else `number`.
+void setValue(netsnmp_variable_list& variable, Syntax syntax, std::int64_t number,
+              std::string_view octets);
 
 /// The name of `variable` behind `base`; empty when it does not begin with that.
 ObjectId suffixOf(const netsnmp_variable_list& variable, const ObjectId& base);

@@ -43,6 +43,7 @@ RULES = {
 EXCEPTIONS = {
     # The channel is the link's front door, named after its header in platform/.
     "host/platform/configuration_channel.cpp": ["host/link/"],
+    "host/platform/snmp_table_base.cpp": ["host/snmp/request_context.h"],
     "backend/main.cpp": [PATHS, "host/platform/ace_log_route.h", "host/snmp/durable_file.h"],
 }
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/snmp/batch_table.h"
+#include "host/snmp/subtree.h"
+
+#include <memory>
+#include <string>
+
+namespace talvik {
+
+/// A table that is driven in batches. A request sees the rows of one moment, however many batches
+/// they take. A manager of version 1 sees no Counter64 column (RFC 3584, 4.2.2.1).
+class BatchSubtree : public Subtree {
+public:
+    explicit BatchSubtree(std::shared_ptr<BatchTable> table);
+
+    const std::string& name() const override { return table_->table().name; }
+    const ObjectId& id() const override { return table_->table().id; }
+    bool isWritable() const override { return false; }
+    void answer(netsnmp_agent_request_info* info, netsnmp_request_info* requests) override;
+
+private:
+    class Answering;
+
+    BatchTable::Request& requestOf(netsnmp_agent_request_info* info);
+
+    std::shared_ptr<BatchTable> table_;
+    std::string key_;  ///< names what a request keeps of this table
+};
+
+}  // namespace talvik
