@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -61,6 +62,16 @@ unsigned freePort()
     return ntohs(address.sin_port);
 }
 
+std::string ownProgram()
+{
+    return std::filesystem::read_symlink("/proc/self/exe").string();
+}
+
+std::string programBeside(const std::string& name)
+{
+    return (std::filesystem::path(ownProgram()).parent_path() / name).string();
+}
+
 AgentProcess::AgentProcess(const std::string& program, const std::vector<std::string>& arguments,
                            const std::string& logFile)
     : logFile_(logFile)
@@ -107,6 +118,29 @@ void AgentProcess::waitUntil(const std::function<bool()>& answers) const
         }
         std::this_thread::sleep_for(kPause);
     }
+}
+
+void AgentProcess::waitUntilIdle() const
+{
+    constexpr auto kWatching = std::chrono::milliseconds(1);  // of timers, in a pause
+    auto before = std::chrono::nanoseconds::min();
+    waitUntil([&] {
+        const auto now = processorTime();
+        const bool isIdle = before.count() >= 0 && now - before < kWatching;
+        before = now;
+        return isIdle;
+    });
+}
+
+std::chrono::nanoseconds AgentProcess::processorTime() const
+{
+    clockid_t clock = 0;
+    timespec used = {};
+    if (clock_getcpuclockid(pid_, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+        throw std::runtime_error("no processor time of an agent under measurement; its log:\n" +
+                                 contentOf(logFile_));
+    }
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
 }
 
 }  // namespace talvik::bench

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,6 +28,12 @@ private:
 /// A UDP port of the loopback that nobody had a moment ago.
 unsigned freePort();
 
+/// The running program.
+std::string ownProgram();
+
+/// The program `name` in the running one's folder.
+std::string programBeside(const std::string& name);
+
 /// A child process that serves SNMP; ended with this object.
 class AgentProcess {
 public:
@@ -42,6 +49,12 @@ public:
     /// Returns when `answers` is true. Throws `std::runtime_error` with the log when the
     /// process ends or half a minute has passed.
     void waitUntil(const std::function<bool()>& answers) const;
+
+    /// Returns when the process has used no processor for a moment. Throws as `waitUntil`.
+    void waitUntilIdle() const;
+
+    /// What its threads have used of processors so far.
+    std::chrono::nanoseconds processorTime() const;
 
 private:
     pid_t pid_ = -1;

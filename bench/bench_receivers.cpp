@@ -6,6 +6,7 @@
 #include "bench/ratio_reporter.h"
 #include "bench/receiver_rows.h"
 #include "bench/snmp_manager.h"
+#include "bench/talvik_arguments.h"
 
 #include <benchmark/benchmark.h>
 
@@ -15,8 +16,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iomanip>
 #include <sstream>
 #include <string>
@@ -35,11 +34,6 @@ constexpr long kRepetitions = 50;
 constexpr long kCreateAndGo = 4;
 constexpr long kDestroy = 6;
 constexpr const char* kServeContainer = "--serve-container";
-
-std::filesystem::path ownProgram()
-{
-    return std::filesystem::read_symlink("/proc/self/exe");
-}
 
 RowAssignment creation(unsigned index)
 {
@@ -86,13 +80,13 @@ private:
     Bench()
         : talvikPort_(freePort()),
           containerPort_(freePort()),
-          talvikAgent_((ownProgram().parent_path() / "talvik-agentd").string(), talvikArguments(),
+          talvikAgent_(programBeside("talvik-agentd"), talvikArguments(folder_.path(), talvikPort_),
                        folder_.path() + "/talvik-agentd.log"),
-          containerAgent_(ownProgram().string(),
+          containerAgent_(ownProgram(),
                           {kServeContainer, std::to_string(containerPort_), folder_.path()},
                           folder_.path() + "/container.log"),
-          talvik_(talvikPort_, "bench"),
-          container_(containerPort_, "bench"),
+          talvik_(talvikPort_, kCommunity),
+          container_(containerPort_, kCommunity),
           database_(folder_.path())
     {
         talvikAgent_.waitUntil([this] { return talvik_.answers(); });
@@ -101,19 +95,6 @@ private:
         for (const auto& row : each(1, kReceivers, receiver)) {
             database_.insert(row);
         }
-    }
-
-    std::vector<std::string> talvikArguments() const
-    {
-        const auto config = folder_.path() + "/talvik-agentd.conf";
-        std::ofstream(config) << "rwcommunity bench 127.0.0.1\n";
-        const std::string sources = TALVIK_SOURCE_DIR;
-        return {"--config",    config,
-                "--state-dir", folder_.path() + "/state",
-                "--listen",    "udp:127.0.0.1:" + std::to_string(talvikPort_),
-                "--device",    sources + "/etc/talvik-device.xml",
-                "--mib-dir",   sources + "/mibs",
-                "--module",    TALVIK_MODULE_FILE};
     }
 
     WorkFolder folder_;
@@ -262,7 +243,8 @@ int main(int argc, char** argv)
     try {
         if (argc == 4 && std::strcmp(argv[1], talvik::bench::kServeContainer) == 0) {
             const auto port = static_cast<unsigned>(std::stoul(argv[2]));
-            talvik::bench::serveContainer(port, talvik::bench::kReceivers, argv[3]);
+            talvik::bench::serveContainer(
+                port, talvik::bench::receiverRows(talvik::bench::kReceivers), argv[3]);
         }
         return talvik::bench::run(argc, argv);
     } catch (const std::exception& error) {

@@ -1,6 +1,5 @@
 #include "bench/container_agent.h"
 
-#include "bench/receiver_rows.h"
 #include "host/snmp/net_snmp.h"
 
 #include <cstdlib>
@@ -11,74 +10,44 @@ namespace talvik::bench {
 
 namespace {
 
-constexpr unsigned kColumns = 8;
-
-void put(netsnmp_variable_list* variable, const std::string& text)
-{
-    snmp_set_var_typed_value(variable, ASN_OCTET_STR, text.data(), text.size());
-}
-
-void put(netsnmp_variable_list* variable, unsigned char type, long number)
-{
-    snmp_set_var_typed_value(variable, type, &number, sizeof number);
-}
-
-void answerColumn(netsnmp_variable_list* variable, unsigned column, const Receiver& row)
-{
-    switch (column) {
-    case 1:
-    case 6:
-        return put(variable, row.address);
-    case 2:
-        return put(variable, ASN_GAUGE, row.port);
-    case 3:
-        return put(variable, ASN_INTEGER, 1);
-    case 4:
-        return put(variable, ASN_INTEGER, row.index);
-    case 5:
-        return put(variable, ASN_INTEGER, row.version);
-    case 7:
-        return put(variable, ASN_INTEGER, row.type);
-    default:
-        return put(variable, row.user);
-    }
-}
-
 int answer(netsnmp_mib_handler*, netsnmp_handler_registration*, netsnmp_agent_request_info*,
            netsnmp_request_info* requests)
 {
     for (auto* request = requests; request != nullptr; request = request->next) {
-        const auto* row = static_cast<const Receiver*>(netsnmp_tdata_extract_entry(request));
+        const auto* row = static_cast<const TableRow*>(netsnmp_tdata_extract_entry(request));
         if (row != nullptr) {
-            answerColumn(request->requestvb, netsnmp_extract_table_info(request)->colnum, *row);
+            const auto& cell = row->cells.at(netsnmp_extract_table_info(request)->colnum - 1);
+            snmp_set_var_typed_value(request->requestvb, cell.type, cell.octets.data(),
+                                     cell.octets.size());
         }
     }
     return SNMP_ERR_NOERROR;
 }
 
-void registerTable(unsigned rows)
+void registerTable(const TableRows& rows)
 {
-    auto* table = netsnmp_tdata_create_table("receivers", 0);
-    for (unsigned index = 1; index <= rows; ++index) {
+    constexpr const char* kName = "rows";
+    auto* table = netsnmp_tdata_create_table(kName, 0);
+    for (const auto& content : rows.rows) {
         auto* row = netsnmp_tdata_create_row();
-        row->data = new Receiver(receiver(index));  // lives as long as the process
-        const long key = static_cast<long>(index);
-        snmp_varlist_add_variable(&row->indexes, nullptr, 0, ASN_INTEGER, &key, sizeof key);
+        row->data = const_cast<TableRow*>(&content);  // which nobody changes
+        snmp_varlist_add_variable(&row->indexes, nullptr, 0, rows.indexType, &content.index,
+                                  sizeof content.index);
         netsnmp_tdata_add_row(table, row);
     }
     auto* description = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
-    netsnmp_table_helper_add_indexes(description, ASN_INTEGER, 0);
+    netsnmp_table_helper_add_indexes(description, rows.indexType, 0);
     description->min_column = 1;
-    description->max_column = kColumns;
-    const auto root = receiverTable();
-    netsnmp_tdata_register(netsnmp_create_handler_registration("receivers", &answer, root.data(),
-                                                               root.size(), HANDLER_CAN_RONLY),
+    description->max_column = static_cast<unsigned>(rows.rows.front().cells.size());
+    netsnmp_tdata_register(netsnmp_create_handler_registration(kName, &answer, rows.table.data(),
+                                                               rows.table.size(),
+                                                               HANDLER_CAN_RONLY),
                            table, description);
 }
 
 }  // namespace
 
-void serveContainer(unsigned port, unsigned rows, const char* folder)
+void serveContainer(unsigned port, const TableRows& rows, const char* folder)
 {
     const std::string config = std::string(folder) + "/container.conf";
     std::ofstream(config) << "rocommunity bench 127.0.0.1\n";

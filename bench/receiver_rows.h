@@ -1,5 +1,7 @@
 #pragma once
 
+#include "bench/table_rows.h"
+#include "host/snmp/net_snmp.h"
 #include "host/snmp/object_id.h"
 
 #include <string>
@@ -29,6 +31,22 @@ inline Receiver receiver(unsigned index)
 inline ObjectId receiverTable()
 {
     return {1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 4, 1};
+}
+
+/// What the agent shows of `count` receivers.
+inline TableRows receiverRows(unsigned count)
+{
+    TableRows all{receiverTable(), ASN_INTEGER, {}};
+    for (unsigned index = 1; index <= count; ++index) {
+        const auto row = receiver(index);
+        all.rows.push_back(
+            {index,
+             {TableCell::ofText(row.address), TableCell::ofNumber(ASN_GAUGE, row.port),
+              TableCell::ofNumber(ASN_INTEGER, 1), TableCell::ofNumber(ASN_INTEGER, row.index),
+              TableCell::ofNumber(ASN_INTEGER, row.version), TableCell::ofText(row.address),
+              TableCell::ofNumber(ASN_INTEGER, row.type), TableCell::ofText(row.user)}});
+    }
+    return all;
 }
 
 inline ObjectId receiverEntry()

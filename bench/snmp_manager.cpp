@@ -16,6 +16,7 @@ struct PduDeleter {
 using Pdu = std::unique_ptr<netsnmp_pdu, PduDeleter>;
 
 constexpr long kTimeoutMicroseconds = 5'000'000;
+constexpr long kProbeMicroseconds = 100'000;  // what comes before the agent listens is lost
 
 /// Null when nothing answers. The library takes the request.
 Pdu exchange(void* session, netsnmp_pdu* request)
@@ -124,7 +125,11 @@ bool SnmpManager::answers() const
     const ObjectId anything = {1, 3};
     auto* request = snmp_pdu_create(SNMP_MSG_GETNEXT);
     snmp_add_null_var(request, anything.data(), anything.size());
-    return exchange(session_, request) != nullptr;
+    auto& settings = *snmp_sess_session(session_);
+    settings.timeout = kProbeMicroseconds;
+    const bool answered = exchange(session_, request) != nullptr;
+    settings.timeout = kTimeoutMicroseconds;
+    return answered;
 }
 
 void SnmpManager::setAll(const ObjectId& entry, const std::vector<RowAssignment>& rows,
@@ -150,6 +155,12 @@ void SnmpManager::setAll(const ObjectId& entry, const std::vector<RowAssignment>
 
 std::size_t SnmpManager::walk(const ObjectId& root, long repetitions) const
 {
+    return walk(root, repetitions, [](const netsnmp_variable_list&) {});
+}
+
+std::size_t SnmpManager::walk(const ObjectId& root, long repetitions,
+                              const std::function<void(const netsnmp_variable_list&)>& see) const
+{
     std::size_t count = 0;
     ObjectId last = root;
     for (;;) {
@@ -169,6 +180,7 @@ std::size_t SnmpManager::walk(const ObjectId& root, long repetitions) const
             if (!startsWith(last, root) || variable->type == SNMP_ENDOFMIBVIEW) {
                 return count;
             }
+            see(*variable);
             ++count;
         }
     }

@@ -4,6 +4,7 @@
 #include "host/snmp/object_id.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,7 @@ public:
     SnmpManager(const SnmpManager&) = delete;
     SnmpManager& operator=(const SnmpManager&) = delete;
 
-    /// Whether anything at all answers.
+    /// Whether anything at all answers, within a tenth of a second.
     bool answers() const;
 
     /// Sets columns of rows of the table at `entry`, a request each, with up to `window` of them on
@@ -46,6 +47,10 @@ public:
     /// Walks what lies under `root` and returns the number of variables: with GETNEXT when
     /// `repetitions` is 0, with GETBULK otherwise.
     std::size_t walk(const ObjectId& root, long repetitions) const;
+
+    /// As before, and calls `see` with each of them.
+    std::size_t walk(const ObjectId& root, long repetitions,
+                     const std::function<void(const netsnmp_variable_list&)>& see) const;
 
 private:
     void* session_;
