@@ -1,5 +1,7 @@
 #include "module/talvik_mib_module.h"
 
+#include "handlers/snmp_talvik_kel_alarm_handler.h"
+#include "handlers/snmp_talvik_kel_clear_alarm_handler.h"
 #include "handlers/snmp_topo_handler.h"
 #include "notify/talvik_notify_msg_handler.h"
 #include "notify/talvik_oid_based_msg_handler.h"
@@ -49,6 +51,8 @@ std::string CSNMP_Talvik_Mib_Module::getMibFileName()
 void CSNMP_Talvik_Mib_Module::getSvcHandler(HandlerList& handlers)
 {
     appendHandler<CSnmpTopoHandler>(handlers, "1.3.6.1.4.1.99999.2.91.9.1");
+    appendHandler<CSnmpTalvikKelAlarmHandler>(handlers, "1.3.6.1.4.1.99999.2.91.10.1.1");
+    appendHandler<CSnmpTalvikKelClearAlarmHandler>(handlers, "1.3.6.1.4.1.99999.2.91.10.1.2");
     appendHandler<CTalvikTrapAddrHandler>(handlers, "1.3.6.1.4.1.99999.2.91.10.4.1");
 }
 

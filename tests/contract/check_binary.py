@@ -97,9 +97,15 @@ def hardening(options):
     return sorted(facts)
 
 
+def constants(options):
+    """Constants that each unit has a copy of; read from the full symbol table, which a stripped module lacks."""
+    names = [line.split()[-1] for line in run("nm", "-C", "--defined-only", options.module).splitlines()]
+    return [f"{names.count('LOCAL_MAPPED_ADDRESS')} LOCAL_MAPPED_ADDRESS"]
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("what", choices=["exports", "platform", "libraries", "hardening"])
+    parser.add_argument("what", choices=["exports", "platform", "libraries", "hardening", "constants"])
     parser.add_argument("--module", required=True)
     parser.add_argument("--list", required=True)
     parser.add_argument("--compiler", default="c++")

@@ -13,6 +13,8 @@ using talvik::contract::OwnedHandlers;
 using testing::ElementsAre;
 
 constexpr const char* kTopology = "1.3.6.1.4.1.99999.2.91.9.1";
+constexpr const char* kCurrentAlarms = "1.3.6.1.4.1.99999.2.91.10.1.1";
+constexpr const char* kClearAlarm = "1.3.6.1.4.1.99999.2.91.10.1.2";
 constexpr const char* kTrapDestinations = "1.3.6.1.4.1.99999.2.91.10.4.1";
 
 std::vector<std::string> keysOf(const HandlerList& handlers)
@@ -34,7 +36,8 @@ TEST(ModuleEntry, ServesItsSubtreesInOrder)
 {
     LoadedModule loaded;
     const OwnedHandlers handlers(loaded.module());
-    EXPECT_THAT(keysOf(handlers.list()), ElementsAre(kTopology, kTrapDestinations));
+    EXPECT_THAT(keysOf(handlers.list()),
+                ElementsAre(kTopology, kCurrentAlarms, kClearAlarm, kTrapDestinations));
 }
 
 TEST(ModuleEntry, AppendsBehindWhatTheListHolds)
@@ -46,7 +49,8 @@ TEST(ModuleEntry, AppendsBehindWhatTheListHolds)
 
     loaded.module().getSvcHandler(handlers);
 
-    EXPECT_THAT(keysOf(handlers), ElementsAre(kTopology, "1.2.3", kTopology, kTrapDestinations));
+    EXPECT_THAT(keysOf(handlers), ElementsAre(kTopology, "1.2.3", kTopology, kCurrentAlarms,
+                                              kClearAlarm, kTrapDestinations));
     EXPECT_EQ(handlers.front().second, nullptr);
     for (const auto& entry : handlers) {
         delete entry.second;
@@ -95,7 +99,8 @@ TEST(ModuleEntry, ItsOperationsAreCalledBySlot)
     const auto getSvcHandler =
         talvik::contract::operationAt<void, HandlerList&>(&loaded.module(), 3);
     getSvcHandler(&loaded.module(), handlers);
-    EXPECT_THAT(keysOf(handlers), ElementsAre(kTopology, kTrapDestinations));
+    EXPECT_THAT(keysOf(handlers),
+                ElementsAre(kTopology, kCurrentAlarms, kClearAlarm, kTrapDestinations));
     for (const auto& entry : handlers) {
         delete entry.second;
     }

@@ -2,7 +2,7 @@
 
 import unittest
 
-from talvik_e2e import ENTRY, READER, ROOT, TABLE, V1, TalvikTest, topology
+from talvik_e2e import CLEAR_ALARM, ENTRY, READER, ROOT, TABLE, V1, TalvikTest, topology
 
 NO_OBJECT = "No Such Object available on this agent at this OID"
 NO_INSTANCE = "No Such Instance currently exists at this OID"
@@ -49,8 +49,8 @@ class Get(TalvikTest):
                 self.assertEqual(self.lines("snmpgetnext", self.agent, READER, name), [expected])
 
     def test_getnext_past_the_last_instance_is_past_the_end(self):
-        lines = self.lines("snmpgetnext", self.agent, READER, f"{ENTRY}.8.1")
-        self.assertEqual(lines, [f"{ENTRY}.8.1 = No more variables left in this MIB View (It is past the end of the "
+        lines = self.lines("snmpgetnext", self.agent, READER, CLEAR_ALARM)
+        self.assertEqual(lines, [f"{CLEAR_ALARM} = No more variables left in this MIB View (It is past the end of the "
                                  "MIB tree)"])
 
 

@@ -42,6 +42,10 @@ TOPOLOGY = [
     (8, "INTEGER: 1"),
 ]
 
+# What the leaf that clears an alarm reads as, whatever was written.
+CLEAR_ALARM = f"{ROOT}.2.91.10.1.2.0"
+CLEAR_ALARM_LINE = f"{CLEAR_ALARM} = Gauge32: 0"
+
 AUTH = "authentication-passphrase"
 PRIV = "privacy-passphrase"
 
@@ -78,6 +82,11 @@ def topology(status=1):
     rows = [(column, text) for column, text in TOPOLOGY if column != 8]
     rows.append((8, f"INTEGER: {status}"))
     return [f"{ENTRY}.{column}.1 = {text}" for column, text in rows]
+
+
+def private_mib(trap_rows=()):
+    """The lines of a numeric walk over the whole private MIB while no alarm is active."""
+    return topology() + [CLEAR_ALARM_LINE] + list(trap_rows)
 
 
 def free_port():

@@ -1,6 +1,8 @@
 #include "module/talvik_mib_module.h"
 
 #include "framework/snmp_handler.h"
+#include "handlers/snmp_talvik_kel_alarm_handler.h"
+#include "handlers/snmp_talvik_kel_clear_alarm_handler.h"
 #include "handlers/snmp_topo_handler.h"
 #include "notify/talvik_oid_based_msg_handler.h"
 #include "platform/notify_handler.h"
@@ -66,8 +68,9 @@ protected:
 
 using Names = std::vector<std::string>;
 
-const std::vector<std::string> kSubtrees = {"1.3.6.1.4.1.99999.2.91.9.1",
-                                            "1.3.6.1.4.1.99999.2.91.10.4.1"};
+const std::vector<std::string> kSubtrees = {
+    "1.3.6.1.4.1.99999.2.91.9.1", "1.3.6.1.4.1.99999.2.91.10.1.1", "1.3.6.1.4.1.99999.2.91.10.1.2",
+    "1.3.6.1.4.1.99999.2.91.10.4.1"};
 
 TEST_F(TalvikMibModule, IsMadeByTheFactory)
 {
@@ -150,8 +153,12 @@ TEST_F(TalvikMibModule, HandsOutItsSubtreesInOrder)
     module->getSvcHandler(handlers);
 
     EXPECT_EQ(keys(), kSubtrees);
-    EXPECT_NE(dynamic_cast<CSnmpTopoHandler*>(handlers.front().second), nullptr);
-    EXPECT_NE(dynamic_cast<CTalvikTrapAddrHandler*>(handlers.back().second), nullptr);
+    ASSERT_EQ(handlers.size(), 4U);
+    auto entry = handlers.begin();
+    EXPECT_NE(dynamic_cast<CSnmpTopoHandler*>((entry++)->second), nullptr);
+    EXPECT_NE(dynamic_cast<CSnmpTalvikKelAlarmHandler*>((entry++)->second), nullptr);
+    EXPECT_NE(dynamic_cast<CSnmpTalvikKelClearAlarmHandler*>((entry++)->second), nullptr);
+    EXPECT_NE(dynamic_cast<CTalvikTrapAddrHandler*>(entry->second), nullptr);
 }
 
 TEST_F(TalvikMibModule, AppendsAfterTheEntriesThatTheListHolds)
@@ -198,6 +205,7 @@ TEST_F(TalvikMibModule, DestroyingTheModuleLeavesTheHandlersAlive)
 
 TEST_F(TalvikMibModule, KeepsEarlierEntriesAndLeaksNothingWhicheverAllocationFails)
 {
+    host.recording = false;  // of the items that handlers read
     bool failed = true;
     for (std::size_t count = 0; failed; ++count) {
         HandlerList list;
