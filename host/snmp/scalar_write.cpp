@@ -108,6 +108,7 @@ SetOutcome ScalarWrite::act()
     value.syntax = source_.scalar().cell.syntax;
     const auto text = textOf(variables_.front());
     const auto answer = source_.write(context_, value);
+    told_ = true;
     if (!answer.succeeded()) {
         hostLog()->warn("{}cannot set {}: {}", describe(), text,
                         answer.failure ? oneLine(*answer.failure) : reasonOf(answer.result));
@@ -124,6 +125,7 @@ SetOutcome ScalarWrite::act()
 SetOutcome ScalarWrite::undo()
 {
     if (!done_) {
+        abandon();
         return std::nullopt;
     }
     done_ = false;
@@ -133,8 +135,18 @@ SetOutcome ScalarWrite::undo()
     return SetFault{SetError::UndoFailed, 0};
 }
 
-SetOutcome ScalarWrite::refuse(SetError error, std::size_t position) const
+void ScalarWrite::abandon()
 {
+    if (!told_) {
+        told_ = true;
+        hostLog()->warn("{}cannot set {}: another part of the request failed", describe(),
+                        textOf(variables_.front()));
+    }
+}
+
+SetOutcome ScalarWrite::refuse(SetError error, std::size_t position)
+{
+    told_ = true;
     hostLog()->warn("{}cannot set {}: {}", describe(), textOf(variables_[position]),
                     reasonOf(error));
     return SetFault{error, position};

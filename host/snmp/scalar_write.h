@@ -10,8 +10,8 @@
 namespace talvik {
 
 /// The part of one SET request that falls on one scalar. What it does cannot be taken back: `undo`
-/// of what was done fails. Whether a write is done, fails or is refused here, a line in the log
-/// tells who asked, what was to be written and the outcome.
+/// of what was done fails. Each attempt leaves a line in the log, whatever becomes of it: who
+/// asked, what was to be written and the outcome.
 class ScalarWrite : public SetPart {
 public:
     /// `changed`, if there is one, is called after the handler has taken the value.
@@ -22,9 +22,10 @@ public:
     SetOutcome prepare() override;
     SetOutcome act() override;
     SetOutcome undo() override;
+    void abandon() override;
 
 private:
-    SetOutcome refuse(SetError error, std::size_t position) const;
+    SetOutcome refuse(SetError error, std::size_t position);
     std::string describe() const;
 
     ScalarSource& source_;
@@ -32,6 +33,7 @@ private:
     std::vector<WrittenVariable> variables_;
     const std::function<void()>& changed_;
     bool done_ = false;
+    bool told_ = false;  ///< the log has the outcome
 };
 
 }  // namespace talvik

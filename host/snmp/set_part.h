@@ -33,6 +33,9 @@ public:
     /// Takes the change back if it was made. Logs what was taken back, or that it failed.
     virtual SetOutcome undo() = 0;
 
+    /// Another part failed before `act`: nothing more comes.
+    virtual void abandon() {}
+
 protected:
     SetPart() = default;
     SetPart(const SetPart&) = delete;

@@ -89,8 +89,11 @@ SetOutcome take(SetPart& part, const netsnmp_agent_request_info& info)
         return hasFailedElsewhere(info) ? std::nullopt : part.act();
     case MODE_SET_UNDO:
         return takeBack(part);
+    case MODE_SET_FREE:
+        part.abandon();
+        return std::nullopt;
     default:
-        return std::nullopt;  // COMMIT and FREE: nothing is left to do
+        return std::nullopt;  // COMMIT: nothing is left to do
     }
 }
 

@@ -2,12 +2,14 @@
 
 #include "framework/kel_exception.h"
 #include "host/snmp/request_bridge.h"
+#include "host/snmp/scalar_write.h"
 #include "tests/unit/host_snmp/log_kit.h"
 #include "tests/unit/host_snmp/request_kit.h"
 #include "tests/unit/host_snmp/scalar_kit.h"
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -19,8 +21,6 @@ namespace {
 using talvik::ObjectId;
 using talvik::SnmpValue;
 using talvik::Syntax;
-using talvik::test::bytesOf;
-using talvik::test::cell;
 using talvik::test::FakeLeafHandler;
 using talvik::test::HandMadeRequest;
 using testing::AllOf;
@@ -176,7 +176,7 @@ TEST_F(ScalarSubtreeOf, ASetCallsTheHandlerOnceInTheAction)
                                   HasSubstr(", done: 5"), Not(HasSubstr("secret")))));
 }
 
-TEST_F(ScalarSubtreeOf, AFreeAfterAReserveDoesNothing)
+TEST_F(ScalarSubtreeOf, AFreeAfterAReserveDoesNothingAndIsTold)
 {
     HandMadeRequest request(scalar.id);
     request.add(name({0}), gauge(5)).run(MODE_SET_RESERVE1);
@@ -184,6 +184,18 @@ TEST_F(ScalarSubtreeOf, AFreeAfterAReserveDoesNothing)
     EXPECT_THAT(request.run(MODE_SET_FREE), ElementsAre(kFine));
 
     EXPECT_THAT(state.writes, IsEmpty());
+    EXPECT_THAT(log.lines(),
+                ElementsAre(HasSubstr("cannot set 5: another part of the request failed")));
+}
+
+TEST_F(ScalarSubtreeOf, AWriteThatWasRefusedIsToldOnce)
+{
+    HandMadeRequest request(scalar.id);
+    request.add(name({1}), gauge(5)).run(MODE_SET_RESERVE1);
+
+    request.run(MODE_SET_FREE);
+
+    EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("cannot set 5: it has no such instance")));
 }
 
 TEST_F(ScalarSubtreeOf, NothingIsDoneOnceAnotherPartHasFailed)
@@ -197,6 +209,8 @@ TEST_F(ScalarSubtreeOf, NothingIsDoneOnceAnotherPartHasFailed)
     EXPECT_THAT(request.run(MODE_SET_UNDO), ElementsAre(kFine));
 
     EXPECT_THAT(state.writes, IsEmpty());
+    EXPECT_THAT(log.lines(),
+                ElementsAre(HasSubstr("cannot set 5: another part of the request failed")));
 }
 
 TEST_F(ScalarSubtreeOf, WhatWasDoneCannotBeTakenBack)
@@ -220,6 +234,7 @@ TEST_F(ScalarSubtreeOf, AWriteThatFailedHasNotToBeTakenBack)
     EXPECT_EQ(set(request), SNMP_ERR_COMMITFAILED);
 
     EXPECT_THAT(request.run(MODE_SET_UNDO), ElementsAre(SNMP_ERR_COMMITFAILED)) << "as it was";
+    EXPECT_EQ(log.lines().size(), 1u);
     EXPECT_EQ(changes, 0);
 }
 
@@ -325,7 +340,20 @@ const Write kWrites[] = {
 INSTANTIATE_TEST_SUITE_P(Scalar, ScalarWriteOf, testing::ValuesIn(kWrites),
                          [](const auto& row) { return row.param.name; });
 
-TEST_F(ScalarSubtreeOf, AReadOnlyScalarIsNotWritable)
+TEST_F(ScalarSubtreeOf, AReadOnlyScalarIsNotWritableWhateverIsWritten)
+{
+    scalar.cell.access = talvik::Access::ReadOnly;
+    talvik::ScalarSource source(scalar, std::make_unique<FakeLeafHandler>(state));
+    const std::function<void()> nobody;
+    talvik::ScalarWrite write(source, {}, {{{1}, std::nullopt}}, nobody);
+
+    const auto outcome = write.check();
+
+    ASSERT_TRUE(outcome.has_value());
+    EXPECT_EQ(outcome->error, talvik::SetError::NotWritable);
+}
+
+TEST_F(ScalarSubtreeOf, ARegistrationOfAReadOnlyScalarIsNotWritable)
 {
     bridge.reset();
     scalar.cell.access = talvik::Access::ReadOnly;
