@@ -185,8 +185,10 @@ void reportCosts()
     const auto few = costs.find("coldWalk");
     const auto many = costs.find("coldWalkOfMany");
     if (few != costs.end() && many != costs.end()) {
-        std::printf("a row of %u beside a row of %u, cold: %.2f (target 1, linear)\n", kManyAlarms,
-                    kAlarms, median(many->second.wall) / median(few->second.wall));
+        std::printf("a row of %u beside a row of %u, cold: %.2f, of the agent's processor time "
+                    "%.2f (target 1, linear)\n",
+                    kManyAlarms, kAlarms, median(many->second.wall) / median(few->second.wall),
+                    median(many->second.agent) / median(few->second.agent));
     }
 }
 
