@@ -1,83 +1,74 @@
 #include "host/snmp/batch_subtree.h"
 
+#include "host/snmp/bulk_response_limit.h"
+#include "host/snmp/column_views.h"
+#include "host/snmp/instance_name.h"
 #include "host/snmp/pdu_context.h"
 #include "host/snmp/varbind.h"
 
-#include <algorithm>
 #include <new>
-#include <optional>
 #include <utility>
 
 namespace talvik {
 
 namespace {
 
-constexpr oid kEntry = 1;
-constexpr std::size_t kInstanceLength = 3;  ///< entry, column, index
+using Kind = BatchTable::Answer::Kind;
 
-void releaseRequest(void* held)
+/// Whether `variable` is still to be answered.
+bool isOpen(const netsnmp_variable_list& variable)
 {
-    delete static_cast<BatchTable::Request*>(held);
+    return variable.type == ASN_NULL || variable.type == ASN_PRIV_RETRY;
 }
 
-/// What a variable's name says behind the table's OID.
-struct Suffix {
-    const oid* at = nullptr;
-    std::size_t length = 0;
-
-    oid operator[](std::size_t position) const { return at[position]; }
-};
-
-Suffix suffixOf(const netsnmp_variable_list& variable, const MibTable& table)
+/// Fills the place of a variable that the answer to a GETBULK has no room for.
+void leaveOut(netsnmp_variable_list& variable)
 {
-    const auto base = table.id.size();
-    if (variable.name_length <= base ||
-        !std::equal(table.id.begin(), table.id.end(), variable.name)) {
-        return {};
+    if (snmp_set_var_typed_value(&variable, SNMP_ENDOFMIBVIEW, nullptr, 0) != 0) {
+        throw std::bad_alloc();
     }
-    return {variable.name + base, variable.name_length - base};
 }
-
-/// From where on a GETNEXT looks: a column's position in the table, and the index behind which.
-struct Start {
-    std::size_t column;
-    std::uint64_t after;
-};
 
 }  // namespace
+
+/// What one SNMP request keeps of the table, from the first of its variables to the last.
+struct BatchSubtree::Held {
+    explicit Held(BatchTable& table) : request(table.begin()), views(table.table()) {}
+
+    BatchTable::Request request;
+    ColumnViews views;
+};
 
 /// Answers the variables of one call.
 class BatchSubtree::Answering {
 public:
-    Answering(BatchTable& table, netsnmp_agent_request_info* info, BatchTable::Request& request)
+    Answering(BatchTable& table, netsnmp_agent_request_info* info, Held& held)
         : table_(table),
+          columns_(table.table().columns),
           info_(info),
-          request_(request),
+          request_(held.request),
+          views_(held.views),
           context_([info] { return contextOf(*info); })
     {
     }
 
     void get(netsnmp_request_info* request)
     {
-        const auto suffix = suffixOf(*request->requestvb, table_.table());
-        const auto column = columnAt(suffix);
-        if (!column) {
+        auto& variable = *request->requestvb;
+        const auto named = columnOf(table_.table(), variable);
+        if (!named || !isShown(named->column)) {
             netsnmp_set_request_error(info_, request, SNMP_NOSUCHOBJECT);
             return;
         }
-        if (suffix.length != kInstanceLength) {
+        if (!named->index) {
             netsnmp_set_request_error(info_, request, SNMP_NOSUCHINSTANCE);
             return;
         }
         const auto answer =
-            table_.rowAt(request_, context_, tagOf(*column), static_cast<std::uint32_t>(suffix[2]));
-        if (answer.kind == BatchTable::Answer::Kind::Failed) {
+            table_.rowAt(request_, context_, columns_[named->column].tag, *named->index);
+        if (answer.kind == Kind::Failed) {
             netsnmp_set_request_error(info_, request, SNMP_ERR_GENERR);
-            return;
-        }
-        const bool shown = answer.kind == BatchTable::Answer::Kind::Row &&
-                           show(*request->requestvb, answer, *column);
-        if (!shown) {
+        } else if (answer.kind == Kind::None || !fill(variable, answer, named->column)) {
             netsnmp_set_request_error(info_, request, SNMP_NOSUCHINSTANCE);
         }
     }
@@ -85,120 +76,95 @@ public:
     void getNext(netsnmp_request_info* request)
     {
         auto& variable = *request->requestvb;
-        auto start = startOf(suffixOf(variable, table_.table()), request->inclusive != 0);
-        const auto& columns = table_.table().columns;
-        for (; start.column < columns.size(); start = {start.column + 1, 0}) {
-            if (!isShown(columns[start.column])) {
-                continue;
-            }
-            const auto answer = behind(start, variable);
-            if (answer == BatchTable::Answer::Kind::Failed) {
+        auto start = startOf(table_.table(), variable, request->inclusive != 0);
+        for (; start.column < columns_.size(); start = {start.column + 1, 0}) {
+            const auto kind = isShown(start.column) ? fillBehind(variable, start) : Kind::None;
+            if (kind == Kind::Failed) {
                 netsnmp_set_request_error(info_, request, SNMP_ERR_GENERR);
             }
-            if (answer != BatchTable::Answer::Kind::None) {
+            if (kind != Kind::None) {
                 return;
             }
         }
     }
 
+    /// All repetitions, one after the other, as far as the response has room for them: what comes
+    /// behind is cut off.
+    void getBulk(netsnmp_request_info* requests)
+    {
+        BulkRoom room(*info_->asp->pdu);
+        for (bool more = true; more && !request_.failed;) {
+            more = false;
+            for (auto* request = requests; request != nullptr; request = request->next) {
+                auto& variable = *request->requestvb;
+                if (request->processed != 0 || !isOpen(variable)) {
+                    continue;
+                }
+                if (room.hasSome()) {
+                    getNext(request);
+                    room.take(variable);
+                } else {
+                    leaveOut(variable);
+                }
+                more = more || (request->repeat > 0 && !isOpen(variable));
+            }
+            netsnmp_bulk_to_next_fix_requests(requests);
+        }
+    }
+
 private:
-    /// Shows the first value of the column that lies behind.
-    BatchTable::Answer::Kind behind(Start start, netsnmp_variable_list& variable)
+    /// Fills in the first value of a column that lies behind `start`.
+    Kind fillBehind(netsnmp_variable_list& variable, NextStart start)
     {
         while (true) {
             const auto answer =
-                table_.rowBehind(request_, context_, tagOf(start.column), start.after);
-            if (answer.kind != BatchTable::Answer::Kind::Row) {
+                table_.rowBehind(request_, context_, columns_[start.column].tag, start.after);
+            if (answer.kind != Kind::Row) {
                 return answer.kind;
             }
             const auto index = answer.batch->indexes()[answer.row];
-            if (show(variable, answer, start.column)) {
-                rename(variable, start.column, index);
-                return answer.kind;
+            const InstanceName name(table_.table(), start.column, index);
+            if (isInView(start.column, name) && fill(variable, answer, start.column)) {
+                setName(variable, name.ids(), name.length());
+                return Kind::Row;
             }
             start.after = index;
         }
     }
 
-    /// False when the row has no value there.
-    bool show(netsnmp_variable_list& variable, const BatchTable::Answer& answer,
+    /// False when the row has no value in the column at position `column`.
+    bool fill(netsnmp_variable_list& variable, const BatchTable::Answer& answer,
               std::size_t column) const
     {
         const auto value = answer.batch->value(answer.row, column);
         if (value) {
-            setValue(variable, table_.table().columns[column].syntax, value->number, value->octets);
+            setValue(variable, columns_[column].syntax, value->number, value->octets);
         }
         return value.has_value();
     }
 
-    void rename(netsnmp_variable_list& variable, std::size_t column, std::uint32_t index) const
+    /// Whether this manager may see anything of it.
+    bool isShown(std::size_t column)
     {
-        oid name[MAX_OID_LEN];
-        const auto& id = table_.table().id;
-        auto* const end = std::copy(id.begin(), id.end(), name);
-        end[0] = kEntry;
-        end[1] = tagOf(column);
-        end[2] = index;
-        setName(variable, name, id.size() + kInstanceLength);
+        const auto* pdu = info_->asp->pdu;
+        return columns_[column].access != Access::NotAccessible &&
+               !(columns_[column].syntax == Syntax::Counter64 && pdu->version == SNMP_VERSION_1) &&
+               !(isBulk() && !views_.showsSome(*info_->asp->pdu, column));
     }
 
-    unsigned short tagOf(std::size_t column) const { return table_.table().columns[column].tag; }
-
-    /// Whether this manager may see it at all.
-    bool isShown(const MibColumn& column) const
+    /// For other requests net-snmp looks, and asks again behind what it leaves out.
+    bool isInView(std::size_t column, const InstanceName& name)
     {
-        return column.access != Access::NotAccessible &&
-               !(column.syntax == Syntax::Counter64 && info_->asp != nullptr &&
-                 info_->asp->pdu != nullptr && info_->asp->pdu->version == SNMP_VERSION_1);
+        return !isBulk() || views_.shows(*info_->asp->pdu, column, name);
     }
 
-    /// The position of the column that `suffix` names; nothing when there is none to be shown.
-    std::optional<std::size_t> columnAt(Suffix suffix) const
-    {
-        if (suffix.length < 2 || suffix[0] != kEntry) {
-            return std::nullopt;
-        }
-        const auto position = columnFrom(suffix[1]);
-        const auto& columns = table_.table().columns;
-        return position < columns.size() && columns[position].tag == suffix[1] &&
-                       isShown(columns[position])
-                   ? std::optional(position)
-                   : std::nullopt;
-    }
-
-    /// The position of the first column with `tag` or a greater one.
-    std::size_t columnFrom(oid tag) const
-    {
-        const auto& columns = table_.table().columns;
-        const auto found =
-            std::lower_bound(columns.begin(), columns.end(), tag,
-                             [](const MibColumn& column, oid least) { return column.tag < least; });
-        return static_cast<std::size_t>(found - columns.begin());
-    }
-
-    Start startOf(Suffix suffix, bool inclusive) const
-    {
-        const auto& columns = table_.table().columns;
-        if (suffix.length == 0 || suffix[0] < kEntry) {
-            return {0, 0};
-        }
-        if (suffix[0] > kEntry) {
-            return {columns.size(), 0};
-        }
-        if (suffix.length == 1) {
-            return {0, 0};
-        }
-        const auto column = columnFrom(suffix[1]);
-        if (suffix.length == 2 || column == columns.size() || columns[column].tag != suffix[1]) {
-            return {column, 0};
-        }
-        const bool itself = inclusive && suffix.length == kInstanceLength && suffix[2] != 0;
-        return {column, itself ? suffix[2] - 1 : suffix[2]};
-    }
+    bool isBulk() const { return info_->mode == MODE_GETBULK; }
 
     BatchTable& table_;
+    const std::vector<MibColumn>& columns_;
     netsnmp_agent_request_info* info_;
     BatchTable::Request& request_;
+    ColumnViews& views_;
     const BatchTable::ContextSource context_;
 };
 
@@ -210,7 +176,11 @@ BatchSubtree::BatchSubtree(std::shared_ptr<BatchTable> table)
 
 void BatchSubtree::answer(netsnmp_agent_request_info* info, netsnmp_request_info* requests)
 {
-    Answering answering(*table_, info, requestOf(info));
+    Answering answering(*table_, info, heldFor(info));
+    if (info->mode == MODE_GETBULK) {
+        answering.getBulk(requests);
+        return;
+    }
     for (auto* request = requests; request != nullptr; request = request->next) {
         if (request->processed != 0) {
             continue;
@@ -223,13 +193,18 @@ void BatchSubtree::answer(netsnmp_agent_request_info* info, netsnmp_request_info
     }
 }
 
-BatchTable::Request& BatchSubtree::requestOf(netsnmp_agent_request_info* info)
+void BatchSubtree::release(void* held)
+{
+    delete static_cast<Held*>(held);
+}
+
+BatchSubtree::Held& BatchSubtree::heldFor(netsnmp_agent_request_info* info)
 {
     if (auto* held = netsnmp_agent_get_list_data(info, key_.c_str())) {
-        return *static_cast<BatchTable::Request*>(held);
+        return *static_cast<Held*>(held);
     }
-    auto made = std::make_unique<BatchTable::Request>(table_->begin());
-    auto* node = netsnmp_create_data_list(key_.c_str(), made.get(), &releaseRequest);
+    auto made = std::make_unique<Held>(*table_);
+    auto* node = netsnmp_create_data_list(key_.c_str(), made.get(), &BatchSubtree::release);
     if (node == nullptr) {
         throw std::bad_alloc();
     }

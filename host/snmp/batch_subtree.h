@@ -9,7 +9,8 @@
 namespace talvik {
 
 /// A table that is driven in batches. A request sees the rows of one moment, however many batches
-/// they take. A manager of version 1 sees no Counter64 column (RFC 3584, 4.2.2.1).
+/// they take. A manager of version 1 sees no Counter64 column (RFC 3584, 4.2.2.1). GETBULK is
+/// answered here: net-snmp's repetition goes through all of its agent for each variable.
 class BatchSubtree : public Subtree {
 public:
     explicit BatchSubtree(std::shared_ptr<BatchTable> table);
@@ -17,12 +18,16 @@ public:
     const std::string& name() const override { return table_->table().name; }
     const ObjectId& id() const override { return table_->table().id; }
     bool isWritable() const override { return false; }
+    bool answersBulk() const override { return true; }
     void answer(netsnmp_agent_request_info* info, netsnmp_request_info* requests) override;
 
 private:
+    struct Held;
     class Answering;
 
-    BatchTable::Request& requestOf(netsnmp_agent_request_info* info);
+    static void release(void* held);
+
+    Held& heldFor(netsnmp_agent_request_info* info);
 
     std::shared_ptr<BatchTable> table_;
     std::string key_;  ///< names what a request keeps of this table

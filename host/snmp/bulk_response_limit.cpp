@@ -4,6 +4,7 @@
 #include "host/startup_error.h"
 
 #include <dlfcn.h>
+#include <netinet/in.h>
 
 #include <algorithm>
 #include <string>
@@ -21,6 +22,9 @@ constexpr unsigned long kCommunityOverhead = 48;
 /// Content of a UDP datagram in one Ethernet frame: the largest GETBULK answer unless
 /// sendMessageMaxSize says otherwise.
 constexpr unsigned long kOneFrame = 1472;
+
+/// Content of the largest UDP datagram.
+constexpr unsigned long kOneDatagram = 65507;
 
 /// What makes the library cut the answer itself, in a buffer that it may write past.
 constexpr unsigned long kLibraryCuts = UCD_MSG_FLAG_FORWARD_ENCODE | UCD_MSG_FLAG_BULK_TOOBIG;
@@ -52,24 +56,30 @@ unsigned long nameOctets(const netsnmp_variable_list& variable)
     return octets;
 }
 
-/// The library's own setting is left alone unless it is configured: it also bounds the number of
-/// repeaters.
-unsigned long largestMessageFor(const netsnmp_pdu& pdu)
+/// Where a datagram is not cut into frames.
+bool isOnThisMachine(const netsnmp_pdu& pdu)
 {
-    const int configured = netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX);
-    const auto limit = configured > 0 ? static_cast<unsigned long>(configured) : kOneFrame;
-    return pdu.msgMaxSize > 0 ? std::min(limit, static_cast<unsigned long>(pdu.msgMaxSize)) : limit;
+    if (pdu.transport_data == nullptr ||
+        pdu.transport_data_length != static_cast<int>(sizeof(netsnmp_indexed_addr_pair))) {
+        return false;
+    }
+    const auto& remote =
+        static_cast<const netsnmp_indexed_addr_pair*>(pdu.transport_data)->remote_addr;
+    if (remote.sa.sa_family == AF_INET) {
+        constexpr unsigned kLoopbackNet = 127;
+        return ntohl(remote.sin.sin_addr.s_addr) >> 24U == kLoopbackNet;
+    }
+    return remote.sa.sa_family == AF_INET6 && IN6_IS_ADDR_LOOPBACK(&remote.sin6.sin6_addr);
 }
 
-/// The last variable that fits, or null when all do or not even the first does.
+/// The last variable that fits, or null when all do. One that is too large by itself is left to the
+/// library, which knows whether the manager takes it.
 netsnmp_variable_list* lastThatFits(const netsnmp_pdu& pdu)
 {
-    const auto limit = largestMessageFor(pdu);
-    auto used = overheadOf(pdu);
-    netsnmp_variable_list* last = nullptr;
+    BulkRoom room(pdu);
+    netsnmp_variable_list* last = pdu.variables;
     for (auto* variable = pdu.variables; variable != nullptr; variable = variable->next_variable) {
-        used += encodedSizeOf(nameOctets(*variable), variable->val_len);
-        if (used > limit) {
+        if (!room.take(*variable)) {
             return last;
         }
         last = variable;
@@ -122,6 +132,30 @@ _build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk)
 }
 
 namespace talvik {
+
+// The library's own setting is left alone unless it is configured: it also bounds the number of
+// repeaters.
+unsigned long largestBulkResponse(const netsnmp_pdu& pdu)
+{
+    const int configured = netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX);
+    auto limit = isOnThisMachine(pdu) ? kOneDatagram : kOneFrame;
+    if (configured > 0) {
+        limit = static_cast<unsigned long>(configured);
+    }
+    return pdu.msgMaxSize > 0 ? std::min(limit, static_cast<unsigned long>(pdu.msgMaxSize)) : limit;
+}
+
+BulkRoom::BulkRoom(const netsnmp_pdu& pdu)
+    : limit_(largestBulkResponse(pdu)),
+      used_(overheadOf(pdu))
+{
+}
+
+bool BulkRoom::take(const netsnmp_variable_list& variable)
+{
+    used_ += encodedSizeOf(nameOctets(variable), variable.val_len);
+    return used_ <= limit_;
+}
 
 void limitBulkResponses()
 {

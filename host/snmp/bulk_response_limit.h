@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/snmp/net_snmp.h"
+
 namespace talvik {
 
 /// Makes GETBULK answers fit the largest message that manager and agent allow, by leaving out
@@ -21,5 +23,27 @@ constexpr unsigned long encodedSizeOf(unsigned long nameOctets, unsigned long va
     constexpr unsigned long kHeader = 4;  // tag and length of at most 65535
     return kHeader + kHeader + nameOctets + kHeader + valueOctets;
 }
+
+/// Octets that the answer to the GETBULK `pdu` may have: what the manager takes, what is
+/// configured, and otherwise what one Ethernet frame carries, or for a manager on this machine one
+/// datagram.
+unsigned long largestBulkResponse(const netsnmp_pdu& pdu);
+
+/// How much of an answer to a GETBULK has been put together, so that nobody looks for variables
+/// that will be left out.
+class BulkRoom {
+public:
+    explicit BulkRoom(const netsnmp_pdu& pdu);
+
+    /// Whether another variable may still fit.
+    bool hasSome() const { return used_ < limit_; }
+
+    /// The answer gets `variable`. Returns false if neither this one nor any later one fits.
+    bool take(const netsnmp_variable_list& variable);
+
+private:
+    unsigned long limit_;
+    unsigned long used_;
+};
 
 }  // namespace talvik

@@ -30,7 +30,8 @@ public:
         const auto& id = subtree_->id();
         auto* registration = netsnmp_create_handler_registration(
             subtree_->name().c_str(), &Registration::onRequest, id.data(), id.size(),
-            subtree_->isWritable() ? HANDLER_CAN_RWRITE : HANDLER_CAN_RONLY);
+            (subtree_->isWritable() ? HANDLER_CAN_RWRITE : HANDLER_CAN_RONLY) |
+                (subtree_->answersBulk() ? HANDLER_CAN_GETBULK : 0));
         if (registration == nullptr) {
             throw std::bad_alloc();
         }

@@ -19,6 +19,10 @@ public:
     /// False if net-snmp is to refuse every SET by itself, with notWritable.
     virtual bool isWritable() const = 0;
 
+    /// False if net-snmp is to repeat GETNEXT for a GETBULK, and to check each variable against the
+    /// manager's view. True for one that does both itself.
+    virtual bool answersBulk() const { return false; }
+
     /// Answers those of `requests` that are not processed yet, in the mode of `info`. Past the
     /// subtree's end a variable of a GETNEXT stays untouched: the library goes on with the next
     /// subtree. What is thrown becomes genErr and a line in the log.
