@@ -6,6 +6,7 @@
 #include "host/snmp/pdu_context.h"
 #include "host/snmp/varbind.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -79,7 +80,7 @@ public:
         auto start = startOf(table_.table(), variable, request->inclusive != 0);
         for (; start.column < columns_.size(); start = {start.column + 1, 0}) {
             const auto kind = isShown(start.column) ? fillBehind(variable, start) : Kind::None;
-            if (kind == Kind::Failed) {
+            if (kind == Kind::Failed && isAskedFor(*request)) {
                 netsnmp_set_request_error(info_, request, SNMP_ERR_GENERR);
             }
             if (kind != Kind::None) {
@@ -150,6 +151,24 @@ private:
         return columns_[column].access != Access::NotAccessible &&
                !(columns_[column].syntax == Syntax::Counter64 && pdu->version == SNMP_VERSION_1) &&
                !(isBulk() && !views_.showsSome(*info_->asp->pdu, column));
+    }
+
+    /// Whether the manager wants to see this table: what it named lies in it, or it in that. A walk
+    /// of another table only comes by when it has reached its end, and must not fail for this one.
+    bool isAskedFor(const netsnmp_request_info& request) const
+    {
+        const auto* named =
+            info_->asp->orig_pdu == nullptr ? nullptr : info_->asp->orig_pdu->variables;
+        for (int left = request.index - 1; left > 0 && named != nullptr; --left) {
+            named = named->next_variable;
+        }
+        if (named == nullptr) {
+            return true;
+        }
+        const auto& id = table_.table().id;
+        const auto shorter = std::min(id.size(), named->name_length);
+        return std::equal(id.begin(), id.begin() + static_cast<std::ptrdiff_t>(shorter),
+                          named->name);
     }
 
     /// For other requests net-snmp looks, and asks again behind what it leaves out.

@@ -10,7 +10,9 @@ namespace talvik {
 
 /// A table that is driven in batches. A request sees the rows of one moment, however many batches
 /// they take. A manager of version 1 sees no Counter64 column (RFC 3584, 4.2.2.1). GETBULK is
-/// answered here: net-snmp's repetition goes through all of its agent for each variable.
+/// answered here: net-snmp's repetition goes through all of its agent for each variable. When the
+/// handler fails, a manager that has asked for the table gets genErr; a walk that only comes by, at
+/// the end of what it has asked for, goes on behind the table.
 class BatchSubtree : public Subtree {
 public:
     explicit BatchSubtree(std::shared_ptr<BatchTable> table);

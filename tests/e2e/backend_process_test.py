@@ -3,23 +3,27 @@
 import signal
 import unittest
 
-from talvik_e2e import ENTRY, READER, TalvikTest, topology, wait_until
+from talvik_e2e import READER, ROOT, TABLE, TalvikTest, topology, wait_until
 
 
 class BackendProcess(TalvikTest):
     def setUp(self):
         self.socket = self.folder / "backend.sock"
 
-    def row(self, agent):
-        """The topology table's row by GET: a walk goes on to the alarms, which fail without a back end."""
-        return self.lines("snmpget", agent, READER, *[f"{ENTRY}.{column}.1" for column in range(1, 9)])
-
     def assert_status(self, agent, status):
-        wait_until(lambda: self.row(agent) == topology(status), f"status {status}")
+        wait_until(lambda: self.walk(agent, start=TABLE) == topology(status), f"status {status}")
+
+    def test_a_walk_that_asks_for_the_alarms_fails_without_it_and_one_that_comes_by_does_not(self):
+        agent = self.start_agent(backend=f"unix:{self.socket}")
+        for tool in ("snmpwalk", "snmpbulkwalk"):
+            self.assertEqual(self.lines(tool, agent, READER, TABLE), topology(2))
+            for start in (f"{ROOT}.2.91.10.1", f"{ROOT}.2.91.10.1.1", f"{ROOT}.2.91.10.1.1.1.5"):
+                with self.subTest(tool=tool, start=start):
+                    self.assertIn("genError", self.tool(tool, agent, READER, start).stderr)
 
     def test_is_offline_until_it_is_started(self):
         agent = self.start_agent(backend=f"unix:{self.socket}")
-        self.assertEqual(self.row(agent), topology(2))
+        self.assertEqual(self.walk(agent, start=TABLE), topology(2))
         self.start_backend(self.socket)
         self.assert_status(agent, 1)
         self.assertTrue(agent.is_alive())
@@ -30,7 +34,7 @@ class BackendProcess(TalvikTest):
         for number in (signal.SIGTERM, signal.SIGKILL, signal.SIGTERM):
             self.assert_status(agent, 1)
             backend.stop(number)
-            self.assertEqual(self.row(agent), topology(2))
+            self.assertEqual(self.walk(agent, start=TABLE), topology(2))
             backend = self.start_backend(self.socket)
         self.assert_status(agent, 1)
 
