@@ -80,7 +80,7 @@ def table_of(alarms, columns=COLUMNS):
 def shown_cells(output):
     """Name, kind and value of what a tool prints with -Ox; lines without a value are left out."""
     found = []
-    for part in re.split(r"^(?=\.1\.)", output, flags=re.MULTILINE):
+    for part in re.split(r"^(?=\.1\.|End of MIB)", output, flags=re.MULTILINE):
         object_name, _, shown = part.strip().partition(" = ")
         if shown and not shown.startswith("No "):
             found.append((object_name, *value_of(shown)))

@@ -1,4 +1,4 @@
-"""A small SNMP manager for v2c, for what the stock tools are too slow for or do not show.
+"""A small SNMP manager for v2c, and for v3 without security, for what the stock tools are too slow for or do not show.
 
 It speaks BER as RFC 3416 uses it: one request at a time, never sent again, so that what was asked happened once or not.
 """
@@ -121,12 +121,8 @@ class NoAnswer(Exception):
     pass
 
 
-def outcome_of(datagram):
+def outcome_of(pdu):
     """The request's number, and the answer to it."""
-    message = Reader(datagram).inside(SEQUENCE)
-    message.integer()
-    message.expect(OCTETS)
-    pdu = message.inside(RESPONSE)
     number, error, position = pdu.integer(), pdu.integer(), pdu.integer()
     bindings, listed = [], pdu.inside(SEQUENCE)
     while listed:
@@ -141,6 +137,7 @@ class Manager:
     def __init__(self, port, community="writer"):
         self.community = community.encode()
         self.number = 0
+        self.size = 0  # octets of the last answer
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.socket.connect(("127.0.0.1", port))
 
@@ -156,7 +153,16 @@ class Manager:
         listed = b"".join(element(SEQUENCE, object_id(name) + ENCODERS[kind](value))
                           for name, kind, value in assignments)
         pdu = element(operation, integer(self.number) + integer(first) + integer(second) + element(SEQUENCE, listed))
-        self.socket.send(element(SEQUENCE, integer(1) + element(OCTETS, self.community) + pdu))
+        self.socket.send(self.message(pdu))
+
+    def message(self, pdu):
+        return element(SEQUENCE, integer(1) + element(OCTETS, self.community) + pdu)
+
+    def response_in(self, datagram):
+        message = Reader(datagram).inside(SEQUENCE)
+        message.integer()
+        message.expect(OCTETS)
+        return message.inside(RESPONSE)
 
     def receive(self, limit=LIMIT):
         """The answer to the last request; None if there is none within the limit or the agent is gone."""
@@ -164,10 +170,12 @@ class Manager:
         while True:
             self.socket.settimeout(max(end - time.monotonic(), 0.000001))
             try:
-                number, answer = outcome_of(self.socket.recv(65536))
+                datagram = self.socket.recv(65536)
             except (TimeoutError, ConnectionRefusedError):
                 return None
+            number, answer = outcome_of(self.response_in(datagram))
             if number == self.number:
+                self.size = len(datagram)
                 return answer
 
     def ask(self, operation, assignments, first=0, second=0):
@@ -187,8 +195,8 @@ class Manager:
     def get_next(self, *names):
         return self.ask(GET_NEXT, [(name, "n", None) for name in names])
 
-    def get_bulk(self, repetitions, *names):
-        return self.ask(GET_BULK, [(name, "n", None) for name in names], 0, repetitions)
+    def get_bulk(self, repetitions, *names, non_repeaters=0):
+        return self.ask(GET_BULK, [(name, "n", None) for name in names], non_repeaters, repetitions)
 
     def walk(self, root, repetitions=50):
         """Every binding under `root`, in the order in which the agent gives them."""
@@ -204,6 +212,36 @@ class Manager:
                     raise AssertionError(f"{binding.name} does not follow {name}")
                 found.append(binding)
                 name = binding.name
+
+
+class PlainV3Manager(Manager):
+    """A manager of v3 whose user needs neither authentication nor privacy, and that takes messages up to a size."""
+
+    def __init__(self, port, user, engine_id, largest):
+        super().__init__(port)
+        self.user = user.encode()
+        self.engine_id = bytes.fromhex(engine_id)
+        self.largest = largest
+
+    def message(self, pdu):
+        reportable, user_based = b"\4", 3
+        header = integer(self.number) + integer(self.largest) + element(OCTETS, reportable) + integer(user_based)
+        nothing = element(OCTETS, b"")
+        security = (element(OCTETS, self.engine_id) + integer(0) + integer(0) + element(OCTETS, self.user) + nothing
+                    + nothing)
+        scoped = element(OCTETS, self.engine_id) + nothing + pdu
+        return element(SEQUENCE, integer(3) + element(SEQUENCE, header)
+                       + element(OCTETS, element(SEQUENCE, security)) + element(SEQUENCE, scoped))
+
+    def response_in(self, datagram):
+        message = Reader(datagram).inside(SEQUENCE)
+        message.integer()
+        message.expect(SEQUENCE)
+        message.expect(OCTETS)
+        scoped = message.inside(SEQUENCE)
+        scoped.expect(OCTETS)
+        scoped.expect(OCTETS)
+        return scoped.inside(RESPONSE)
 
 
 def numbers(name):
