@@ -8,6 +8,7 @@
 #include "host/snmp/event_loop.h"
 #include "host/snmp/net_snmp.h"
 #include "host/snmp/net_snmp_persistence.h"
+#include "host/snmp/tcp_wrappers.h"
 #include "host/startup_error.h"
 
 #include <algorithm>
@@ -148,6 +149,7 @@ SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
     }
     init_mib_modules();
     limitBulkResponses();
+    rememberAdmittedManagers();
     bridge_ = std::make_unique<RequestBridge>();
 }
 
