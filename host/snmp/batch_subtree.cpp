@@ -94,7 +94,7 @@ public:
     void getBulk(netsnmp_request_info* requests)
     {
         BulkRoom room(*info_->asp->pdu);
-        for (bool more = true; more && !request_.failed;) {
+        for (bool more = true; more;) {
             more = false;
             for (auto* request = requests; request != nullptr; request = request->next) {
                 auto& variable = *request->requestvb;
@@ -104,6 +104,7 @@ public:
                 if (room.hasSome()) {
                     getNext(request);
                     room.take(variable);
+                    request->inclusive = isOpen(variable) ? request->inclusive : 0;
                 } else {
                     leaveOut(variable);
                 }

@@ -87,6 +87,54 @@ netsnmp_variable_list* lastThatFits(const netsnmp_pdu& pdu)
     return nullptr;
 }
 
+/// What tag and length of one element, and everything of a message but its variables, take at least.
+constexpr unsigned long kLeastHeader = 2;
+constexpr unsigned long kLeastOverhead = 20;
+
+unsigned long leastEncodedSizeOf(const netsnmp_variable_list& variable)
+{
+    const unsigned long value = variable.type == ASN_OCTET_STR ? variable.val_len : 1;
+    return 3 * kLeastHeader + nameOctets(variable) - 1 + value;
+}
+
+/// Whether the answer cannot be sent, however it is encoded: one to a GETBULK if not even its first
+/// variable fits.
+bool isTooBig(const netsnmp_pdu& pdu, bool bulk)
+{
+    const auto limit = pdu.msgMaxSize > 0
+                           ? std::min(kOneDatagram, static_cast<unsigned long>(pdu.msgMaxSize))
+                           : kOneDatagram;
+    auto least = kLeastOverhead;
+    for (const auto* variable = pdu.variables; variable != nullptr;
+         variable = bulk ? nullptr : variable->next_variable) {
+        least += leastEncodedSizeOf(*variable);
+    }
+    return least > limit;
+}
+
+/// Makes the answer tooBig without any variable (RFC 3416, 4.2.1) while it lives. The library would
+/// copy the variables back, or fail to send.
+class TooBig {
+public:
+    TooBig(netsnmp_pdu& pdu, bool applies) : pdu_(pdu), variables_(pdu.variables)
+    {
+        if (applies) {
+            pdu_.errstat = SNMP_ERR_TOOBIG;
+            pdu_.errindex = 0;
+            pdu_.variables = nullptr;
+        }
+    }
+
+    ~TooBig() { pdu_.variables = variables_; }
+
+    TooBig(const TooBig&) = delete;
+    TooBig& operator=(const TooBig&) = delete;
+
+private:
+    netsnmp_pdu& pdu_;
+    netsnmp_variable_list* variables_;
+};
+
 /// Leaves out what follows `last` while it lives. The library still refers to these variables and
 /// frees them later.
 class CutAfter {
@@ -119,14 +167,17 @@ private:
 
 }  // namespace talvik
 
-// `bulk` is set for the answer to a GETBULK, whose variables may be left out from the end.
+// `bulk` is set for the answer to a GETBULK, whose variables may be left out from the end. Managers
+// get everything built here.
 extern "C" __attribute__((visibility("default"))) int
 _build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk)
 {
-    const bool limited = bulk != 0 && pdu->errstat == SNMP_ERR_NOERROR;
+    const bool isAnswer = pdu->command == SNMP_MSG_RESPONSE && pdu->errstat == SNMP_ERR_NOERROR;
+    const bool limited = bulk != 0 && isAnswer;
     if (limited) {
         pdu->flags &= ~talvik::kLibraryCuts;
     }
+    const talvik::TooBig tooBig(*pdu, isAnswer && talvik::isTooBig(*pdu, bulk != 0));
     const talvik::CutAfter cut(limited ? talvik::lastThatFits(*pdu) : nullptr);
     return talvik::originalBuild()(session, pdu, bulk);
 }

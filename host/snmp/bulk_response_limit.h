@@ -7,7 +7,8 @@ namespace talvik {
 /// Makes GETBULK answers fit the largest message that manager and agent allow, by leaving out
 /// variables at the end, as RFC 3416 wants it. net-snmp 5.9.3 tries to, but cuts far more than it
 /// must for v2c, and for v3 answers genErr or writes past the end of a buffer (any user who may
-/// read can make it do so).
+/// read can make it do so). Any answer that cannot be sent at all becomes tooBig without variables,
+/// where the library copies them back or sends nothing.
 ///
 /// The library has no hook for this. This unit therefore defines the function that the library's
 /// agent builds a GETBULK answer with, `_build_initial_pdu_packet`, itself and in front of the

@@ -16,7 +16,7 @@ void FailureLog::failed(const std::string& reason)
 {
     ++failures_;
     if (logged_ != reason) {
-        if (write(spdlog::level::err, oneLine(reason) + "; answered genErr")) {
+        if (write(spdlog::level::err, oneLine(reason) + "; requests for it are answered genErr")) {
             logged_ = reason;
         }
     } else if (failures_ % kRepeatEvery == 0) {

@@ -48,6 +48,7 @@ RowBatch::RowBatch(const MibTable& table, const std::vector<CTLVRecordV3*>& reco
         indexes_.push_back(number);
         add(*record, problem);
     }
+    octets_.shrink_to_fit();
 }
 
 void RowBatch::add(const CTLVRecordV3& record, const ProblemSink& problem)

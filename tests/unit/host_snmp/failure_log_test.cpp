@@ -31,9 +31,9 @@ TEST_F(FailureLogOf, TellsTheFirstFailureAChangeOfTheReasonAndTheRecovery)
     log.succeeded();
     log.succeeded();
 
-    EXPECT_EQ(capture.lines(),
-              (Lines{"table x: this; answered genErr", "table x: that; answered genErr",
-                     "table x: works again after 3 failures"}));
+    EXPECT_EQ(capture.lines(), (Lines{"table x: this; requests for it are answered genErr",
+                                      "table x: that; requests for it are answered genErr",
+                                      "table x: works again after 3 failures"}));
 }
 
 TEST_F(FailureLogOf, TellsEachThousandthFailure)
@@ -43,8 +43,8 @@ TEST_F(FailureLogOf, TellsEachThousandthFailure)
     }
 
     EXPECT_EQ(capture.lines(),
-              (Lines{"table x: this; answered genErr", "table x: this; 1000 failures",
-                     "table x: this; 2000 failures"}));
+              (Lines{"table x: this; requests for it are answered genErr",
+                     "table x: this; 1000 failures", "table x: this; 2000 failures"}));
 }
 
 TEST_F(FailureLogOf, AlternatingReasonsDoNotFloodTheLog)
@@ -87,7 +87,7 @@ TEST_F(FailureLogOf, AReasonThatWasLeftOutIsToldLater)
 
     ASSERT_EQ(capture.lines().size(), 21u);
     EXPECT_EQ(capture.lines().back(),
-              "table x: a third; answered genErr (1 further reports left out)");
+              "table x: a third; requests for it are answered genErr (1 further reports left out)");
 }
 
 TEST_F(FailureLogOf, TellsAFaultOnceAndNoMoreThanAHundred)
