@@ -111,7 +111,7 @@ class Changing(AlarmTableTest):
         self.chance = random.Random(seed)
 
     def long_lifetime(self):
-        """A folder with a MIB description by which rows are kept longer than a test waits: what is new has to be reported."""
+        """A folder with a MIB description by which rows are kept longer than a test waits: news must be reported."""
         description = json.loads((SOURCE / "mibs" / MIB).read_text())
         table, = [one for one in description["tables"] if one["name"] == "talvikAlarmTable"]
         table["answerLifetimeMs"] = 60000
