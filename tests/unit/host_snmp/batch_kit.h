@@ -16,8 +16,10 @@ namespace talvik::test {
 
 /// What a variable of a response came to.
 struct Shown {
-    ObjectId suffix;    ///< its name behind the table's OID, as far as it lies there
-    std::string value;  ///< "noSuchObject", "noSuchInstance", "end" or "genErr" where it has none
+    ObjectId suffix;  ///< its name behind the table's OID, as far as it lies there
+
+    /// "noSuchObject", "noSuchInstance", "end", "no room" or "genErr" where it has none.
+    std::string value;
     int type = ASN_NULL;
 
     bool hasValue() const { return type != ASN_NULL; }
@@ -46,61 +48,99 @@ public:
     {
         pdu_.command = static_cast<int>(command);
         pdu_.version = version;
+        pdu_.flags = UCD_MSG_FLAG_ALWAYS_IN_VIEW;
         session_.pdu = &pdu_;
         session_.session = &wire_;
         info_.asp = &session_;
     }
 
-    ~BatchRequest() { netsnmp_free_all_list_data(info_.agent_data); }
+    ~BatchRequest()
+    {
+        netsnmp_free_all_list_data(info_.agent_data);
+        snmp_free_varbind(original_.variables);
+    }
 
     BatchRequest(const BatchRequest&) = delete;
     BatchRequest& operator=(const BatchRequest&) = delete;
 
-    /// One call of the subtree; a GETBULK takes several. `inclusive` as an AgentX master tells it.
-    std::vector<Shown> call(const std::vector<ObjectId>& suffixes, bool inclusive = false)
+    /// The manager named this; without it what is called for.
+    BatchRequest& naming(const ObjectId& name)
     {
-        std::vector<ObjectId> names;
-        for (const auto& suffix : suffixes) {
-            auto name = subtree_.id();
-            name.insert(name.end(), suffix.begin(), suffix.end());
-            names.push_back(name);
-        }
-        return callFor(names, inclusive);
+        snmp_varlist_add_variable(&original_.variables, name.data(), name.size(), ASN_NULL, nullptr,
+                                  0);
+        session_.orig_pdu = &original_;
+        return *this;
     }
 
-    /// As above, with whole names.
-    std::vector<Shown> callFor(const std::vector<ObjectId>& names, bool inclusive = false)
+    /// One call of the subtree; a GETBULK that net-snmp repeats takes several. `inclusive` as an
+    /// AgentX master tells it.
+    std::vector<Shown> call(const std::vector<ObjectId>& suffixes, bool inclusive = false)
     {
         info_.mode = pdu_.command == static_cast<int>(SNMP_MSG_GET) ? MODE_GET : MODE_GETNEXT;
-        netsnmp_variable_list* variables = nullptr;
-        std::vector<netsnmp_request_info> requests(names.size());
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            requests[i].requestvb = snmp_varlist_add_variable(
-                &variables, names[i].data(), names[i].size(), ASN_NULL, nullptr, 0);
-            requests[i].inclusive = inclusive ? 1 : 0;
-            requests[i].agent_req_info = &info_;
-            requests[i].next = i + 1 < names.size() ? &requests[i + 1] : nullptr;
-        }
-        subtree_.answer(&info_, requests.data());
         std::vector<Shown> shown;
-        for (const auto& request : requests) {
-            shown.push_back(shownOf(request));
+        for (const auto& repetitions : answer(suffixes, 1, inclusive)) {
+            shown.push_back(repetitions.front());
         }
-        snmp_free_varbind(variables);
         return shown;
     }
 
-private:
-    Shown shownOf(const netsnmp_request_info& request) const
+    /// One call for all repetitions of a GETBULK; the answers by variable.
+    std::vector<std::vector<Shown>> bulk(const std::vector<ObjectId>& suffixes, int repetitions)
     {
-        const auto& variable = *request.requestvb;
-        if (request.status != SNMP_ERR_NOERROR) {
-            return {{}, request.status == SNMP_ERR_GENERR ? "genErr" : "another error"};
+        info_.mode = MODE_GETBULK;
+        return answer(suffixes, repetitions, false);
+    }
+
+private:
+    std::vector<std::vector<Shown>> answer(const std::vector<ObjectId>& suffixes, int repetitions,
+                                           bool inclusive)
+    {
+        auto behind = subtree_.id();
+        ++behind.back();
+        std::vector<netsnmp_request_info> requests(suffixes.size());
+        std::vector<netsnmp_variable_list*> lists(suffixes.size());
+        for (std::size_t i = 0; i < suffixes.size(); ++i) {
+            auto name = subtree_.id();
+            name.insert(name.end(), suffixes[i].begin(), suffixes[i].end());
+            for (int left = repetitions; left != 0; --left) {
+                snmp_varlist_add_variable(&lists[i], name.data(), name.size(), ASN_NULL, nullptr,
+                                          0);
+            }
+            requests[i].requestvb = lists[i];
+            requests[i].range_end = behind.data();
+            requests[i].range_end_len = behind.size();
+            requests[i].repeat = repetitions - 1;
+            requests[i].index = static_cast<int>(i) + 1;
+            requests[i].inclusive = inclusive ? 1 : 0;
+            requests[i].agent_req_info = &info_;
+            requests[i].next = i + 1 < requests.size() ? &requests[i + 1] : nullptr;
         }
+        subtree_.answer(&info_, requests.data());
+        std::vector<std::vector<Shown>> shown(suffixes.size());
+        for (std::size_t i = 0; i < suffixes.size(); ++i) {
+            for (const auto* at = lists[i]; at != nullptr; at = at->next_variable) {
+                const bool failed = at == requests[i].requestvb && requests[i].status != 0;
+                shown[i].push_back(failed ? failureOf(requests[i].status) : shownOf(*at));
+            }
+            snmp_free_varbind(lists[i]);
+        }
+        return shown;
+    }
+
+    static Shown failureOf(int status)
+    {
+        return {{}, status == SNMP_ERR_GENERR ? "genErr" : "another error"};
+    }
+
+    Shown shownOf(const netsnmp_variable_list& variable) const
+    {
         const auto suffix = suffixOf(variable, subtree_.id());
         switch (variable.type) {
         case ASN_NULL:
+        case ASN_PRIV_RETRY:
             return {suffix, "end"};
+        case SNMP_ENDOFMIBVIEW:
+            return {suffix, "no room"};
         case SNMP_NOSUCHOBJECT:
             return {suffix, "noSuchObject"};
         case SNMP_NOSUCHINSTANCE:
@@ -121,6 +161,7 @@ private:
 
     Subtree& subtree_;
     netsnmp_pdu pdu_{};
+    netsnmp_pdu original_{};
     netsnmp_session wire_{};
     netsnmp_agent_session session_{};
     netsnmp_agent_request_info info_{};

@@ -210,7 +210,7 @@ TEST_F(BatchTableOf, RowsTakesMemoryUpToItsLimitOnly)
         small.now += 10us;
     }
 
-    small.table->trim();
+    small.table->begin();
 
     EXPECT_LE(small.table->kept().size(), 20000U);
     EXPECT_GT(small.table->kept().size(), 15000U);
@@ -240,6 +240,27 @@ TEST_F(BatchTableOf, RowsIsToldThatOneIsGone)
     EXPECT_EQ(at(2), "none");
     EXPECT_EQ(behind(1), "3");
     EXPECT_THAT(asked(), SizeIs(1));
+}
+
+TEST_F(BatchTableOf, RowsAsksNothingForARowThatIsKnownToBeGone)
+{
+    served.with({2, 5});
+    ASSERT_EQ(at(2), "2");
+    served.table->rowIsGone(2);
+
+    EXPECT_EQ(at(2), "none");
+
+    EXPECT_THAT(asked(), SizeIs(1));
+}
+
+TEST_F(BatchTableOf, RowsAreAsOldAsTheRequestThatAskedForThem)
+{
+    served.with({2, 5});
+    served.script.before = [this] { served.now += 400ms; };
+
+    ASSERT_EQ(at(2), "2");
+
+    EXPECT_EQ(served.table->nextExpiry(), served.now + 600ms);
 }
 
 TEST_F(BatchTableOf, RowsIsToldThatOneExists)

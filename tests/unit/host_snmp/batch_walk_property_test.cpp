@@ -234,32 +234,45 @@ protected:
         begin(walker);
     }
 
-    /// One request of a walk, a GETNEXT or a GETBULK. Fails with the handler when it is broken.
+    /// One request of a walk, a GETNEXT or a GETBULK.
     void step(Walker& walker)
     {
-        const bool bulk = dice_.oneIn(2);
-        const auto repetitions = bulk ? 1 + dice_.below(12) : 1;
         served_.script.asked.clear();
         served_.script.bulk = 1 + dice_.below(9);
-        BatchRequest request(served_.subtree, bulk ? SNMP_MSG_GETBULK : SNMP_MSG_GETNEXT);
-        for (std::uint32_t i = 0; i < repetitions; ++i) {
-            const auto shown = request.call({walker.at}).front();
-            if (shown.value == "genErr") {
-                EXPECT_TRUE(served_.script.instead) << "a failure of nobody";
-                EXPECT_EQ(request.call({walker.at}).front().value, "genErr");
-                break;
+        if (dice_.oneIn(2)) {
+            BatchRequest request(served_.subtree, SNMP_MSG_GETNEXT);
+            goOn(walker, request.call({walker.at}).front());
+        } else {
+            BatchRequest request(served_.subtree, SNMP_MSG_GETBULK);
+            const auto repetitions = static_cast<int>(1 + dice_.below(12));
+            const auto answers = request.bulk({walker.at}, repetitions);
+            for (const auto& shown : answers.front()) {
+                if (!goOn(walker, shown)) {
+                    break;
+                }
             }
-            expectNext(walker.at, shown);
-            if (!shown.hasValue()) {
-                end(walker);
-                break;
-            }
-            walker.at = shown.suffix;
-            ++walker.seen[{shown.suffix[1], static_cast<std::uint32_t>(shown.suffix[2])}];
         }
         if (served_.script.instead) {
-            EXPECT_LE(served_.script.asked.size(), 1U);
+            EXPECT_LE(served_.script.asked.size(), 1U) << "a handler that fails is asked again";
         }
+    }
+
+    /// False if that was the last of the walk, or a failure.
+    bool goOn(Walker& walker, const Shown& shown)
+    {
+        if (shown.value == "genErr") {
+            EXPECT_TRUE(served_.script.instead) << "a failure of nobody";
+            return false;
+        }
+        expectNext(walker.at, shown);
+        if (!shown.hasValue()) {
+            EXPECT_EQ(shown.value, "end");
+            end(walker);
+            return false;
+        }
+        walker.at = shown.suffix;
+        ++walker.seen[{shown.suffix[1], static_cast<std::uint32_t>(shown.suffix[2])}];
+        return true;
     }
 
     /// Whether `shown` may follow `from`.

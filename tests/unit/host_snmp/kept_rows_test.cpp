@@ -307,7 +307,7 @@ TEST_F(KeptRowsOf, TheSizeIsThatOfWhatIsKept)
 {
     add(0, 3, {3});
     const auto one = kept.size();
-    EXPECT_GE(one, batch({3}).size());
+    EXPECT_GT(one, batch({3}).size()) << "a stretch takes memory itself";
 
     add(3, 6, {6});
     EXPECT_EQ(kept.size(), 2 * one);

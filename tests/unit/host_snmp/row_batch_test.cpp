@@ -135,6 +135,19 @@ TEST_F(RowBatchOf, RowsWithoutAnIndexThatFitsAreLeftOut)
                 testing::Contains(HasSubstr("no value for its index itemSerial")).Times(4));
 }
 
+TEST_F(RowBatchOf, ANumberThatCannotStandInANameIsNoIndex)
+{
+    RowBuilder().number(3, -1).into(package);
+    add(2);
+    table.columns[kSerial].syntax = talvik::Syntax::Integer;
+    EXPECT_THAT(batch().indexes(), ElementsAre(2U));
+
+    package.clear();
+    RowBuilder().add(cell(CTLVCell::TLV_UINT, 3, bytesOf(std::uint64_t{1} << 32U))).into(package);
+    table.columns[kSerial].syntax = talvik::Syntax::Counter64;
+    EXPECT_THAT(batch().indexes(), IsEmpty());
+}
+
 TEST_F(RowBatchOf, EqualTextsOfNeighboursAreKeptOnceAndStayRight)
 {
     const std::string text(3000, 'x');
