@@ -3,7 +3,8 @@
 import sqlite3
 import unittest
 
-from alarm_table import CLEAR_LEAF, CLEAR_SUBTREE, LAST_SERIAL, SERIAL, AlarmTableTest, alarms_numbered, name
+from alarm_table import (CLEAR_LEAF, CLEAR_SUBTREE, LAST_SERIAL, SERIAL, AlarmTableTest, alarms_numbered, clearing,
+                         name)
 from notifications import ALARM_TRAP, CATEGORY, CLEAR, DISK_FAILED, FAULT, SERIAL_NO, disk
 from snmp_wire import NO_SUCH_INSTANCE
 from talvik_e2e import AUTH, CONFIG, OPERATOR, PRIV, READER, WRITER, v3, wait_until
@@ -18,10 +19,6 @@ createUser clearer SHA-256 "{AUTH}" AES "{PRIV}"
 group  clearers usm clearer
 access clearers "" usm authPriv exact talvik clearing none
 """
-
-
-def clearing(serial, letter="u"):
-    return CLEAR_LEAF, letter, serial
 
 
 class AlarmClear(AlarmTableTest):

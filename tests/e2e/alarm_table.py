@@ -29,6 +29,11 @@ def name(column, serial):
     return f"{ALARM_ENTRY}.{column}.{serial}"
 
 
+def clearing(serial, letter="u"):
+    """The variable of a SET that clears an alarm."""
+    return CLEAR_LEAF, letter, serial
+
+
 def place_of(object_name):
     """Column and serial number of a cell's name."""
     column, serial = object_name[len(ALARM_ENTRY) + 1:].split(".")
@@ -120,7 +125,7 @@ class AlarmTableTest(NotificationTest):
         return self.start(**changes)
 
     def start_apart(self, **changes):
-        """A back end as a process of its own, with a store that `restart_apart` uses again, and its agent."""
+        """A back end as a process of its own, and its agent."""
         self.apart = self.folder / "backend.sock"
         self.backend = self.start_backend(self.apart)
         return self.start(backend=f"unix:{self.apart}", **changes)
@@ -133,6 +138,7 @@ class AlarmTableTest(NotificationTest):
         wait_until(lambda: self.serials(manager) == serials, what)
 
     def alarm_client(self):
+        """A client of the back end that is a process of its own."""
         client = BackendClient(self.apart)
         self.addCleanup(client.close)
         return client
