@@ -52,6 +52,9 @@ public:
     /// When the session must have moved on; `Time::max()` while it is idle.
     Time deadline() const { return std::min(writeBy_, readBy_); }
 
+    /// Whether nothing is under way: no request, no reply, no subscription.
+    bool isIdle() const { return stream_ == nullptr && deadline() == Time::max(); }
+
     /// Says that there may be notifications to send. Returns whether the session carries them.
     bool wake();
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -118,15 +119,22 @@ void SocketServer::serveClients(const std::vector<pollfd>& events, bool woken)
 {
     const auto now = Clock::now();
     auto slot = kFirstClientSlot;
+    std::list<Client> active;
     for (auto client = clients_.begin(); client != clients_.end();) {
         const bool toWake = woken && client->session.wake();
-        if (goesOn(*client, events[slot++].revents != 0 || toWake, now)) {
-            ++client;
+        const bool ready = events[slot++].revents != 0 || toWake;
+        if (goesOn(*client, ready, now)) {
+            const auto next = std::next(client);
+            if (ready) {
+                active.splice(active.end(), clients_, client);
+            }
+            client = next;
         } else {
             client = clients_.erase(client);
             refusing_ = false;
         }
     }
+    clients_.splice(clients_.end(), active);
 }
 
 bool SocketServer::goesOn(Client& client, bool ready, Time now)
@@ -169,6 +177,22 @@ void SocketServer::acceptAll(Time now)
     }
 }
 
+/// Disconnects the client that has been idle for the longest time; whoever needs its connection
+/// again connects anew. Clients must not be able to keep the host out by doing nothing.
+bool SocketServer::makeRoom()
+{
+    const auto idle = std::find_if(clients_.begin(), clients_.end(),
+                                   [](const Client& client) { return client.session.isIdle(); });
+    if (idle == clients_.end()) {
+        return false;
+    }
+    backendLog()->warn("{} is disconnected: {} clients are connected, no more are allowed, and it "
+                       "has been idle for the longest time",
+                       idle->name, clients_.size());
+    clients_.erase(idle);
+    return true;
+}
+
 void SocketServer::admit(FileDescriptor socket)
 {
     const auto peer = peerOf(socket.get());
@@ -177,7 +201,7 @@ void SocketServer::admit(FileDescriptor socket)
                            peer.pid, peer.uid, ::geteuid());
         return;
     }
-    if (clients_.size() >= limits_.maxClients) {
+    if (clients_.size() >= limits_.maxClients && !makeRoom()) {
         if (!refusing_) {
             backendLog()->warn("refused process {}: {} clients are connected, no more are allowed; "
                                "further refusals are not logged until one leaves",

@@ -51,13 +51,14 @@ private:
     void serveClients(const std::vector<pollfd>& events, bool woken);
     bool goesOn(Client& client, bool ready, Time now);
     void acceptAll(Time now);
+    bool makeRoom();
     void admit(FileDescriptor socket);
 
     const CommandServer& commands_;
     const ServerLimits limits_;
     BackgroundWork* const work_;  // may be null
     ListeningSocket listener_;
-    std::list<Client> clients_;
+    std::list<Client> clients_;  ///< those that have been idle for the longest time first
     unsigned long admitted_ = 0;
     bool refusing_ = false;  // a client was refused for lack of room and none has left since
     Time acceptAgain_ = Time::min();  // no accepting before this: the process is out of resources

@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-#include <list>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -249,21 +249,45 @@ TEST_F(SocketServer, AnswersAClientThatHasStoppedSending)
     EXPECT_TRUE(halfClosed.closedByPeer());
 }
 
-TEST_F(SocketServer, RefusesTheClientThatIsOneTooManyUntilOneLeaves)
+TEST_F(SocketServer, MakesRoomForOneMoreClientWithTheOneThatHasBeenIdleLongest)
 {
     start();
-    std::list<Stream> clients;
+    std::vector<Stream> clients;
     for (int i = 0; i < 16; ++i) {
         clients.push_back(client());
         expectServed(clients.back());
     }
+    expectServed(clients[0]);
+
+    auto next = client();
+
+    expectServed(next);
+    EXPECT_TRUE(clients[1].closedByPeer());
+    for (std::size_t i = 0; i < clients.size(); ++i) {
+        if (i != 1) {
+            expectServed(clients[i]);
+        }
+    }
+}
+
+TEST_F(SocketServer, RefusesTheClientThatIsOneTooManyWhileNoneIsIdle)
+{
+    start();
+    std::vector<Stream> clients;
+    const auto request = Wire::request(5, kEcho).bytes();
+    for (int i = 0; i < 16; ++i) {
+        clients.push_back(client());
+        expectServed(clients.back());
+        clients.back().send({request.begin(), request.begin() + 1});
+    }
 
     EXPECT_TRUE(client().closedByPeer());
 
-    clients.front().stopSending();
-    EXPECT_TRUE(clients.front().closedByPeer());
+    clients[3].send({request.begin() + 1, request.end()});
+    EXPECT_EQ(clients[3].receive(38), echoReply(5).bytes());
     auto next = client();
     expectServed(next);
+    EXPECT_TRUE(clients[3].closedByPeer());
 }
 
 TEST_F(SocketServer, SurvivesAClientThatLeavesInTheMiddle)
