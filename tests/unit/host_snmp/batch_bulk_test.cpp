@@ -54,6 +54,17 @@ TEST_F(BatchBulk, AnswersAVariableWithoutRepetitionsOnce)
     EXPECT_THAT(bulk({{1, 1}}, 1), ElementsAre(ElementsAre("1.1.1 = item 1")));
 }
 
+TEST_F(BatchBulk, AnswersNonRepeatersOnceAmongOthers)
+{
+    served.with({1, 2, 4});
+    BatchRequest request(served.subtree, SNMP_MSG_GETBULK);
+
+    const auto answers = request.bulk({{1, 1}, {1, 3}}, 3, 1);
+
+    EXPECT_THAT(textsOf(answers[0]), ElementsAre("1.1.1 = item 1"));
+    EXPECT_THAT(textsOf(answers[1]), ElementsAre("1.3.1 = 1", "1.3.2 = 2", "1.3.4 = 4"));
+}
+
 TEST_F(BatchBulk, LeavesWhatLiesBehindTheTableToOthers)
 {
     served.with({1, 2});

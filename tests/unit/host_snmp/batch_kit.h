@@ -84,16 +84,18 @@ public:
         return shown;
     }
 
-    /// One call for all repetitions of a GETBULK; the answers by variable.
-    std::vector<std::vector<Shown>> bulk(const std::vector<ObjectId>& suffixes, int repetitions)
+    /// One call for all repetitions of a GETBULK, whose first variables, so many, have none; the
+    /// answers by variable.
+    std::vector<std::vector<Shown>> bulk(const std::vector<ObjectId>& suffixes, int repetitions,
+                                         std::size_t nonRepeaters = 0)
     {
         info_.mode = MODE_GETBULK;
-        return answer(suffixes, repetitions, false);
+        return answer(suffixes, repetitions, false, nonRepeaters);
     }
 
 private:
     std::vector<std::vector<Shown>> answer(const std::vector<ObjectId>& suffixes, int repetitions,
-                                           bool inclusive)
+                                           bool inclusive, std::size_t nonRepeaters = 0)
     {
         auto behind = subtree_.id();
         ++behind.back();
@@ -102,14 +104,15 @@ private:
         for (std::size_t i = 0; i < suffixes.size(); ++i) {
             auto name = subtree_.id();
             name.insert(name.end(), suffixes[i].begin(), suffixes[i].end());
-            for (int left = repetitions; left != 0; --left) {
+            const int times = i < nonRepeaters ? 1 : repetitions;
+            for (int left = times; left != 0; --left) {
                 snmp_varlist_add_variable(&lists[i], name.data(), name.size(), ASN_NULL, nullptr,
                                           0);
             }
             requests[i].requestvb = lists[i];
             requests[i].range_end = behind.data();
             requests[i].range_end_len = behind.size();
-            requests[i].repeat = repetitions - 1;
+            requests[i].repeat = times - 1;
             requests[i].index = static_cast<int>(i) + 1;
             requests[i].inclusive = inclusive ? 1 : 0;
             requests[i].agent_req_info = &info_;

@@ -143,7 +143,8 @@ TEST_F(RowBatchOf, ANumberThatCannotStandInANameIsNoIndex)
     EXPECT_THAT(batch().indexes(), ElementsAre(2U));
 
     package.clear();
-    RowBuilder().add(cell(CTLVCell::TLV_UINT, 3, bytesOf(std::uint64_t{1} << 32U))).into(package);
+    constexpr auto tooGreat = (std::uint64_t{1} << 32U) + 5;
+    RowBuilder().add(cell(CTLVCell::TLV_UINT, 3, bytesOf(tooGreat))).into(package);
     table.columns[kSerial].syntax = talvik::Syntax::Counter64;
     EXPECT_THAT(batch().indexes(), IsEmpty());
 }
