@@ -9,12 +9,13 @@ from alarm_table import (ALARM_ENTRY, ALARMS, CATEGORY, CLEAR_LEAF, CLEAR_SUBTRE
                          LOCATION, NODE_CODE, SERIAL, TITLE, AlarmTableTest, alarms_numbered, name, shown_cells,
                          table_of, wire_cells)
 from notifications import DISK_FAILED
-from snmp_wire import END_OF_VIEW, NULL, PlainV3Manager, numbers
+from snmp_wire import END_OF_VIEW, NULL, Answer, PlainV3Manager, numbers
 from talvik_e2e import CONFIG, ENTRY, OPERATOR, READER, ROOT, TABLE, V1
 
 ONE_DATAGRAM = 65507
 LEAF = (CLEAR_LEAF, "Gauge32", 0)
 SERIALS = [*range(2, 100, 2), 4000000000, 2 ** 32 - 1]
+TOO_BIG = Answer("tooBig", 0, [])
 MOST_VARIABLES = 1000
 SHOWN_AT_MOST = 16384  # octets of a text
 
@@ -119,7 +120,7 @@ class Sizes(LimitsTest):
                     self.assertEqual(wire_cells(answer.bindings), table_of(self.alarms[:1]))
                 else:
                     self.assertEqual((answer.error, answer.position), ("tooBig", 0))
-                    self.assertEqual({one.tag for one in answer.bindings} - {NULL}, set())
+                    self.assertEqual({one.tag for one in answer.bindings} - {NULL}, set())  # the library repeats names
 
     def test_an_answer_is_never_larger_than_the_agent_may_send(self):
         for most in (None, 1472, 4000, 65000):
@@ -216,22 +217,24 @@ class Texts(LimitsTest):
         self.check_details(wire_cells(self.manager(agent, "reader").walk(ALARMS)), 120)
 
     def test_too_big_is_for_what_does_not_fit_one_answer(self):
-        self.add_configuration("[snmp] sendMessageMaxSize 65000\n")
-        agent = self.start()
-        self.raise_long(8)
-        with self.manager(agent, "reader") as manager:
+        for configuration in ("", "[snmp] sendMessageMaxSize 65000\n"):
+            self.add_configuration(configuration)
+            agent = self.start()
+            if not configuration:
+                self.raise_long(8)
             details = [name(DETAIL, serial) for serial in range(1, 5)]
-            fits, too_big = manager.get(*details[:3]), manager.get(*details)
-            self.check_details(wire_cells(fits.bindings), 3)
-            self.assertEqual((too_big.error, too_big.position), ("tooBig", 0))
-            too_big = manager.get_next(*[name(DETAIL, serial) for serial in range(4)])
-            self.assertEqual((too_big.error, too_big.position), ("tooBig", 0))
-            bulk = manager.get_bulk(50, f"{ALARM_ENTRY}.{DETAIL}")
-            self.assertEqual(bulk.error, "noError")
-            self.assertIn(len(bulk.bindings), (1, 2, 3))
-            self.check_details(wire_cells(bulk.bindings), len(bulk.bindings))
-        result = self.tool("snmpget", agent, V1, "-Cf", *details)
-        self.assertIn("(tooBig)", result.stderr)
+            with self.subTest(configuration=configuration), self.manager(agent, "reader") as manager:
+                self.check_details(wire_cells(manager.get(*details[:3]).bindings), 3)
+                self.assertEqual(manager.get(*details), TOO_BIG)
+                self.assertEqual(manager.get_next(f"{ALARM_ENTRY}.{DETAIL}", *details[:3]), TOO_BIG)
+                bulk = manager.get_bulk(50, f"{ALARM_ENTRY}.{DETAIL}")
+                self.assertEqual((bulk.error, len(bulk.bindings)), ("noError", 3))
+                self.check_details(wire_cells(bulk.bindings), 3)
+                result = self.tool("snmpget", agent, V1, "-Cf", *details)
+                self.assertIn("(tooBig)", result.stderr)
+                for user in (READER, OPERATOR):
+                    self.assertIn("(tooBig)", self.tool("snmpget", agent, user, *details).stderr)
+            agent.stop()
 
     def test_a_text_that_the_manager_does_not_take(self):
         self.add_configuration("createUser plain\nrouser plain noauth -V talvik\n")
