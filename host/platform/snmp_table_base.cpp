@@ -2,6 +2,8 @@
 
 #include "framework/kel_exception.h"
 #include "framework/result_codes.h"
+#include "host/platform/host_log.h"
+#include "host/platform/log_text.h"
 #include "host/platform/table_batch.h"
 #include "host/snmp/request_context.h"
 #include "platform/configuration_channel.h"
@@ -13,6 +15,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +30,7 @@ using talvik::result_code::kSuccess;
 constexpr int kGet = 160;
 constexpr int kGetBulk = 165;
 constexpr unsigned int kRowsOfBulk = 50;
+constexpr unsigned int kHasMadeRows = 1;  ///< what the engine keeps in `m_uiBatch`
 
 struct QueryLimit {
     std::chrono::milliseconds limit{2000};
@@ -81,6 +85,49 @@ void addTo(Package& package, std::unique_ptr<CTLVRecordV3> record)
     record.release();
 }
 
+/// What records of the query under way could not be made rows of: one thread asks, one query at a
+/// time.
+struct LeftOut {
+    unsigned count = 0;
+    std::string key;     ///< of the last one
+    std::string reason;  ///< of the last one
+};
+
+LeftOut& leftOut()
+{
+    static LeftOut records;
+    return records;
+}
+
+/// The keys of the records that were reported.
+std::set<std::string>& reported()
+{
+    static std::set<std::string> keys;
+    return keys;
+}
+
+/// What `error` says, without what every `CKEL_Exception` begins with.
+std::string reasonOf(const CKEL_Exception& error)
+{
+    static const std::string kPrefix = "CKEL_Exception: ";
+    const std::string text = error.what();
+    return text.compare(0, kPrefix.size(), kPrefix) == 0 ? text.substr(kPrefix.size()) : text;
+}
+
+/// Logs what the query has left out: a line for each last record, a hundred in all.
+void reportLeftOut()
+{
+    constexpr std::size_t kMost = 100;
+    if (leftOut().count == 0 || reported().size() >= kMost ||
+        !reported().insert(leftOut().key).second) {
+        return;
+    }
+    talvik::hostLog()->warn(
+        "{} rows are left out, the last record that cannot be shown is {}: {}{}", leftOut().count,
+        talvik::oneLine(leftOut().key), talvik::oneLine(leftOut().reason),
+        reported().size() == kMost ? " (no more of these lines are written)" : "");
+}
+
 /// Appends the row that `record` yields. Returns how many that are, one or none.
 unsigned int appendRow(CSnmpTableBase& table, const CTLVRecordV3& record, Package& rows)
 {
@@ -97,6 +144,28 @@ unsigned int appendRow(CSnmpTableBase& table, const CTLVRecordV3& record, Packag
     }
     addTo(rows, std::move(row));
     return 1;
+}
+
+/// As above, but one record that cannot be shown must not keep the others from being shown.
+unsigned int appendRowIfPossible(CSnmpTableBase& table, const CTLVRecordV3& record,
+                                 const std::string& key, Package& rows)
+{
+    try {
+        return appendRow(table, record, rows);
+    } catch (const CKEL_Exception& error) {
+        leftOut() = {leftOut().count + 1, key, reasonOf(error)};
+        return 0;
+    }
+}
+
+/// When a handler has not made a single row yet and fails for whatever it gets, the fault is not
+/// the records': the catalogue cannot be read, for example. Then the query fails.
+void checkIsNoneForAll(bool hasMadeRows, bool atEnd)
+{
+    constexpr unsigned kEnough = 1000;
+    if (!hasMadeRows && leftOut().count != 0 && (atEnd || leftOut().count >= kEnough)) {
+        throw CKEL_Exception(leftOut().reason);
+    }
 }
 
 }  // namespace
@@ -122,6 +191,7 @@ void appendEndMark(Package& package)
 void limitTableQueries(std::chrono::milliseconds limit, BatchClock clock)
 {
     queryLimit() = {limit, std::move(clock)};
+    reported().clear();
 }
 
 }  // namespace talvik
@@ -146,6 +216,7 @@ int CSnmpTableBase::OnQueryTable(const CKEL_SnmpContext& ctx, const Package&, Pa
 int CSnmpTableBase::GetTableInfo(std::string key, Package& pkg)
 {
     m_iRequestKind = kGetBulk;
+    leftOut() = LeftOut();
     const auto end = queryLimit().clock() + queryLimit().limit;
     do {
         Package request;
@@ -156,7 +227,9 @@ int CSnmpTableBase::GetTableInfo(std::string key, Package& pkg)
         if (GetBatchTableInfo_i(request, key, nextKey, recordId, count, result, pkg) != kSuccess) {
             return result;
         }
+        checkIsNoneForAll(m_uiBatch == kHasMadeRows, nextKey == INVALID_KEY);
         if (nextKey == INVALID_KEY) {
+            reportLeftOut();
             return kSuccess;
         }
         key = std::move(nextKey);
@@ -168,6 +241,7 @@ int CSnmpTableBase::GetTableInfo(std::string key, Package& pkg)
 // One batch with a row is enough: the next query goes on behind it.
 int CSnmpTableBase::GetBatchTableInfo(std::string key, unsigned int count, Package& pkg)
 {
+    leftOut() = LeftOut();
     const auto end = queryLimit().clock() + queryLimit().limit;
     do {
         Package request;
@@ -178,11 +252,12 @@ int CSnmpTableBase::GetBatchTableInfo(std::string key, unsigned int count, Packa
         if (GetBatchTableInfo_i(request, key, nextKey, recordId, rows, result, pkg) != kSuccess) {
             return result;
         }
+        checkIsNoneForAll(m_uiBatch == kHasMadeRows, nextKey == INVALID_KEY);
         if (nextKey == INVALID_KEY) {
             talvik::appendEndMark(pkg);
-            return kSuccess;
         }
-        if (rows != 0) {
+        if (nextKey == INVALID_KEY || rows != 0) {
+            reportLeftOut();
             return kSuccess;
         }
         key = std::move(nextKey);
@@ -225,9 +300,10 @@ int CSnmpTableBase::GetBatchTableInfo_i(Package& req, std::string& key, std::str
         nextKey = getIndexOfRecord(*record);
         former = checkedNext(former, nextKey);
         if (queryRecordValidation(*record)) {
-            count += appendRow(*this, *record, rsp);
+            count += appendRowIfPossible(*this, *record, nextKey, rsp);
         }
     }
+    m_uiBatch = count != 0 ? kHasMadeRows : m_uiBatch;
     return kSuccess;
 }
 

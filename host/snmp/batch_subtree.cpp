@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace talvik {
 
@@ -22,10 +23,11 @@ bool isOpen(const netsnmp_variable_list& variable)
     return variable.type == ASN_NULL || variable.type == ASN_PRIV_RETRY;
 }
 
-/// Fills the place of a variable that the answer to a GETBULK has no room for.
+/// Fills the place of a variable that the answer to a GETBULK has no room for. At the end of the
+/// MIB the library would look for more, and rearrange what stands before it.
 void leaveOut(netsnmp_variable_list& variable)
 {
-    if (snmp_set_var_typed_value(&variable, SNMP_ENDOFMIBVIEW, nullptr, 0) != 0) {
+    if (snmp_set_var_typed_value(&variable, SNMP_NOSUCHINSTANCE, nullptr, 0) != 0) {
         throw std::bad_alloc();
     }
 }
@@ -94,27 +96,42 @@ public:
     void getBulk(netsnmp_request_info* requests)
     {
         BulkRoom room(*info_->asp->pdu);
-        for (bool more = true; more;) {
-            more = false;
-            for (auto* request = requests; request != nullptr; request = request->next) {
+        auto open = openAmong(requests);
+        while (!open.empty()) {
+            std::vector<netsnmp_request_info*> further;
+            for (auto* request : open) {
                 auto& variable = *request->requestvb;
-                if (request->processed != 0 || !isOpen(variable)) {
-                    continue;
-                }
-                if (room.hasSome()) {
-                    getNext(request);
-                    room.take(variable);
-                    request->inclusive = isOpen(variable) ? request->inclusive : 0;
-                } else {
+                if (!room.hasSome()) {
                     leaveOut(variable);
+                } else {
+                    getNext(request);
+                    if (isOpen(variable)) {  // others answer it, behind this table
+                        continue;
+                    }
+                    room.take(variable);
+                    request->inclusive = 0;
                 }
-                more = more || (request->repeat > 0 && !isOpen(variable));
+                if (request->repeat > 0) {
+                    further.push_back(request);
+                }
             }
             netsnmp_bulk_to_next_fix_requests(requests);
+            open = std::move(further);
         }
     }
 
 private:
+    static std::vector<netsnmp_request_info*> openAmong(netsnmp_request_info* requests)
+    {
+        std::vector<netsnmp_request_info*> open;
+        for (auto* request = requests; request != nullptr; request = request->next) {
+            if (request->processed == 0 && isOpen(*request->requestvb)) {
+                open.push_back(request);
+            }
+        }
+        return open;
+    }
+
     /// Fills in the first value of a column that lies behind `start`.
     Kind fillBehind(netsnmp_variable_list& variable, NextStart start)
     {

@@ -4,6 +4,7 @@
 #include "framework/snmp_handler.h"
 #include "host/link/command_result.h"
 #include "host/platform/table_batch.h"
+#include "host/snmp/bulk_response_limit.h"
 #include "host/snmp/handler_boundary.h"
 #include "host/startup_error.h"
 
@@ -15,6 +16,8 @@ namespace talvik {
 namespace {
 
 constexpr unsigned long kEntry = 1;
+constexpr int kGetBulk = 165;
+constexpr unsigned kSingleRows = 2;
 constexpr int kGet = 160;  ///< the PDU type for which a handler takes the key as that of the row
 
 std::string describe(const MibTable& table)
@@ -55,7 +58,7 @@ BatchTable::Request BatchTable::begin()
 {
     const auto now = clock_();
     kept_.trim(now);
-    return {now, std::nullopt, false};
+    return {now, std::nullopt, 0, false};
 }
 
 BatchTable::Answer BatchTable::rowAt(Request& request, const ContextSource& context,
@@ -106,6 +109,11 @@ bool BatchTable::ask(Request& request, const ContextSource& context, unsigned sh
     request.askedFirst = request.askedFirst.value_or(now);
     auto asking = context();
     asking.oid = wanted(asking, column, after);
+    // A request that goes from row to row, because what it finds is not for this manager, must not
+    // ask for each of them.
+    if (++request.asked > kSingleRows && asking.pduType != kGet) {
+        asking.pduType = kGetBulk;
+    }
     Package question;
     Package answer;
     int result = result_code::kFailed;
@@ -146,12 +154,13 @@ bool BatchTable::take(Package& answer, std::uint64_t after, Request& request)
     if (ends) {
         records.pop_back();
     }
-    RowBatch rows(table_, records, after,
+    RowBatch rows(table_, records, after, largestShownText(),
                   [this](const std::string& problem) { failures_.once(problem); });
     if (rows.indexes().empty() && !ends) {
         return fail(request, "the handler answered with no row that can be shown");
     }
     const auto end = ends ? KeptRows::kNoMore : rows.indexes().back();
+    kept_.trim(request.now);
     kept_.add(after, end, std::move(rows), request.now);
     failures_.succeeded();
     return true;

@@ -38,6 +38,7 @@ public:
     struct Request {
         Time now;                        ///< its rows are those of this moment
         std::optional<Time> askedFirst;  ///< when it had to ask the handler for the first time
+        unsigned asked = 0;              ///< how often it has asked the handler
         bool failed = false;
     };
 
@@ -59,8 +60,7 @@ public:
     BatchTable(const BatchTable&) = delete;
     BatchTable& operator=(const BatchTable&) = delete;
 
-    /// Begins a request. Its rows are not dropped, for age or for their number, until the next one
-    /// begins.
+    /// Begins a request. Its rows are not dropped for their age until the next one begins.
     Request begin();
 
     /// The row with `index`; `column` is the tag of the column that is asked for.

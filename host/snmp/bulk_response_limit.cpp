@@ -87,7 +87,7 @@ netsnmp_variable_list* lastThatFits(const netsnmp_pdu& pdu)
     return nullptr;
 }
 
-/// What tag and length of one element, and everything of a message but its variables, take at least.
+/// What tag and length of one element take at least, and everything of a message but its variables.
 constexpr unsigned long kLeastHeader = 2;
 constexpr unsigned long kLeastOverhead = 20;
 
@@ -194,6 +194,19 @@ unsigned long largestBulkResponse(const netsnmp_pdu& pdu)
         limit = static_cast<unsigned long>(configured);
     }
     return pdu.msgMaxSize > 0 ? std::min(limit, static_cast<unsigned long>(pdu.msgMaxSize)) : limit;
+}
+
+std::size_t largestShownText()
+{
+    constexpr std::size_t kAlways = 16384;
+    constexpr std::size_t kLeast = 64;
+    constexpr std::size_t kBesides = kV3Overhead + encodedSizeOf(64, 0);
+    const int configured = netsnmp_ds_get_int(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_MSG_SEND_MAX);
+    if (configured <= 0) {
+        return kAlways;
+    }
+    const auto limit = static_cast<std::size_t>(configured);
+    return limit < kBesides + kLeast ? kLeast : std::min(kAlways, limit - kBesides);
 }
 
 BulkRoom::BulkRoom(const netsnmp_pdu& pdu)

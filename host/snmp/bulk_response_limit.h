@@ -2,6 +2,8 @@
 
 #include "host/snmp/net_snmp.h"
 
+#include <cstddef>
+
 namespace talvik {
 
 /// Makes GETBULK answers fit the largest message that manager and agent allow, by leaving out
@@ -29,6 +31,9 @@ constexpr unsigned long encodedSizeOf(unsigned long nameOctets, unsigned long va
 /// configured, and otherwise what one Ethernet frame carries, or for a manager on this machine one
 /// datagram.
 unsigned long largestBulkResponse(const netsnmp_pdu& pdu);
+
+/// Octets of a text that a table may show: one that no answer can carry would end every walk.
+std::size_t largestShownText();
 
 /// How much of an answer to a GETBULK has been put together, so that nobody looks for variables
 /// that will be left out.

@@ -10,25 +10,23 @@ namespace talvik {
 
 namespace {
 
-/// A text that no datagram can carry would end every walk.
-constexpr std::size_t kMaxShownText = 16384;
-
 constexpr unsigned kTypeMask = 0xF;
 
 /// The octets as managers get them: text for people is cleaned, all else stays.
-std::string shownOctets(const CTLVCell& cell, std::string octets)
+std::string shownOctets(const CTLVCell& cell, std::string octets, std::size_t maxText)
 {
     if ((cell.usTagWord & kTypeMask) != CTLVCell::TLV_STRING) {
         return octets;
     }
-    return shortened(plainText(std::move(octets)), kMaxShownText);
+    return shortened(plainText(std::move(octets)), maxText);
 }
 
 }  // namespace
 
 RowBatch::RowBatch(const MibTable& table, const std::vector<CTLVRecordV3*>& records,
-                   std::uint64_t after, const ProblemSink& problem)
-    : table_(&table)
+                   std::uint64_t after, std::size_t maxText, const ProblemSink& problem)
+    : table_(&table),
+      maxText_(maxText)
 {
     indexes_.reserve(records.size());
     values_.reserve(records.size() * table.columns.size());
@@ -79,7 +77,7 @@ RowBatch::Stored RowBatch::store(const CTLVRecordV3& record, const MibColumn& co
     if (value->syntax != Syntax::OctetString) {
         return {value->number, 0, true};
     }
-    const auto octets = shownOctets(**place, std::move(value->octets));
+    const auto octets = shownOctets(**place, std::move(value->octets), maxText_);
     return {keep(octets, position), static_cast<std::uint32_t>(octets.size()), true};
 }
 

@@ -30,9 +30,10 @@ public:
 
     /// The rows of a handler's answer, as far as their indexes lie behind `after` and ascend. What
     /// is left out is told to `problem`: a short text that is the same for the same kind of fault.
+    /// Texts are cleaned and cut to `maxText` octets.
     /// `table` must outlive this object.
     RowBatch(const MibTable& table, const std::vector<CTLVRecordV3*>& records, std::uint64_t after,
-             const ProblemSink& problem);
+             std::size_t maxText, const ProblemSink& problem);
 
     /// The indexes of the rows, ascending.
     const std::vector<std::uint32_t>& indexes() const { return indexes_; }
@@ -61,6 +62,7 @@ private:
     std::int64_t keep(const std::string& octets, std::size_t position);
 
     const MibTable* table_ = nullptr;
+    std::size_t maxText_ = 0;
     std::vector<std::uint32_t> indexes_;
     std::vector<Stored> values_;  ///< row by row, one a column
     std::string octets_;

@@ -17,6 +17,7 @@ LEAF = (CLEAR_LEAF, "Gauge32", 0)
 SERIALS = [*range(2, 100, 2), 4000000000, 2 ** 32 - 1]
 TOO_BIG = Answer("tooBig", 0, [])
 MOST_VARIABLES = 1000
+TEXT_TWICE = 508010002  # its detail shows its first parameter twice
 SHOWN_AT_MOST = 16384  # octets of a text
 
 # Communities, each with a view of its own, and what of the table it hides. The mask leaves the column open.
@@ -139,13 +140,23 @@ class Sizes(LimitsTest):
             agent.stop()
 
     def test_any_bulk_is_answered_with_what_is_due(self):
+        self.check_any_bulk()
+
+    def test_any_bulk_is_answered_with_what_is_due_where_little_fits(self):
+        self.alarms = alarms_numbered(range(1, 301))
+        self.add_configuration("[snmp] sendMessageMaxSize 1472\n")
+        self.check_any_bulk(most=1472 // 15)  # beyond that the library leaves some variables NULL
+
+    def check_any_bulk(self, most=MOST_VARIABLES):
         agent = self.start_with(self.alarms)
         mib = self.mib(agent)
         with self.manager(agent, "reader") as manager:
             for _ in range(600):
                 names = [self.start_of_request() for _ in range(self.chance.randrange(1, 9))]
                 non_repeaters = self.chance.randrange(len(names) + 1)
-                self.check_bulk(manager, mib, non_repeaters, self.chance.choice((0, 1, 2, 5, 20, 50, 60)), names)
+                repetitions = self.chance.choice((0, 1, 2, 5, 20, 50, 60))
+                if non_repeaters + repetitions * (len(names) - non_repeaters) < most:
+                    self.check_bulk(manager, mib, non_repeaters, repetitions, names)
 
 
 class Views(LimitsTest):
@@ -215,6 +226,27 @@ class Texts(LimitsTest):
                 self.check_details(found, 120)
                 self.assertEqual(len(found), 120 * (11 if user == V1 else 12))
         self.check_details(wire_cells(self.manager(agent, "reader").walk(ALARMS)), 120)
+
+    def test_walks_get_past_long_texts_where_little_fits(self):
+        self.add_configuration("[snmp] sendMessageMaxSize 1472\n")
+        agent = self.start()
+        self.raise_long(6)
+        for tool in ("snmpwalk", "snmpbulkwalk"):
+            result = self.tool(tool, agent, READER, "-Ox", ALARMS)
+            self.assertEqual((result.returncode, result.stderr), (0, ""))
+            self.assertEqual(len(shown_cells(result.stdout)), 6 * len(COLUMNS))
+
+    def test_an_alarm_whose_text_is_too_long_does_not_hide_the_others(self):
+        agent = self.start()
+        client = self.client()
+        for number in range(60):
+            client.raise_alarm(DISK_FAILED, f"DAE000,{number},SN,1".encode())
+            if number % 20 == 0:
+                client.raise_alarm(TEXT_TWICE, b"x" * 32750 + b",d")
+        for tool in ("snmpwalk", "snmpbulkwalk"):
+            lines = self.lines(tool, agent, READER, f"{ALARM_ENTRY}.{SERIAL}")
+            self.assertEqual(len(lines), 60)
+        agent.wait_for_log("rows are left out")
 
     def test_too_big_is_for_what_does_not_fit_one_answer(self):
         for configuration in ("", "[snmp] sendMessageMaxSize 65000\n"):

@@ -6,7 +6,6 @@ namespace {
 
 using namespace talvik::test;
 using namespace std::string_literals;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "framework/kel_exception.h"
 #include "host/link/configuration_link.h"
 #include "host/platform/table_batch.h"
 #include "host/snmp/request_context.h"
@@ -31,6 +32,7 @@ constexpr unsigned short kKeyTag = 3;
 constexpr unsigned short kNoMark = 0;
 constexpr unsigned short kNoRowTag = 5;
 constexpr unsigned short kHiddenTag = 6;
+constexpr unsigned short kBrokenTag = 8;
 
 /// Makes its requests as the handler of the active alarms does, and its rows of the key alone.
 class KeyedTable : public CSnmpTableBase {
@@ -53,6 +55,9 @@ public:
 
     void fillRspRecord(const CTLVRecordV3& record, CTLVRecordV3* row) override
     {
+        if (record.find(kBrokenTag) != record.pCells->end()) {
+            throw CKEL_Exception("broken record");
+        }
         if (record.find(kNoRowTag) == record.pCells->end()) {
             add(*row, 1, CTLVCell::ValueCast<unsigned int>()(record[kKeyTag]));
         }

@@ -96,6 +96,19 @@ TEST_F(BatchBulk, LooksForNothingThatTheAnswerHasNoRoomFor)
     EXPECT_THAT(served.script.asked, SizeIs(1)) << "50 rows are more than enough";
 }
 
+TEST_F(BatchBulk, TakesNoRoomForWhatOthersAnswer)
+{
+    for (std::uint32_t index = 1; index <= 1000; ++index) {
+        served.with({index});
+    }
+    const auto alone = bulk({{1, 1}}, 1000).front();
+
+    const auto answers = bulk({{2, 4711, 4711, 4711, 4711, 4711}, {1, 1}}, 1000);
+
+    EXPECT_THAT(answers[0], testing::Each("end"));
+    EXPECT_EQ(answers[1], alone);
+}
+
 TEST_F(BatchBulk, FailsOnceForAllVariables)
 {
     served.script.instead = [](BatchPackage&) { return 7; };

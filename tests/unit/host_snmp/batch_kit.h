@@ -142,12 +142,10 @@ private:
         case ASN_NULL:
         case ASN_PRIV_RETRY:
             return {suffix, "end"};
-        case SNMP_ENDOFMIBVIEW:
-            return {suffix, "no room"};
         case SNMP_NOSUCHOBJECT:
             return {suffix, "noSuchObject"};
         case SNMP_NOSUCHINSTANCE:
-            return {suffix, "noSuchInstance"};
+            return {suffix, info_.mode == MODE_GETBULK ? "no room" : "noSuchInstance"};
         case ASN_OCTET_STR:
             return {suffix,
                     {variable.val.string, variable.val.string + variable.val_len},

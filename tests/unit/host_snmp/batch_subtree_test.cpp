@@ -14,7 +14,6 @@ namespace {
 using namespace talvik::test;
 using talvik::ObjectId;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 

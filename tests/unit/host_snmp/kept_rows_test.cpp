@@ -27,7 +27,7 @@ protected:
         for (const auto index : indexes) {
             itemRow(index).into(package);
         }
-        return RowBatch(table, package.oRecords, 0, [](const std::string&) {});
+        return RowBatch(table, package.oRecords, 0, 16384, [](const std::string&) {});
     }
 
     void add(std::uint64_t after, std::uint64_t end, const std::vector<std::uint32_t>& indexes)

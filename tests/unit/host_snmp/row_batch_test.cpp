@@ -27,7 +27,7 @@ class RowBatchOf : public testing::Test {
 public:
     RowBatch batch(std::uint64_t after = 0)
     {
-        return RowBatch(table, package.oRecords, after,
+        return RowBatch(table, package.oRecords, after, 16384,
                         [this](const std::string& problem) { problems.push_back(problem); });
     }
 
