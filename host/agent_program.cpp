@@ -1,6 +1,7 @@
 #include "host/agent_program.h"
 
 #include "backend/back_end.h"
+#include "backend/unix_address.h"
 #include "framework/snmp_handler.h"
 #include "host/descriptor_limit.h"
 #include "host/installation_paths.h"
@@ -206,6 +207,14 @@ BackendChoice backendOf(const AgentOptions& options)
     return choice;
 }
 
+void checkSocket(const AgentOptions& options)
+{
+    if (!backend::unixAddress(options.socket)) {
+        throw StartupError("the socket for talvikctl: " +
+                           backend::unixAddressRefusal(options.socket) + " with --socket");
+    }
+}
+
 /// How long a request may wait for the rows of tables that are driven in batches.
 BatchTable::Limits batchLimits(const AgentOptions& options)
 {
@@ -272,6 +281,7 @@ std::list<std::string> startFiles(const AgentOptions& options, const ServedModul
 void runAgent(const AgentOptions& options, const StopSignals& signals)
 {
     allowManyDescriptors();
+    checkSocket(options);
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
@@ -301,6 +311,7 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
 
 void checkAgent(const AgentOptions& options)
 {
+    checkSocket(options);
     const auto device = DeviceConfigFile::load(options.deviceFile);
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());

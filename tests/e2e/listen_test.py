@@ -20,6 +20,10 @@ class Listen(TalvikTest):
             with self.subTest(endpoint=endpoint):
                 self.assert_refuses_to_start(endpoint, "cannot listen", listen=endpoint)
 
+    def test_a_socket_path_that_is_too_long(self):
+        path = self.folder / ("s" * 108)
+        self.assert_refuses_to_start("the socket for talvikctl", str(path), "at most 107", "--socket", socket=path)
+
     def test_several_endpoints(self):
         ports = [free_port(), free_port()]
         arguments = self.arguments(ports[0]) + ["--listen", f"udp:127.0.0.1:{ports[1]}"]

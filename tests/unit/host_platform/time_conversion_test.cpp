@@ -1,9 +1,10 @@
 #include "platform/time_conversion.h"
 
+#include "tests/support/time_zone.h"
+
 #include <gtest/gtest.h>
 #include <snmp_pp/snmp_pp.h>
 
-#include <cstdlib>
 #include <ctime>
 #include <limits>
 #include <ostream>
@@ -13,40 +14,12 @@
 
 namespace {
 
+using talvik::test::TimeZone;
+
 constexpr long kLongest = std::numeric_limits<long>::max();
 constexpr long kShortest = std::numeric_limits<long>::min();
 constexpr long kLastSecondOf65535 = 2005949145599;
 constexpr long kFirstSecondOf0 = -62167219200;
-
-/// The local time zone while this lives.
-class Zone {
-public:
-    explicit Zone(const char* zone)
-    {
-        const char* former = std::getenv("TZ");
-        wasSet_ = former != nullptr;
-        former_ = wasSet_ ? former : "";
-        install(zone);
-    }
-    ~Zone() { install(wasSet_ ? former_.c_str() : nullptr); }
-
-    Zone(const Zone&) = delete;
-    Zone& operator=(const Zone&) = delete;
-
-private:
-    static void install(const char* zone)
-    {
-        if (zone == nullptr) {
-            unsetenv("TZ");
-        } else {
-            setenv("TZ", zone, 1);
-        }
-        tzset();
-    }
-
-    bool wasSet_ = false;
-    std::string former_;
-};
 
 std::string dateAndTime(long seconds)
 {
@@ -76,7 +49,7 @@ class TimeConversion : public testing::TestWithParam<Moment> {};
 
 TEST_P(TimeConversion, GivesOctetsAndTextOfTheSameMoment)
 {
-    const Zone zone(GetParam().zone);
+    const TimeZone zone(GetParam().zone);
 
     EXPECT_EQ(dateAndTime(GetParam().seconds),
               std::string(GetParam().octets.begin(), GetParam().octets.end()));
@@ -173,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(Moments, TimeConversion, testing::ValuesIn(kMoments),
 
 TEST(TimeConversionThreads, ConvertAtOnce)
 {
-    const Zone zone(kBerlin);
+    const TimeZone zone(kBerlin);
     std::vector<std::string> texts(8);
     std::vector<std::thread> threads;
     for (auto& text : texts) {
