@@ -16,8 +16,8 @@ namespace talvik::backend {
 constexpr std::size_t kMaxParameters = std::size_t{32} << 10U;
 constexpr std::size_t kMaxRequester = 255;
 
-/// What one answer about active alarms holds at most: alarms, and bytes of parameters of which the
-/// last ones begin before it.
+/// How many alarms one answer about active alarms holds at most, and beyond how many bytes of
+/// parameters it begins no further alarm.
 constexpr std::uint32_t kMaxAlarmsInPage = 1000;
 constexpr std::size_t kMaxParametersInPage = std::size_t{1} << 20U;
 

@@ -178,7 +178,8 @@ void SocketServer::acceptAll(Time now)
 }
 
 /// Disconnects the client that has been idle for the longest time; whoever needs its connection
-/// again connects anew. Clients must not be able to keep the host out by doing nothing.
+/// again connects anew. Clients must not be able to keep the host out by doing nothing. Returns
+/// false when none is idle.
 bool SocketServer::makeRoom()
 {
     const auto idle = std::find_if(clients_.begin(), clients_.end(),

@@ -15,6 +15,7 @@ constexpr const char* kServeContainer = "--serve-container";
 /// Variables of a row of the current alarm table.
 constexpr std::size_t kAlarmColumns = 12;
 
+/// The OID of the current alarm table.
 ObjectId alarmTable();
 
 /// An agent with the current alarm table, started by this object and ended with it.

@@ -32,6 +32,7 @@ struct TableRows {
 /// Writes `rows` for `readRows` of the same program. Throws `std::runtime_error` when it cannot.
 void writeRows(const std::string& path, const TableRows& rows);
 
+/// What `writeRows` wrote to `path`. Throws a `std::exception` when it cannot be read.
 TableRows readRows(const std::string& path);
 
 }  // namespace talvik::bench

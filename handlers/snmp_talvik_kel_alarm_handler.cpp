@@ -107,6 +107,8 @@ Snmp_pp::OctetStr octetsOf(long time, bool dateAndTime)
 
 }  // namespace
 
+// Contract: the command's number is read here and never again, unlike that of a clear; hosts
+// install their configuration before they ask for handlers.
 CSnmpTalvikKelAlarmHandler::CSnmpTalvikKelAlarmHandler()
     : commandCode(talvik::commandNumber("GET_CURRENT_ALARM"))
 {
@@ -172,6 +174,8 @@ std::string CSnmpTalvikKelAlarmHandler::getIndexOfRecord(const CTLVRecordV3& rec
     return record[tag::kSerialNo]->toString();
 }
 
+// Contract: the length alone counts, not what stands before the key; hosts' table engines pass OIDs
+// of this table only.
 std::string CSnmpTalvikKelAlarmHandler::getMibKey(const Agentpp::Oidx& oid)
 {
     if (oid.len() != kKeyedOidLength) {

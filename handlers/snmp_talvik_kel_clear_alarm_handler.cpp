@@ -33,12 +33,14 @@ int CSnmpTalvikKelClearAlarmHandler::OnSetLeaf(const CKEL_SnmpContext&,
                                                CTLVPackageV3<TLVMsgHeadV3>& rsp)
 {
     CKELDebugKitGuard guard(talvik::kLogModule, __PRETTY_FUNCTION__);
+    // Contract: read at every set, unlike the table's; hosts may change their configuration.
     const auto number = talvik::commandNumber("CLEAR_ALARM");
     // Contract: nothing is validated, not even that the alarm is there; the back end's result tells
     // managers.
     const auto serial = talvik::numberIn<unsigned int>(*req[0], tag::kRequestedSerialNo);
 
     CTLVPackageV3<TLVMsgHeadV3> command;
+    // Contract: this word of the header alone goes on; back ends read it.
     command.oHead.uiWord3 = req.oHead.uiWord3;
     talvik::appendRecord(command, clearCommand(number, serial));
     const int result = CSNMP_Configuration::instance()->configure(command, rsp, false, false);

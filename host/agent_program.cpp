@@ -215,7 +215,8 @@ void checkSocket(const AgentOptions& options)
     }
 }
 
-/// How long a request may wait for the rows of tables that are driven in batches.
+/// How long a request goes on asking for rows of tables that are driven in batches; the table
+/// engine is told its part of it here.
 BatchTable::Limits batchLimits(const AgentOptions& options)
 {
     BatchTable::Limits limits;

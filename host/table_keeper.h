@@ -20,7 +20,7 @@ public:
     /// The back end has reported `record`, an alarm's.
     void reported(const CTLVRecordV3& record);
 
-    /// Anything may have changed.
+    /// Anything may have changed: all rows are asked for anew.
     void dropRows();
 
     int descriptor() const override { return -1; }

@@ -10,6 +10,7 @@
 
 namespace talvik::ctl {
 
+/// A limit that no list of alarms reaches.
 constexpr auto kAllAlarms = std::numeric_limits<std::uint32_t>::max();
 
 /// What a `talvikctl alarm` command was asked.

@@ -13,6 +13,7 @@ enum class CommandOutcome {
     Failed
 };
 
+/// What `result` comes to; `Failed` for a number that nobody knows.
 CommandOutcome outcomeOf(int result);
 
 /// A result other than 0 in words and as a number, for a log line:

@@ -85,7 +85,7 @@ void addTo(Package& package, std::unique_ptr<CTLVRecordV3> record)
     record.release();
 }
 
-/// What records of the query under way could not be made rows of: one thread asks, one query at a
+/// The records of the query under way that no row could be made of. One thread asks, one query at a
 /// time.
 struct LeftOut {
     unsigned count = 0;
@@ -114,7 +114,8 @@ std::string reasonOf(const CKEL_Exception& error)
     return text.compare(0, kPrefix.size(), kPrefix) == 0 ? text.substr(kPrefix.size()) : text;
 }
 
-/// Logs what the query has left out: a line for each last record, a hundred in all.
+/// Logs how many records the query has left out, and why the last of them; not twice for the same
+/// last record, and no more than a hundred lines in all.
 void reportLeftOut()
 {
     constexpr std::size_t kMost = 100;
@@ -158,8 +159,8 @@ unsigned int appendRowIfPossible(CSnmpTableBase& table, const CTLVRecordV3& reco
     }
 }
 
-/// When a handler has not made a single row yet and fails for whatever it gets, the fault is not
-/// the records': the catalogue cannot be read, for example. Then the query fails.
+/// Throws when a handler that has never made a row fails for whatever it gets: then the fault is
+/// not the records', but that the catalogue cannot be read, for example.
 void checkIsNoneForAll(bool hasMadeRows, bool atEnd)
 {
     constexpr unsigned kEnough = 1000;

@@ -6,8 +6,8 @@
 #include <functional>
 
 /// What the table engine of this host, the bodies of `CSnmpTableBase`, and the code that drives it
-/// agree on. A query's rows come by ascending key; the last record is an end mark if nothing
-/// follows them. A query gets at least one row or the end mark.
+/// in batches agree on. A query's rows come by ascending key; the last record is an end mark if
+/// nothing follows them. A query gets at least one row or the end mark.
 namespace talvik {
 
 /// A record that holds a cell with this tag is no row: nothing follows what stands before it. Back
@@ -23,7 +23,8 @@ void appendEndMark(CTLVPackageV3<TLVMsgHeadV3>& package);
 using BatchClock = std::function<std::chrono::steady_clock::time_point()>;
 
 /// How long a query goes on asking the back end for the next batch: when none has given a row yet,
-/// or, of a whole table, when it is not complete. `clock` is for tests.
+/// or, of a whole table, when it is not complete. Forgets which records that cannot be shown were
+/// logged. On the thread that queries; `clock` is for tests.
 void limitTableQueries(std::chrono::milliseconds limit,
                        BatchClock clock = &std::chrono::steady_clock::now);
 

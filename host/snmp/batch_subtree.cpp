@@ -23,8 +23,8 @@ bool isOpen(const netsnmp_variable_list& variable)
     return variable.type == ASN_NULL || variable.type == ASN_PRIV_RETRY;
 }
 
-/// Fills the place of a variable that the answer to a GETBULK has no room for. At the end of the
-/// MIB the library would look for more, and rearrange what stands before it.
+/// Fills the place of a variable that the answer to a GETBULK has no room for. Not with
+/// endOfMibView: the library would look for more, and rearrange what stands before it.
 void leaveOut(netsnmp_variable_list& variable)
 {
     if (snmp_set_var_typed_value(&variable, SNMP_NOSUCHINSTANCE, nullptr, 0) != 0) {

@@ -39,7 +39,7 @@ public:
         Time now;                        ///< its rows are those of this moment
         std::optional<Time> askedFirst;  ///< when it had to ask the handler for the first time
         unsigned asked = 0;              ///< how often it has asked the handler
-        bool failed = false;
+        bool failed = false;             ///< the handler is not asked again in this request
     };
 
     /// A row, in a batch that is valid until the next call.
@@ -63,20 +63,22 @@ public:
     /// Begins a request. Its rows are not dropped for their age until the next one begins.
     Request begin();
 
-    /// The row with `index`; `column` is the tag of the column that is asked for.
+    /// The row with `index`, asked for if it is not kept; `None` when the table has no such row.
+    /// `column` is the tag of the column that is asked for.
     Answer rowAt(Request& request, const ContextSource& context, unsigned short column,
                  std::uint32_t index);
 
-    /// The first row with a greater index than `after`; 0 for the first of all.
+    /// As above, the first row with a greater index than `after`; 0 for the first of all.
     Answer rowBehind(Request& request, const ContextSource& context, unsigned short column,
                      std::uint64_t after);
 
-    /// What is known from elsewhere: the row is gone; there is a row; anything may have changed.
+    /// What is known from elsewhere: the row is gone; there is one, or may be; anything may have
+    /// changed.
     void rowIsGone(std::uint32_t index) { kept_.forget(index); }
     void rowExists(std::uint32_t index) { kept_.expect(index); }
     void dropRows() { kept_.clear(); }
 
-    /// Drops the rows that are too old, and when there will be some again.
+    /// Drops the rows that are too old; `nextExpiry` says when there will be some again.
     void trim() { kept_.trim(clock_()); }
     Time nextExpiry() const { return kept_.nextExpiry(); }
 

@@ -167,8 +167,8 @@ private:
 
 }  // namespace talvik
 
-// `bulk` is set for the answer to a GETBULK, whose variables may be left out from the end. Managers
-// get everything built here.
+// Builds every message for a manager. `bulk` is set for the answer to a GETBULK, whose variables
+// may be left out from the end.
 extern "C" __attribute__((visibility("default"))) int
 _build_initial_pdu_packet(session_list* session, netsnmp_pdu* pdu, int bulk)
 {

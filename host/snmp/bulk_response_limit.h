@@ -13,7 +13,7 @@ namespace talvik {
 /// where the library copies them back or sends nothing.
 ///
 /// The library has no hook for this. This unit therefore defines the function that the library's
-/// agent builds a GETBULK answer with, `_build_initial_pdu_packet`, itself and in front of the
+/// agent builds messages with, `_build_initial_pdu_packet`, itself and in front of the
 /// original, which it calls. Calling this function makes sure that the unit is part of the program,
 /// and throws `StartupError` when the library has no such original or would call another than this
 /// one.

@@ -9,7 +9,7 @@
 
 namespace talvik {
 
-/// What one manager may see of a table's columns (RFC 3415), for who answers a GETBULK without
+/// What one manager may see of a table's columns (RFC 3415), for whoever answers a GETBULK without
 /// net-snmp's own check. A column that lies in the view, or outside of it, as a whole is looked up
 /// once. Lives for one request.
 class ColumnViews {

@@ -13,7 +13,7 @@ namespace talvik {
 
 /// The rows of a table that were asked for a short while ago, and what is known of the places
 /// between them. Kept by stretches: a stretch begins behind an index and knows all rows up to its
-/// end.
+/// end. Used by one thread at a time.
 class KeptRows {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -22,8 +22,8 @@ public:
     static constexpr std::uint64_t kNoMore = std::numeric_limits<std::uint64_t>::max();
 
     struct Limits {
-        std::chrono::milliseconds lifetime;
-        std::size_t size;  ///< bytes of memory, about
+        std::chrono::milliseconds lifetime;  ///< of what is known, from when it was added
+        std::size_t size;                    ///< bytes of memory, about
     };
 
     explicit KeptRows(Limits limits) : limits_(limits) {}
@@ -54,6 +54,7 @@ public:
     /// is none.
     void expect(std::uint64_t index);
 
+    /// Drops everything.
     void clear();
 
     /// Drops what is too old, and the oldest of what is too much. What `firstBehind` found before

@@ -58,8 +58,8 @@ struct MibTable {
 struct MibScalar {
     std::string name;
     ObjectId id;
-    MibColumn
-        cell;  ///< the cell of the handler's record: its name is the scalar's, its tag may be 0
+    /// The cell of the handler's record: its name is the scalar's, its tag may be 0.
+    MibColumn cell;
 };
 
 /// An object that is seen in notifications only; its instance is `id`.0.

@@ -8,8 +8,9 @@ namespace talvik {
 class Subtree;
 
 /// Answers SNMP requests from what the module serves: one registration with net-snmp's agent
-/// library a table or scalar. net-snmp repeats GETNEXT for a GETBULK, so that views are checked for
-/// every variable.
+/// library a table or scalar. net-snmp repeats GETNEXT for a GETBULK, and checks each variable
+/// against the manager's view, unless a subtree does both itself (`Subtree::answersBulk`). On the
+/// agent's thread only.
 class RequestBridge {
 public:
     RequestBridge();

@@ -17,6 +17,6 @@ public:
     std::string user;  ///< the v3 user, or the community; secret for v1 and v2c, so not for the log
     std::string contextName;  ///< v3 only
     std::string source;       ///< who asks, as text: "UDP: [127.0.0.1]:40000->[127.0.0.1]:1161"
-    talvik::ObjectId
-        oid;  ///< what a query of a table in batches looks for, relative to the MIB's root
+    /// What a query of a table in batches looks for, relative to the MIB's root.
+    talvik::ObjectId oid;
 };

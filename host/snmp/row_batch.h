@@ -30,8 +30,7 @@ public:
 
     /// The rows of a handler's answer, as far as their indexes lie behind `after` and ascend. What
     /// is left out is told to `problem`: a short text that is the same for the same kind of fault.
-    /// Texts are cleaned and cut to `maxText` octets.
-    /// `table` must outlive this object.
+    /// Texts are cleaned and cut to `maxText` octets. `table` must outlive this object.
     RowBatch(const MibTable& table, const std::vector<CTLVRecordV3*>& records, std::uint64_t after,
              std::size_t maxText, const ProblemSink& problem);
 

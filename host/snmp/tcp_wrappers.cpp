@@ -72,7 +72,7 @@ extern "C" __attribute__((visibility("default"))) int hosts_ctl(char* daemon, ch
     const auto ask = [&] { return original(daemon, client, address, user) != 0; };
     try {
         return talvik::admitted().admit(talvik::nameOf(daemon, client, address, user), ask) ? 1 : 0;
-    } catch (...) {  // no memory for a copy: the wrappers take none
+    } catch (...) {  // no memory to remember the manager with: the wrappers need none
         return ask() ? 1 : 0;
     }
 }
