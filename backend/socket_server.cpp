@@ -38,6 +38,13 @@ ucred peerOf(int fd)
     return peer;
 }
 
+/// Whether something has arrived that was not read yet.
+bool hasUnread(int fd)
+{
+    char octet = 0;
+    return ::recv(fd, &octet, sizeof octet, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
 }  // namespace
 
 SocketServer::SocketServer(const CommandServer& commands, const std::string& path,
@@ -132,6 +139,7 @@ void SocketServer::serveClients(const std::vector<pollfd>& events, bool woken)
         } else {
             client = clients_.erase(client);
             refusing_ = false;
+            makingRoom_ = false;
         }
     }
     clients_.splice(clients_.end(), active);
@@ -182,14 +190,20 @@ void SocketServer::acceptAll(Time now)
 /// false when none is idle.
 bool SocketServer::makeRoom()
 {
-    const auto idle = std::find_if(clients_.begin(), clients_.end(),
-                                   [](const Client& client) { return client.session.isIdle(); });
+    const auto idle = std::find_if(clients_.begin(), clients_.end(), [](const Client& client) {
+        return client.session.isIdle() && !hasUnread(client.session.fd());
+    });
     if (idle == clients_.end()) {
         return false;
     }
-    backendLog()->warn("{} is disconnected: {} clients are connected, no more are allowed, and it "
-                       "has been idle for the longest time",
-                       idle->name, clients_.size());
+    if (!makingRoom_) {
+        backendLog()->warn("{} is disconnected: {} clients are connected, no more are allowed, and "
+                           "it has been idle for the longest time; further ones are not logged "
+                           "until one leaves",
+                           idle->name, clients_.size());
+    }
+    makingRoom_ = true;
+    refusing_ = false;
     clients_.erase(idle);
     return true;
 }

@@ -60,7 +60,8 @@ private:
     ListeningSocket listener_;
     std::list<Client> clients_;  ///< those that have been idle for the longest time first
     unsigned long admitted_ = 0;
-    bool refusing_ = false;  // a client was refused for lack of room and none has left since
+    bool makingRoom_ = false;  // a client was disconnected for another and none has left since
+    bool refusing_ = false;    // a client was refused for lack of room and none has left since
     Time acceptAgain_ = Time::min();  // no accepting before this: the process is out of resources
 };
 

@@ -217,7 +217,7 @@ void checkSocket(const AgentOptions& options)
 
 /// How long a request goes on asking for rows of tables that are driven in batches; the table
 /// engine is told its part of it here.
-BatchTable::Limits batchLimits(const AgentOptions& options)
+BatchTable::Limits limitTables(const AgentOptions& options)
 {
     BatchTable::Limits limits;
     limits.asking = std::chrono::milliseconds(options.backendTimeout);
@@ -297,7 +297,7 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     preparePersistentDirectory(persistentDir);
     const auto engine = engineStore(options).begin();
     SnmpAgent agent({options.configFile, persistentDir, options.listen, engine});
-    module.serve(agent, keeper, batchLimits(options));
+    module.serve(agent, keeper, limitTables(options));
     agent.configure();
     NotificationService notifications(notificationSettings(options, choice, device, module, keeper),
                                       trapStore.store(), served.commands(), served.work());
@@ -325,7 +325,7 @@ void checkAgent(const AgentOptions& options)
     const TrapStore noDestinations(scratch.path());
     SnmpAgent agent(
         {options.configFile, scratch.path(), options.listen, engineStore(options).preview()});
-    module.serve(agent, keeper, batchLimits(options));
+    module.serve(agent, keeper, limitTables(options));
     const auto warnings = agent.configure();
     if (!warnings.empty()) {
         throw StartupError("agent configuration " + warnings.front());

@@ -4,6 +4,7 @@
 #include "host/snmp/batch_table.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 class CTLVRecordV3;

@@ -28,7 +28,7 @@ constexpr Meaning kMeanings[] = {
     {result::kStoreFailed, CommandOutcome::Unavailable, "the file of the alarms cannot be written"},
     {BackendLink::kUnreachable, CommandOutcome::Unavailable, "the back end cannot be reached"},
     {BackendLink::kTimedOut, CommandOutcome::Unavailable,
-     "the back end does not answer in time; it may have done it nonetheless"},
+     "the back end does not answer in time; what was asked for may have been done"},
 };
 
 constexpr Meaning kUnknown = {0, CommandOutcome::Failed, "the handler failed"};

@@ -124,8 +124,9 @@ void reportLeftOut()
         return;
     }
     talvik::hostLog()->warn(
-        "{} rows are left out, the last record that cannot be shown is {}: {}{}", leftOut().count,
-        talvik::oneLine(leftOut().key), talvik::oneLine(leftOut().reason),
+        "{} of the back end's records cannot be shown and are left out of their table, the last "
+        "one is {}: {}{}",
+        leftOut().count, talvik::oneLine(leftOut().key), talvik::oneLine(leftOut().reason),
         reported().size() == kMost ? " (no more of these lines are written)" : "");
 }
 
@@ -235,8 +236,9 @@ int CSnmpTableBase::GetTableInfo(std::string key, Package& pkg)
         }
         key = std::move(nextKey);
     } while (queryLimit().clock() < end);
-    throw CKEL_Exception("the table is complete only up to " + key +
-                         ", and the time limit of the query has passed");
+    throw CKEL_Exception(
+        "the table is complete only up to " + key +
+        ", and the time limit of the query has passed (--backend-timeout sets it)");
 }
 
 // One batch with a row is enough: the next query goes on behind it.
@@ -264,7 +266,9 @@ int CSnmpTableBase::GetBatchTableInfo(std::string key, unsigned int count, Packa
         key = std::move(nextKey);
         m_iRequestKind = kGetBulk;  // whatever was asked for lies farther on
     } while (queryLimit().clock() < end);
-    throw CKEL_Exception("no row up to " + key + ", and the time limit of the query has passed");
+    throw CKEL_Exception(
+        "no row up to " + key +
+        ", and the time limit of the query has passed (--backend-timeout sets it)");
 }
 
 // `count` comes in as the most rows that are wanted and goes out as how many there are; `nextKey`

@@ -104,7 +104,8 @@ bool BatchTable::ask(Request& request, const ContextSource& context, unsigned sh
     const auto now = clock_();
     if (now - request.askedFirst.value_or(now) >= limits_.asking) {
         return fail(request, "the rows of one request take longer than " +
-                                 std::to_string(limits_.asking.count()) + " ms");
+                                 std::to_string(limits_.asking.count()) +
+                                 " ms (--backend-timeout sets that)");
     }
     request.askedFirst = request.askedFirst.value_or(now);
     auto asking = context();

@@ -8,6 +8,7 @@
 #include <deque>
 #include <limits>
 #include <map>
+#include <utility>
 
 namespace talvik {
 

@@ -12,7 +12,7 @@ from alarm_table import (ALARM_ENTRY, COLUMNS, DETAIL, LOCATION, SERIAL, AlarmTa
 from backend_wire import SUBSCRIBE_NOTIFICATIONS, BackendClient
 from notifications import DISK_FAILED, disk
 from snmp_wire import GET_BULK, NO_SUCH_INSTANCE, Manager, numbers
-from talvik_e2e import SOURCE
+from talvik_e2e import LIMIT, SOURCE
 
 MIB = "KEL-TALVIK-MIB.json"
 STORM = 4  # seconds of raising and clearing
@@ -130,7 +130,8 @@ class Changing(AlarmTableTest):
         for thread in (changer, *walkers):
             thread.start()
         for thread in (changer, *walkers):
-            thread.join()
+            thread.join(LIMIT)
+            self.assertFalse(thread.is_alive(), "a walk or the changes do not end")
         for thread in (changer, *walkers):
             if thread.error:
                 raise thread.error

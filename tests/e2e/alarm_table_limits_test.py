@@ -246,7 +246,7 @@ class Texts(LimitsTest):
         for tool in ("snmpwalk", "snmpbulkwalk"):
             lines = self.lines(tool, agent, READER, f"{ALARM_ENTRY}.{SERIAL}")
             self.assertEqual(len(lines), 60)
-        agent.wait_for_log("rows are left out")
+        agent.wait_for_log("cannot be shown and are left out")
 
     def test_too_big_is_for_what_does_not_fit_one_answer(self):
         for configuration in ("", "[snmp] sendMessageMaxSize 65000\n"):

@@ -37,8 +37,9 @@ TEST_F(TableEngineLeavesOut, ARecordThatCannotBeShown)
     EXPECT_THAT(rows(), ElementsAre("1002", "1004", "end"));
     EXPECT_EQ(query(kGetBulk), 0);
 
-    EXPECT_THAT(log.lines(), ElementsAre(AllOf(HasSubstr("2 rows are left out"),
-                                               HasSubstr(" is 1003: broken record"))))
+    EXPECT_THAT(log.lines(),
+                ElementsAre(AllOf(HasSubstr("2 of the back end's records cannot be shown"),
+                                  HasSubstr(" is 1003: broken record"))))
         << "once";
 }
 
