@@ -13,7 +13,6 @@ using namespace talvik::test;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 unsigned short onlyEven(std::uint32_t key)
