@@ -22,6 +22,8 @@ fi
 
 topology=1.3.6.1.4.1.99999.2.91.9.1
 receivers=1.3.6.1.4.1.99999.2.91.10.4.1
+alarms=1.3.6.1.4.1.99999.2.91.10.1.1
+clearAlarm=1.3.6.1.4.1.99999.2.91.10.1.2
 receiverPort=10162
 endpoint=127.0.0.1:$port
 folder="$root/run"
@@ -57,11 +59,12 @@ writeDemoFiles()
     source "$folder/passphrases"
 
     cat >"$config" <<TEXT
-# Made by ./dev run, for this machine only: from this machine, and no write access but to the trap destinations over v3.
+# Made by ./dev run, for this machine only: from this machine, and nothing to write but the trap destinations and what clears alarms, over v3.
 view talvikDemo included .1.3.6.1.2.1.1
 view talvikDemo included .1.3.6.1.4.1.99999.2
 view talvikDemo included .1.3.6.1.6.3.10.2.1
 view talvikDemoWrite included .$receivers
+view talvikDemoWrite included .$clearAlarm
 
 # v2c: the community "public", accepted from loopback alone, read-only.
 rocommunity public 127.0.0.1 -V talvikDemo
@@ -108,6 +111,7 @@ stopProcess()
 
 agentPid=
 receiverPid=
+raised=
 stopAll()
 {
     stopProcess "the agent" "$agentPid"
@@ -213,11 +217,26 @@ showAlarm()
     fi
     startReceiver
     say "a disk fails: talvikctl alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --severity major"
-    "${ctl[@]}" alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --severity major \
-        --socket "$socket" || giveUp "the alarm could not be raised (message above)"
+    raised=$("${ctl[@]}" alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --severity major \
+        --socket "$socket") || giveUp "the alarm could not be raised (message above)"
+    printf '%s\n' "$raised"
     waitForTrap "Enclosure 0, slot 7"
     say "what the stock snmptrapd received on 127.0.0.1 port $receiverPort ($receiverLog)"
     sed -n '/NET-SNMP version/d; p' "$receiverLog" | tr '\t' '\n'
+}
+
+# Clears the alarm that was raised; alarms of former runs, or the user's, stay.
+showActiveAlarms()
+{
+    [ -n "$raised" ] || return 0
+    local left
+    showWalk "the active alarms: snmpbulkwalk -v3 ... $endpoint $alarms" "$alarms" snmpbulkwalk "${v3[@]}"
+    say "a manager clears it: snmpset -v3 ... $endpoint $clearAlarm.0 u $raised"
+    client snmpset "${v3[@]}" "$endpoint" "$clearAlarm.0" u "$raised" ||
+        giveUp "the alarm could not be cleared (message above)"
+    left=$(client snmpget "${v3[@]}" "$endpoint" "$alarms.1.9.$raised" 2>&1) || giveUp "no answer: $left"
+    printf '%s\n' "$left"
+    [[ $left == *"No Such Instance"* ]] || giveUp "the alarm is still there after it was cleared"
 }
 
 showReceivers()
@@ -238,12 +257,15 @@ showCommands()
   snmpbulkwalk -v2c -c public $endpoint 1.3.6.1.4.1.99999.2
   snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB $endpoint $topology
   snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB $endpoint $receivers
+  snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB -Ci $endpoint $alarms
+  SNMPCONFPATH=run snmpset $v3 $endpoint $clearAlarm.0 u 1
   SNMPCONFPATH=run snmpwalk $v3 $endpoint $topology
   $ctl list --agent udp:$endpoint
   $ctl add 192.0.2.10 --agent udp:$endpoint
   $ctl modify 1 --port 10163 --agent udp:$endpoint
   $ctl remove 1 --agent udp:$endpoint
   build/release/bin/talvikctl alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --socket run/state/agent.sock
+  build/release/bin/talvikctl alarm list --socket run/state/agent.sock
   build/release/bin/talvikctl alarm clear 1 --socket run/state/agent.sock
   build/release/bin/talvikctl trap status --socket run/state/agent.sock
   tail -f run/snmptrapd.log
@@ -273,10 +295,12 @@ showWalk "SNMP v3, authenticated with SHA-256 and encrypted with AES: snmpwalk -
 makeReceiver
 showReceivers
 showAlarm
+showActiveAlarms
 
 if $once; then
     stopAll
-    say "run: the topology row came over v2c and v3, the trap destinations over v3, and an alarm as a trap"
+    say "run: the topology row came over v2c and v3, the trap destinations over v3, and an alarm as a trap and as"
+    echo "a row, until it was cleared"
     exit 0
 fi
 
