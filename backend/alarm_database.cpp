@@ -2,8 +2,6 @@
 
 #include "host/platform/database_files.h"
 
-#include <exception>
-
 namespace talvik::backend {
 
 namespace {
@@ -101,39 +99,6 @@ void run(SqliteStatement& statement)
     }
 }
 
-/// Brings a statement that reads to its end, whatever leaves the scope: one that is left at a row
-/// cannot be bound again and keeps the write-ahead log from being emptied. Rows that nobody reads a
-/// column of cost next to nothing.
-class ReadToTheEnd {
-public:
-    explicit ReadToTheEnd(SqliteStatement& statement) : statement_(statement) {}
-    ~ReadToTheEnd() { finish(); }
-
-    ReadToTheEnd(const ReadToTheEnd&) = delete;
-    ReadToTheEnd& operator=(const ReadToTheEnd&) = delete;
-
-    /// True while there is a row to read; not called again after false.
-    bool step()
-    {
-        atRow_ = false;
-        return atRow_ = statement_.step();
-    }
-
-private:
-    void finish() noexcept
-    {
-        try {
-            while (atRow_ && step()) {
-            }
-        } catch (const std::exception&) {
-            // A statement that fails is at its end, and what was read before it holds.
-        }
-    }
-
-    SqliteStatement& statement_;
-    bool atRow_ = false;
-};
-
 }  // namespace
 
 AlarmDatabase::AlarmDatabase(const std::string& path)
@@ -166,10 +131,10 @@ ActivePage AlarmDatabase::activeAfter(std::uint32_t serial, std::size_t limit, s
 {
     activeAfter_.bind(1, std::int64_t{serial});
     activeAfter_.bind(2, static_cast<std::int64_t>(limit) + 1);  // one more tells whether it is all
-    ReadToTheEnd rows(activeAfter_);
+    const SqliteReading reading(activeAfter_);
     ActivePage page;
     std::size_t taken = 0;
-    while (rows.step()) {
+    while (activeAfter_.step()) {
         if (page.alarms.size() == limit || taken >= octets) {
             return page;
         }

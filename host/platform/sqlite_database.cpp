@@ -185,6 +185,11 @@ bool SqliteStatement::step()
     throw SqliteError(result & kPrimaryCode, reason);
 }
 
+void SqliteStatement::reset() noexcept
+{
+    sqlite3_reset(handle_);  // its result repeats that of the last step
+}
+
 std::int64_t SqliteStatement::number(int column) const
 {
     return sqlite3_column_int64(handle_, column);

@@ -97,12 +97,29 @@ public:
     /// bound and run again.
     bool step();
 
+    /// Ends reading before the last row: the statement can be bound and run again. One that is left
+    /// at a row keeps the write-ahead log from being emptied.
+    void reset() noexcept;
+
     std::int64_t number(int column) const;
     std::string text(int column) const;
 
 private:
     SqliteDatabase& database_;
     sqlite3_stmt* handle_ = nullptr;
+};
+
+/// Ends the reading of a statement with its own life, wherever the reading has got to.
+class SqliteReading {
+public:
+    explicit SqliteReading(SqliteStatement& statement) : statement_(statement) {}
+    ~SqliteReading() { statement_.reset(); }
+
+    SqliteReading(const SqliteReading&) = delete;
+    SqliteReading& operator=(const SqliteReading&) = delete;
+
+private:
+    SqliteStatement& statement_;
 };
 
 /// A transaction: undone at the end unless it was committed.

@@ -8,11 +8,12 @@
 
 namespace talvik {
 
-/// A table that is driven in batches. A request sees the rows of one moment, however many batches
-/// they take. A manager of version 1 sees no Counter64 column (RFC 3584, 4.2.2.1). GETBULK is
-/// answered here: net-snmp's repetition goes through all of its agent for each variable. When the
-/// handler fails, a manager that has asked for the table gets genErr; a walk that only comes by, at
-/// the end of what it has asked for, goes on behind the table.
+/// A table that is driven in batches. However many batches a request takes, it sees each row as
+/// it was at one moment, as long as its rows are not too many to be kept. A manager of version 1
+/// sees no Counter64 column (RFC 3584, 4.2.2.1). GETBULK is answered here: net-snmp's repetition
+/// goes through all of its agent for each variable. When the handler fails, a manager that has
+/// asked for the table gets genErr; a walk that only comes by, at the end of what it has asked for,
+/// goes on behind the table.
 class BatchSubtree : public Subtree {
 public:
     explicit BatchSubtree(std::shared_ptr<BatchTable> table);

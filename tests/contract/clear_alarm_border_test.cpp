@@ -2,26 +2,27 @@
 #include "tests/contract/loaded_module.h"
 #include "tests/contract/vtable.h"
 
-#include "framework/kel_exception.h"
 #include "host/link/backend_link.h"
 #include "host/link/configuration_link.h"
 #include "host/platform/device_config_file.h"
 #include "tests/support/cell_bytes.h"
 #include "tests/support/request_context.h"
+#include "tests/support/throw_text.h"
 
 #include <gmock/gmock.h>
 
 namespace {
 
 using namespace std::string_literals;
+using talvik::contract::callHandler;
 using talvik::contract::HandlerSlot;
 using talvik::contract::imageOf;
 using talvik::contract::LoadedModule;
-using talvik::contract::operationAt;
 using talvik::contract::OwnedHandlers;
 using talvik::contract::virtualEntry;
 using talvik::test::CellBytes;
 using talvik::test::cellsOf;
+using talvik::test::textOfThrown;
 using testing::ElementsAre;
 using testing::SizeIs;
 using Package = CTLVPackageV3<TLVMsgHeadV3>;
@@ -75,21 +76,11 @@ protected:
         request[0]->append(cell.release());
     }
 
-    int call(HandlerSlot slot)
-    {
-        const auto operation =
-            operationAt<int, const CKEL_SnmpContext&, const Package&, Package&>(&leaf, slot);
-        return operation(&leaf, context, request, response);
-    }
+    int call(HandlerSlot slot) { return callHandler(leaf, slot, context, request, response); }
 
     std::string refusalOf(HandlerSlot slot)
     {
-        try {
-            call(slot);
-        } catch (const CKEL_Exception& error) {
-            return error.what();
-        }
-        return "nothing thrown";
+        return textOfThrown([&] { call(slot); });
     }
 
     KeepingLink::Kept backEnd;

@@ -8,6 +8,7 @@
 #include "host/platform/device_config_file.h"
 #include "platform/debug_kit_mgr.h"
 #include "tests/support/request_context.h"
+#include "tests/support/throw_text.h"
 
 #include <ace/Singleton.h>
 #include <dlfcn.h>
@@ -23,12 +24,14 @@ ACE_Unmanaged_Singleton<CKELDebugKitMgr, ACE_Thread_Mutex>;
 
 namespace {
 
+using talvik::contract::callHandler;
 using talvik::contract::HandlerSlot;
 using talvik::contract::imageOf;
 using talvik::contract::LoadedModule;
 using talvik::contract::operationAt;
 using talvik::contract::OwnedHandlers;
 using talvik::contract::virtualEntry;
+using talvik::test::textOfThrown;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::SizeIs;
@@ -74,20 +77,13 @@ protected:
 
     int callPackages(HandlerSlot slot)
     {
-        const auto operation =
-            operationAt<int, const CKEL_SnmpContext&, const Package&, Package&>(&topology, slot);
-        return operation(&topology, context, request, response);
+        return callHandler(topology, slot, context, request, response);
     }
 
     /// What the program catches of a call that the module refuses.
     std::string refusalOf(HandlerSlot slot)
     {
-        try {
-            callPackages(slot);
-        } catch (const CKEL_Exception& error) {
-            return error.what();
-        }
-        return "nothing thrown";
+        return textOfThrown([&] { callPackages(slot); });
     }
 
     LoadedModule loaded;

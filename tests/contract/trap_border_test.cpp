@@ -11,6 +11,7 @@
 
 namespace {
 
+using talvik::contract::callHandler;
 using talvik::contract::HandlerSlot;
 using talvik::contract::imageOf;
 using talvik::contract::LoadedModule;
@@ -37,12 +38,7 @@ protected:
 
     ~TrapBorder() override { talvik::installTrapStore(nullptr); }
 
-    int call(HandlerSlot slot)
-    {
-        const auto operation =
-            operationAt<int, const CKEL_SnmpContext&, const Package&, Package&>(&traps, slot);
-        return operation(&traps, context, request, response);
-    }
+    int call(HandlerSlot slot) { return callHandler(traps, slot, context, request, response); }
 
     void text(unsigned short tag, const char* value)
     {

@@ -59,7 +59,8 @@ writeDemoFiles()
     source "$folder/passphrases"
 
     cat >"$config" <<TEXT
-# Made by ./dev run, for this machine only: from this machine, and nothing to write but the trap destinations and what clears alarms, over v3.
+# Made by ./dev run, for this machine only: from this machine, and nothing to write but the trap destinations and what
+# clears alarms, over v3.
 view talvikDemo included .1.3.6.1.2.1.1
 view talvikDemo included .1.3.6.1.4.1.99999.2
 view talvikDemo included .1.3.6.1.6.3.10.2.1
