@@ -60,8 +60,25 @@ std::vector<std::string> fieldsOf(CAlarmConfigParser& parser, const std::string&
 
 }  // namespace
 
+const std::string CAlarmConfigParser::COMMA = ",";
+const std::string CAlarmConfigParser::ESC_COMMA = "&#44;";
+const std::string CAlarmConfigParser::AMPERSAND = "&";
+const std::string CAlarmConfigParser::ECS_AMPERSAND = "&#38;";
+
 std::atomic<CAlarmConfigParser*> CAlarmConfigParser::_pInstance{nullptr};
 ACE_Thread_Mutex CAlarmConfigParser::_oSingletonMutex;
+
+namespace {
+
+/// Takes the catalogue along when this image is unloaded or the process ends. It stands behind the
+/// mutex and the texts, so that they are still there then.
+struct LastUse {
+    ~LastUse() { CAlarmConfigParser::destroy(); }
+};
+
+const LastUse lastUse;
+
+}  // namespace
 
 CAlarmConfigParser* CAlarmConfigParser::instance()
 {

@@ -17,7 +17,8 @@ class Value;
 }
 
 /// The alarm catalogue of the process: alarm definitions and the literals of enumerated parameters,
-/// read from two JSON files when it is first asked for and unchanged afterwards.
+/// read from two JSON files when it is first asked for and unchanged afterwards. It goes with the
+/// image that holds it, at the unload or at the end of the process.
 ///
 /// `instance` and `destroy` are serialised with each other; the look-ups `getAlarmOidInfo` and
 /// `getAlarmInfo` with each other. Look-ups may come from any thread, but not while `destroy` runs.

@@ -9,11 +9,6 @@
 #include <algorithm>
 #include <utility>
 
-const std::string CAlarmConfigParser::COMMA = ",";
-const std::string CAlarmConfigParser::ESC_COMMA = "&#44;";
-const std::string CAlarmConfigParser::AMPERSAND = "&";
-const std::string CAlarmConfigParser::ECS_AMPERSAND = "&#38;";
-
 void CAlarmConfigParser::parseAlarmParamList(std::string params, std::vector<std::string>& list)
 {
     if (params.empty()) {

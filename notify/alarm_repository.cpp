@@ -23,6 +23,18 @@ constexpr u_int kNoSerial = 0;
 std::atomic<CAlarmRepository_Singleton*> CAlarmRepository_Singleton::m_AlarmRep{nullptr};
 ACE_Thread_Mutex CAlarmRepository_Singleton::m_oMutex;
 
+namespace {
+
+/// Takes the repository along when this image is unloaded or the process ends. It stands behind the
+/// mutex, so that the list never outlives what guards it.
+struct LastUse {
+    ~LastUse() { delete CAlarmRepository_Singleton::m_AlarmRep.exchange(nullptr); }
+};
+
+const LastUse lastUse;
+
+}  // namespace
+
 CAlarmRepository_Singleton* CAlarmRepository_Singleton::getAlarmRepository()
 {
     static const std::string signature = __PRETTY_FUNCTION__;

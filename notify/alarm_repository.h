@@ -11,7 +11,8 @@
 using SERIALNO_LIST = std::list<u_int>;
 
 /// The serial numbers of the alarms that are raised at present, each once and none of them 0. One
-/// for the process, made at its first use and never freed; nothing limits its size.
+/// for the process, made at its first use and freed with the image that holds it, at the unload or
+/// at the end of the process; nothing limits its size.
 ///
 /// Any thread may call any operation. All but the size are serialised by `m_oMutex`; when it cannot
 /// be taken, they work without it. An allocation failure passes and leaves the list as it was.

@@ -5,11 +5,13 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 logs="$root/build/test-logs"
 mkdir -p "$logs"
 
-# The sanitizers watch the code in one process; the other tests are about the built release.
+# The sanitizers watch the code in one process, and the address sanitizer the module across its border too; the other tests
+# are about the built release.
 testLabels()
 {
     case $1 in
-        asan | tsan) printf '%s\n' -L '^(unit|fuzz)$' ;;
+        asan) printf '%s\n' -L '^(unit|fuzz|contract)$' ;;
+        tsan) printf '%s\n' -L '^(unit|fuzz)$' ;;
     esac
 }
 
