@@ -17,7 +17,7 @@ import compile_database
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 # Of the other compiler; clang would stop at them. The compilers' own warnings are the builds' to report: hence -w.
-FOREIGN_FLAGS = {"-fno-gnu-unique"}
+FOREIGN_FLAGS = {"-fno-gnu-unique", "-femit-class-debug-always"}
 
 
 def clang_flags(unit):
