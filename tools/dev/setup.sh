@@ -45,18 +45,24 @@ apt=("${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock:
 "${apt[@]}" update </dev/null ||
     fail "apt-get update failed (messages above): check the network and the apt sources, then run ./dev setup again"
 
-# snmptrapd brings snmpd along. Nobody asked for their services: they do not start now, nor at the next boot.
+# Some of the packages bring a service, snmptrapd even snmpd's. Nobody asked for these: they do not start now, nor at the next
+# boot. A service that was there before stays as it is.
 policy=/usr/sbin/policy-rc.d
 dropPolicy() { "${asRoot[@]}" rm -f "$policy"; }
-if [[ " ${missing[*]} " == *" snmptrapd "* ]] && [ ! -e "$policy" ]; then
+if [ ! -e "$policy" ]; then
     trap dropPolicy EXIT
     printf '#!/bin/sh\nexit 101\n' | "${asRoot[@]}" tee "$policy" >/dev/null
     "${asRoot[@]}" chmod 755 "$policy"
 fi
-hadSnmpd=false
-isInstalled snmpd && hadSnmpd=true
+newServices=()
+for service in snmpd snmptrapd prometheus prometheus-snmp-exporter snmptt; do
+    isInstalled "$service" || newServices+=("$service.service")
+done
+isInstalled snmptrapd || newServices+=(snmptrapd.socket)
 "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
     fail "apt-get could not install: ${missing[*]} (messages above). The tree is made for Debian 12."
-if ! $hadSnmpd && command -v systemctl >/dev/null; then
-    "${asRoot[@]}" systemctl disable --quiet snmpd.service snmptrapd.service snmptrapd.socket 2>/dev/null || true  # no systemd runs here
+if command -v systemctl >/dev/null; then
+    for service in "${newServices[@]}"; do
+        "${asRoot[@]}" systemctl disable --quiet "$service" 2>/dev/null || true  # no systemd runs here
+    done
 fi

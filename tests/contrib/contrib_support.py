@@ -1,0 +1,75 @@
+"""What the tests of contrib/ share: an agent with alarms whose texts are not all ASCII, and the programs of others."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "e2e"))
+
+from alarm_table import AlarmTableTest  # noqa: E402 (the path comes first)
+from notifications import DISK_FAILED  # noqa: E402
+from talvik_e2e import AUTH, LIMIT, PRIV, ROOT, SOURCE, Daemon  # noqa: E402
+
+CONTRIB = SOURCE / "contrib"
+MIB = SOURCE / "mibs" / "KEL-TALVIK-MIB.txt"
+MIB_FOLDERS = f"{SOURCE / 'mibs'}:{SOURCE / 'tests' / 'mib' / 'stubs'}"
+
+DISK_SLOW = 501010007
+MAJOR, MINOR, INFO = 5, 4, 2  # as alarms are raised
+PLACE = "Gehäuse ž 台"
+FILL_IN_AUTH, FILL_IN_PRIV = "FILL-IN-AUTHENTICATION-PASSPHRASE", "FILL-IN-PRIVACY-PASSPHRASE"
+
+USERS = f"""
+view talvik included {ROOT}
+view hidden excluded .1
+createUser monitor SHA-256 "{AUTH}" AES "{PRIV}"
+rouser monitor authPriv -V talvik
+rocommunity reader 127.0.0.1 -V talvik
+rocommunity blind 127.0.0.1 -V hidden
+rwcommunity writer 127.0.0.1
+rwcommunity6 writer ::1
+"""
+
+
+def needs(*programs):
+    """Skips a test where a program is missing. In CI all are there, so there it fails instead."""
+    missing = [program for program in programs if shutil.which(program) is None]
+    if missing and not os.environ.get("CI"):
+        return unittest.skip(f"not installed: {', '.join(missing)} (./dev setup installs what the tests take)")
+    return lambda test: test
+
+
+def filled_in(text, **others):
+    """A configuration with its blanks filled in; each of `others` must occur."""
+    for blank, value in {FILL_IN_AUTH: AUTH, FILL_IN_PRIV: PRIV, **others}.items():
+        if blank in others and blank not in text:
+            raise AssertionError(f"no {blank} in:\n{text}")
+        text = text.replace(blank, value)
+    return text
+
+
+def run(*command, **environment):
+    """Runs a program to its end and returns what it printed; fails if it does."""
+    done = subprocess.run([str(part) for part in command], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                          timeout=LIMIT, env={**os.environ, "LC_ALL": "C.UTF-8", **environment})
+    if done.returncode:
+        raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
+    return done.stdout
+
+
+class ContribTest(AlarmTableTest):
+    """A test of a configuration in contrib/; the agent's zone is not UTC."""
+
+    def setUp(self):
+        super().setUp()
+        self.config.write_text(USERS)
+
+    def daemon(self, name, *command, **environment):
+        return self.keep(Daemon(self.folder, name, command, {**os.environ, "LC_ALL": "C.UTF-8", **environment}))
+
+    def raise_disk(self, client, number=7, level=MAJOR, place=PLACE):
+        """The serial number of an alarm about a disk whose location is not all ASCII."""
+        return client.raise_alarm(DISK_FAILED, f"{place},{number},SN-{number},1".encode(), level=level)

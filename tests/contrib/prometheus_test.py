@@ -1,0 +1,55 @@
+"""contrib/prometheus: the files as their programs read them, and what the exporter gives of an agent."""
+
+import unittest
+import urllib.error
+
+from contrib_support import DISK_SLOW, MIB_FOLDERS, MINOR, PLACE, needs, run
+from exporter import EXPORTER, PROMETHEUS, ExporterTest, get, labels_of
+from talvik_e2e import wait_until
+
+GENERATOR = "prometheus-snmp-generator"
+
+
+class PrometheusFiles(unittest.TestCase):
+    @needs(GENERATOR)
+    def test_generator_makes_the_module_that_is_kept(self):
+        made = run("sh", "-c", 'cd "$0" && exec prometheus-snmp-generator --fail-on-parse-errors generate -o /dev/stdout',
+                   PROMETHEUS, MIBDIRS=MIB_FOLDERS, MIBS="KEL-TALVIK-MIB")
+        self.assertEqual(made, (PROMETHEUS / "snmp.yml").read_text())
+
+    @needs("promtool")
+    def test_prometheus_takes_the_configuration_and_the_rules(self):
+        self.assertIn("5 rules found", run("promtool", "check", "config", PROMETHEUS / "prometheus.yml"))
+        run("promtool", "test", "rules", PROMETHEUS / "talvik.rules_test.yml")
+
+
+@needs(EXPORTER)
+class PrometheusScrape(ExporterTest):
+    def test_gives_the_alarms_with_their_texts(self):
+        agent = self.start_apart()
+        first, second = self.raise_disk(self.alarm_client()), self.alarm_client().raise_alarm(
+            DISK_SLOW, 'D"A\\E,8,1,2'.encode(), level=MINOR, time=1700000000)
+        self.start_exporter(agent)
+        samples = self.scrape()
+        self.assertEqual(labels_of(samples, "talvikAlarmLevel_info"), [
+            {"talvikAlarmSerialNo": str(first), "talvikAlarmLevel": "major", "talvikAlarmNodeCode": "TALVIK-0001",
+             "talvikAlarmTitle": "Disk failed", "talvikAlarmLocation": f"Enclosure {PLACE}, slot 7",
+             "talvikAlarmId": "501010001"},
+            {"talvikAlarmSerialNo": str(second), "talvikAlarmLevel": "minor", "talvikAlarmNodeCode": "TALVIK-0001",
+             "talvikAlarmTitle": "Disk responds slowly", "talvikAlarmLocation": 'Enclosure D\\"A\\\\E, slot 8',
+             "talvikAlarmId": "501010007"}])
+        self.assertIn(1700000000, [value for name, _, value in samples if name == "talvikAlarmTime"])
+        self.assertIn(("talvikTopologyStatus", {"talvikTopologyNodeIndex": "1", "talvikTopologyNodeCode": "TALVIK-0001",
+                                                "talvikTopologyNodeName": "Array"}, 1.0), samples)
+        # What the rules count on: a back end that is away leaves no alarms, and says so in the same scrape.
+        self.backend.kill()
+        wait_until(lambda: not labels_of(samples := self.scrape(), "talvikAlarmLevel_info")
+                   and [2.0] == [value for name, _, value in samples if name == "talvikTopologyStatus"],
+                   "a scrape without alarms that says that the back end is away")
+        agent.kill()
+        with self.assertRaises(urllib.error.HTTPError):
+            get(self.url)
+
+
+if __name__ == "__main__":
+    unittest.main()
