@@ -43,6 +43,12 @@ void declare(CLI::App& app, AgentOptions& options)
     app.add_option("--module", options.moduleFile, "MIB module to load")
         ->type_name("FILE")
         ->capture_default_str();
+    app.add_option("--module-failure", options.moduleFailure,
+                   "What to do when the module cannot be used: stop, or continue and serve the "
+                   "standard objects without it")
+        ->type_name("CHOICE")
+        ->check(CLI::IsMember({"stop", "continue"}))
+        ->capture_default_str();
     app.add_option("--mib-dir", options.mibDir, "Directory of the module's MIB description")
         ->type_name("DIR")
         ->capture_default_str();

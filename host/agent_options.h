@@ -13,6 +13,7 @@ struct AgentOptions {
     std::string configFile;
     std::string deviceFile;
     std::string moduleFile;
+    std::string moduleFailure = "stop";  ///< or "continue"
     std::string mibDir;
     std::string stateDir;
     std::vector<std::string> listen;  ///< empty: what the agent configuration says, or the default
@@ -22,6 +23,9 @@ struct AgentOptions {
     std::string trapSettings;        ///< a file that need not be there
     LogSettings log;
     bool checkOnly = false;
+
+    /// Whether a module that cannot be used leaves an agent that serves all else.
+    bool continueWithoutModule() const { return moduleFailure == "continue"; }
 };
 
 /// Exit codes of talvik-agentd.

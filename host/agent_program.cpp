@@ -2,12 +2,10 @@
 
 #include "backend/back_end.h"
 #include "backend/unix_address.h"
-#include "framework/snmp_handler.h"
 #include "host/descriptor_limit.h"
 #include "host/installation_paths.h"
 #include "host/link/backend_choice.h"
 #include "host/link/configuration_link.h"
-#include "host/module_loader.h"
 #include "host/notification_service.h"
 #include "host/platform/device_config_file.h"
 #include "host/platform/durable_database.h"
@@ -16,15 +14,11 @@
 #include "host/platform/name_cache.h"
 #include "host/platform/table_batch.h"
 #include "host/platform/trap_store.h"
+#include "host/served_module.h"
 #include "host/snmp/agent.h"
-#include "host/snmp/batch_subtree.h"
 #include "host/snmp/durable_file.h"
-#include "host/snmp/handler_boundary.h"
-#include "host/snmp/mib_description.h"
 #include "host/snmp/net_snmp_persistence.h"
-#include "host/snmp/scalar_subtree.h"
 #include "host/snmp/standard_notifications.h"
-#include "host/snmp/table_subtree.h"
 #include "host/startup_error.h"
 #include "host/state_directory.h"
 #include "host/stop_signals.h"
@@ -130,67 +124,55 @@ private:
     backend::CommandServer own_;
 };
 
-/// The module with its MIB description, ready to be served.
-class ServedModule {
+/// The module ready to be served; nothing where it cannot be used and the agent is to go on all the
+/// same.
+class ChosenModule {
 public:
-    ServedModule(const std::string& moduleFile, const std::string& mibDir)
-        : module_(moduleFile),
-          mib_(MibDescription::load(
-              (std::filesystem::path(mibDir) / module_.mibFileName()).string()))
+    explicit ChosenModule(const AgentOptions& options) : options_(options)
     {
+        unlessUnusable([this] { served_.emplace(options_.moduleFile, options_.mibDir); });
     }
 
-    /// Hands the handlers over to `agent` and `keeper`, which must be gone before this object is.
-    void serve(SnmpAgent& agent, TableKeeper& keeper, BatchTable::Limits limits) const
+    /// As `ServedModule::serve`.
+    void serve(SnmpAgent& agent, TableKeeper& keeper, BatchTable::Limits limits)
     {
-        for (auto& [id, handler] : module_.makeHandlers()) {
-            agent.serve(subtreeAt(id, std::move(handler), keeper, limits));
+        if (served_) {
+            unlessUnusable([&] { served_->serve(agent, keeper, limits); });
         }
     }
 
-    const MibDescription& mib() const { return mib_; }
+    bool isThere() const { return served_.has_value(); }
 
-    /// What was loaded.
-    std::list<std::string> files() const { return {module_.path(), mib_.path()}; }
+    /// Null without a module.
+    const MibDescription* mib() const { return served_ ? &served_->mib() : nullptr; }
+
+    /// What was loaded, or was to be.
+    std::list<std::string> files() const
+    {
+        return served_ ? served_->files() : std::list<std::string>{options_.moduleFile};
+    }
 
 private:
-    std::unique_ptr<Subtree> subtreeAt(const std::string& text,
-                                       std::unique_ptr<CSnmpHandler> handler, TableKeeper& keeper,
-                                       BatchTable::Limits limits) const
+    template <typename Step>
+    void unlessUnusable(Step step)
     {
-        const auto id = parseObjectId(text);
-        if (const auto* table = id ? mib_.table(*id) : nullptr) {
-            return tableSubtree(*table, std::move(handler), keeper, limits);
+        try {
+            step();
+        } catch (const StartupError& error) {
+            served_.reset();
+            // A check is there to find what is wrong.
+            if (!options_.continueWithoutModule() || options_.checkOnly) {
+                throw;
+            }
+            hostLog()->error("talvik-agentd goes on without the module: {}; the private subtree is "
+                             "not served and alarms are not reported until that is put right and "
+                             "the agent is started again",
+                             error.what());
         }
-        if (const auto* scalar = id ? mib_.scalar(*id) : nullptr) {
-            // What was written may change what tables show, before the back end reports it.
-            return std::make_unique<ScalarSubtree>(
-                std::make_unique<ScalarSource>(*scalar, std::move(handler)),
-                [&keeper] { keeper.dropRows(); });
-        }
-        throw StartupError("module " + module_.path() + " serves " + text + ", but " + mib_.path() +
-                           " describes no table or scalar there");
     }
 
-    std::unique_ptr<Subtree> tableSubtree(const MibTable& table,
-                                          std::unique_ptr<CSnmpHandler> handler,
-                                          TableKeeper& keeper, BatchTable::Limits limits) const
-    {
-        bool inBatches = false;
-        const auto failure = callHandler([&] { inBatches = !handler->isWholeTable(); });
-        if (failure || !inBatches) {  // the source reports the failure
-            return std::make_unique<TableSubtree>(
-                std::make_unique<TableSource>(table, std::move(handler)));
-        }
-        const ObjectId below(table.id.begin() + static_cast<std::ptrdiff_t>(mib_.root().size()),
-                             table.id.end());
-        auto batches = std::make_shared<BatchTable>(table, below, std::move(handler), limits);
-        keeper.add(batches);
-        return std::make_unique<BatchSubtree>(std::move(batches));
-    }
-
-    LoadedModule module_;
-    MibDescription mib_;
+    const AgentOptions& options_;
+    std::optional<ServedModule> served_;
 };
 
 EngineStateStore engineStore(const AgentOptions& options)
@@ -260,17 +242,18 @@ std::unique_ptr<BackendLink> linkTo(const BackendChoice& choice,
 NotificationService::Settings notificationSettings(const AgentOptions& options,
                                                    const BackendChoice& choice,
                                                    const DeviceConfigFile& device,
-                                                   const ServedModule& module, TableKeeper& keeper)
+                                                   const ChosenModule& module, TableKeeper& keeper)
 {
     return {device,
             options.socket,
             choice.embedded ? options.socket : choice.socketPath,
-            {options.trapSettings, &module.mib(), &nameCache()},
-            keeper};
+            {options.trapSettings, module.mib(), &nameCache()},
+            keeper,
+            module.isThere()};
 }
 
 /// What the agent's behaviour follows from, besides its own program.
-std::list<std::string> startFiles(const AgentOptions& options, const ServedModule& module)
+std::list<std::string> startFiles(const AgentOptions& options, const ChosenModule& module)
 {
     auto files = module.files();
     files.insert(files.end(), {options.configFile, options.deviceFile, options.trapSettings});
@@ -290,7 +273,7 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     const auto choice = backendOf(options);
     ServedCommands served(choice, device, backend::alarmFileIn(options.stateDir));
     const InstalledTrapStore trapStore(options.stateDir);
-    const ServedModule module(options.moduleFile, options.mibDir);
+    ChosenModule module(options);
     TableKeeper keeper;
 
     const auto persistentDir = persistentDirectory(options.stateDir);
@@ -318,7 +301,7 @@ void checkAgent(const AgentOptions& options)
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
     const auto choice = backendOf(options);
     ServedCommands served(choice, device, DurableDatabase::kInMemory);
-    const ServedModule module(options.moduleFile, options.mibDir);
+    ChosenModule module(options);
     TableKeeper keeper;
 
     const TemporaryDirectory scratch;

@@ -47,11 +47,14 @@ LoadedModule::LoadedModule(const std::string& path)
     // All symbols now, so that a missing one is found here and not in the middle of a request.
     image_.reset(dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (!image_) {
-        refuse("cannot be loaded: " + loaderError());
+        refuse("cannot be loaded: " + loaderError() +
+               " (it needs a library that is not installed, or something that this agent does not "
+               "have: install both of one release)");
     }
     void* const symbol = dlsym(image_.get(), kFactory);
     if (symbol == nullptr) {
-        refuse(std::string("is no MIB module, it exports no ") + kFactory);
+        refuse(std::string("is no MIB module, it exports no ") + kFactory +
+               "; name the module's file with --module");
     }
     const auto factory = reinterpret_cast<SNMP_SvcModuleCreatorType>(symbol);
     const auto failure = callHandler([&] { module_.reset(factory()); });

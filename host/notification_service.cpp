@@ -107,7 +107,11 @@ void NotificationService::start(bool cold)
 
 std::vector<LoopWatcher*> NotificationService::watchers()
 {
-    return {receivers_.get(), &calls_, &channel_, senderTurn_.get(), &settings_.tables};
+    std::vector<LoopWatcher*> all{receivers_.get(), &calls_, senderTurn_.get(), &settings_.tables};
+    if (settings_.takesNotifications) {
+        all.push_back(&channel_);
+    }
+    return all;
 }
 
 }  // namespace talvik

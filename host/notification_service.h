@@ -30,6 +30,8 @@ public:
         std::string backendSocket;       ///< where the back end's notifications come from
         TrapSender::Settings sender;
         TableKeeper& tables;  ///< hears what the back end reports; outlives the service
+        /// Without it notifications stay in the back end: nobody here can make traps of them.
+        bool takesNotifications = true;
     };
 
     /// Adds the agent's own commands to `commands`; with an embedded back end these are the back

@@ -22,7 +22,7 @@ struct AgentSettings {
 };
 
 /// net-snmp's agent library as one object, one a process. Everything happens on the thread that
-/// makes it. Life: construct, `serve` each table and scalar, `configure`, `listen`, `run`.
+/// makes it. Life: construct, `serve` the tables and scalars, `configure`, `listen`, `run`.
 class SnmpAgent {
 public:
     /// Sets the library up; nothing is read yet. Throws `StartupError`.
@@ -34,8 +34,12 @@ public:
     SnmpAgent(const SnmpAgent&) = delete;
     SnmpAgent& operator=(const SnmpAgent&) = delete;
 
-    /// Serves one table or scalar of the module.
-    void serve(std::unique_ptr<Subtree> subtree) { bridge_->serve(std::move(subtree)); }
+    /// Serves the tables and scalars of a module: all of them, or none where it throws
+    /// `StartupError` because an OID is taken.
+    void serve(std::vector<std::unique_ptr<Subtree>> subtrees)
+    {
+        bridge_->serve(std::move(subtrees));
+    }
 
     /// Reads the configuration. Returns the library's warnings about its lines (unknown words, for
     /// example), which do not stop the agent. Throws `StartupError` with all errors when the file

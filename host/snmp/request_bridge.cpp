@@ -73,4 +73,17 @@ void RequestBridge::serve(std::unique_ptr<Subtree> subtree)
     registrations_.push_back(std::move(registration));
 }
 
+void RequestBridge::serve(std::vector<std::unique_ptr<Subtree>> subtrees)
+{
+    const auto before = registrations_.size();
+    try {
+        for (auto& subtree : subtrees) {
+            serve(std::move(subtree));
+        }
+    } catch (...) {
+        registrations_.resize(before);
+        throw;
+    }
+}
+
 }  // namespace talvik

@@ -25,6 +25,9 @@ public:
     /// `StartupError` when its OID is taken.
     void serve(std::unique_ptr<Subtree> subtree);
 
+    /// The same for all of `subtrees`; when it throws, none of them is served.
+    void serve(std::vector<std::unique_ptr<Subtree>> subtrees);
+
 private:
     class Registration;
 

@@ -1,6 +1,7 @@
 #include "host/snmp/request_bridge.h"
 
 #include "host/snmp/table_subtree.h"
+#include "host/startup_error.h"
 #include "tests/unit/host_snmp/request_kit.h"
 #include "tests/unit/host_snmp/writable_table_kit.h"
 
@@ -27,8 +28,13 @@ protected:
     RequestBridgeOn()
     {
         state.rows[1] = {};
-        bridge.serve(std::make_unique<talvik::TableSubtree>(std::make_unique<talvik::TableSource>(
-            table, std::make_unique<FakeTrapHandler>(state), [this] { return clock(); })));
+        bridge.serve(subtreeOf(table));
+    }
+
+    std::unique_ptr<talvik::Subtree> subtreeOf(const talvik::MibTable& served)
+    {
+        return std::make_unique<talvik::TableSubtree>(std::make_unique<talvik::TableSource>(
+            served, std::make_unique<FakeTrapHandler>(state), [this] { return clock(); }));
     }
 
     /// From now on an exception stops every change before it reaches the handler: no cell can
@@ -58,6 +64,22 @@ SnmpValue gauge(long number)
 SnmpValue integer(long number)
 {
     return {Syntax::Integer, number, ""};
+}
+
+TEST_F(RequestBridgeOn, OfSeveralSubtreesAllAreServedOrNone)
+{
+    auto free = table;
+    free.id.back() += 1;
+    std::vector<std::unique_ptr<talvik::Subtree>> subtrees;
+    subtrees.push_back(subtreeOf(free));
+    subtrees.push_back(subtreeOf(table));  // which is served already
+
+    EXPECT_THROW(bridge.serve(std::move(subtrees)), talvik::StartupError);
+
+    bridge.serve(subtreeOf(free));  // nobody has it
+    HandMadeRequest request(table.id);
+    request.add(name(2, 1));
+    EXPECT_THAT(request.run(MODE_GET), ElementsAre(kFine));
 }
 
 TEST_F(RequestBridgeOn, AGetAnswersFromTheTable)
