@@ -11,8 +11,17 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 
-# No path of the building machine in any binary.
-add_compile_options("-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+# No path of the building machine in any binary. Through ccache the compiler meets relative paths, see below.
+macro(talvik_hide_path folder name)
+    file(RELATIVE_PATH relative "${PROJECT_BINARY_DIR}" "${folder}/.")
+    string(REGEX REPLACE "/$" "" relative "${relative}")
+    add_compile_options("-ffile-prefix-map=${folder}/=${name}" "-ffile-prefix-map=${relative}/=${name}")
+endmacro()
+talvik_hide_path("${PROJECT_SOURCE_DIR}" "")
+if(CMAKE_SYSROOT)
+    talvik_hide_path("${CMAKE_SYSROOT}" "/")
+endif()
+add_compile_options("-ffile-prefix-map=${PROJECT_BINARY_DIR}=.")
 
 # Unique symbols would pin the module in memory: a host could never unload it.
 add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
@@ -20,7 +29,8 @@ add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 find_program(TALVIK_CCACHE ccache)
 mark_as_advanced(TALVIK_CCACHE)
 if(TALVIK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${TALVIK_CCACHE}")
+    # Relative paths of source and build folder: what one clone compiled, another finds.
+    set(CMAKE_CXX_COMPILER_LAUNCHER env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}" CCACHE_NOHASHDIR=1 "${TALVIK_CCACHE}")
 endif()
 
 if(TALVIK_SANITIZE)
