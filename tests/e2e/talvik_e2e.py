@@ -265,7 +265,7 @@ class TalvikTest(unittest.TestCase):
         environment = dict(os.environ, SNMPCONFPATH=str(client), SNMP_PERSISTENT_DIR=str(client), LC_ALL="C", MIBS="",
                            MIBDIRS=str(client))
         if mib_text:
-            environment["MIBDIRS"] = f"{SOURCE / 'mibs'}:{SOURCE / 'mibs' / 'base'}"
+            environment["MIBDIRS"] = f"{SOURCE / 'mibs'}:{SOURCE / 'tests' / 'mib' / 'stubs'}"
             environment["MIBS"] = "KEL-TALVIK-MIB"
         options = list(itertools.takewhile(lambda argument: argument.startswith("-"), arguments))
         objects = arguments[len(options):]

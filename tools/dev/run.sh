@@ -202,7 +202,7 @@ startReceiver()
 {
     printf 'authCommunity log public\n' >"$folder/snmptrapd.conf"
     : >"$receiverLog"
-    env SNMPCONFPATH="$folder" SNMP_PERSISTENT_DIR="$folder/receiver" MIBDIRS="$root/mibs:$root/mibs/base" \
+    env SNMPCONFPATH="$folder" SNMP_PERSISTENT_DIR="$folder/receiver" MIBDIRS="$root/mibs:$root/tests/mib/stubs" \
         snmptrapd -f -n -Lf "$receiverLog" -m KEL-TALVIK-MIB -C -c "$folder/snmptrapd.conf" \
         "udp:127.0.0.1:$receiverPort" </dev/null >/dev/null 2>&1 9>&- &
     receiverPid=$!
@@ -256,9 +256,9 @@ showCommands()
   cd $root
   snmpget -v2c -c public $endpoint $topology.1.8.1
   snmpbulkwalk -v2c -c public $endpoint 1.3.6.1.4.1.99999.2
-  snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB $endpoint $topology
-  snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB $endpoint $receivers
-  snmptable -v2c -c public -M mibs:mibs/base -m KEL-TALVIK-MIB -Ci $endpoint $alarms
+  snmptable -v2c -c public -M mibs:tests/mib/stubs -m KEL-TALVIK-MIB $endpoint $topology
+  snmptable -v2c -c public -M mibs:tests/mib/stubs -m KEL-TALVIK-MIB $endpoint $receivers
+  snmptable -v2c -c public -M mibs:tests/mib/stubs -m KEL-TALVIK-MIB -Ci $endpoint $alarms
   SNMPCONFPATH=run snmpset $v3 $endpoint $clearAlarm.0 u 1
   SNMPCONFPATH=run snmpwalk $v3 $endpoint $topology
   $ctl list --agent udp:$endpoint
