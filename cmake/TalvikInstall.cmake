@@ -1,1 +1,89 @@
-# What is installed, and the packages.
+# What is installed, in three components: the module, the agent with its back end and tool, and what hosts
+# outside this tree are built with (dev). docs/operations.md has the places; host/installation_paths.h is how programs find them.
+#
+# With the prefix /usr, units, settings and configuration go to /lib, /etc/default and /etc/talvik too. What is there
+# already stays: it is the administrator's. Other prefixes get the configuration as samples in share/talvik/etc.
+
+# Debian's place of an architecture's libraries, whatever the prefix: packages and other installations look alike.
+if(CMAKE_LIBRARY_ARCHITECTURE AND EXISTS /etc/debian_version)
+    set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Place of static libraries")
+endif()
+include(GNUInstallDirs)
+
+set(TALVIK_INSTALL_MODULEDIR lib/talvik)
+set(TALVIK_INSTALL_DATADIR share/talvik)
+set(TALVIK_INSTALL_INCLUDEDIR include/talvik)
+set(TALVIK_PACKAGING_DIR "${PROJECT_SOURCE_DIR}/packaging")
+set(TALVIK_PACKAGING_OUT "${PROJECT_BINARY_DIR}/packaging")
+
+# talvik_install_compressed(COMPONENT SOURCE DESTINATION NAME): SOURCE as DESTINATION/NAME.gz, the same bytes each time.
+function(talvik_install_compressed component source destination name)
+    set(out "${TALVIK_PACKAGING_OUT}/${component}/${name}.gz")
+    file(MAKE_DIRECTORY "${TALVIK_PACKAGING_OUT}/${component}")
+    execute_process(COMMAND gzip -9 -n -c "${source}" OUTPUT_FILE "${out}" COMMAND_ERROR_IS_FATAL ANY)
+    set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
+    install(FILES "${out}" DESTINATION "${destination}" COMPONENT ${component})
+endfunction()
+
+# talvik_install_system_file(COMPONENT SOURCE DIRECTORY): SOURCE in DIRECTORY of the system, for the prefix /usr only.
+function(talvik_install_system_file component source directory)
+    get_filename_component(name "${source}" NAME)
+    install(CODE "
+        if(\"\${CMAKE_INSTALL_PREFIX}\" STREQUAL /usr AND NOT EXISTS \"\$ENV{DESTDIR}${directory}/${name}\")
+            file(INSTALL \"${source}\" DESTINATION \"${directory}\"
+                PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+        endif()" COMPONENT ${component})
+endfunction()
+
+function(talvik_install_documents component package)
+    install(FILES ${ARGN} DESTINATION "share/doc/${package}" COMPONENT ${component})
+    install(FILES "${TALVIK_PACKAGING_DIR}/deb/copyright" DESTINATION "share/doc/${package}" COMPONENT ${component})
+    talvik_install_compressed(${component} "${TALVIK_PACKAGING_DIR}/deb/changelog" "share/doc/${package}" changelog)
+endfunction()
+
+# --- module ----------------------------------------------------------------------------------------------------------
+set(mib "${PROJECT_SOURCE_DIR}/mibs/KEL-TALVIK-MIB.txt")
+install(TARGETS SnmpTalvikMibModule DESTINATION ${TALVIK_INSTALL_MODULEDIR} COMPONENT module)
+install(FILES mibs/KEL-TALVIK-MIB.json "${mib}" DESTINATION ${TALVIK_INSTALL_DATADIR}/mibs COMPONENT module)
+# Where the stock SNMP tools look by themselves.
+install(FILES "${mib}" DESTINATION share/snmp/mibs COMPONENT module)
+install(FILES etc/alarm-definitions.json etc/alarm-enumerations.json etc/talvik-device.xml
+    DESTINATION ${TALVIK_INSTALL_DATADIR}/etc COMPONENT module)
+talvik_install_documents(module talvik-mib-module docs/alarm-catalogue.md)
+
+# --- agent -----------------------------------------------------------------------------------------------------------
+install(TARGETS talvik-agentd talvik-backendd DESTINATION sbin COMPONENT agent)
+install(TARGETS talvikctl DESTINATION bin COMPONENT agent)
+install(FILES etc/talvik-agentd.conf etc/talvik-traps.json etc/example-scenario.json
+    DESTINATION ${TALVIK_INSTALL_DATADIR}/etc COMPONENT agent)
+talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvik-agentd.8" share/man/man8 talvik-agentd.8)
+talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvik-backendd.8" share/man/man8 talvik-backendd.8)
+talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvikctl.1" share/man/man1 talvikctl.1)
+talvik_install_documents(agent talvik-agent docs/operations.md docs/operating.md docs/trap-settings.md)
+
+# The system's agent has SNMP's own port; the sample has one that needs no privilege.
+file(READ etc/talvik-agentd.conf sample)
+string(REPLACE "1161" "161" system_configuration "${sample}")
+if(NOT system_configuration MATCHES "\nagentAddress udp:127.0.0.1:161\n")
+    message(FATAL_ERROR "etc/talvik-agentd.conf has no line \"agentAddress udp:127.0.0.1:1161\" any more, "
+        "which the configuration of the package is made from; see cmake/TalvikInstall.cmake")
+endif()
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS etc/talvik-agentd.conf)
+file(CONFIGURE OUTPUT "${TALVIK_PACKAGING_OUT}/talvik-agentd.conf" CONTENT "${system_configuration}" @ONLY)
+
+talvik_install_system_file(agent "${TALVIK_PACKAGING_OUT}/talvik-agentd.conf" /etc/talvik)
+talvik_install_system_file(agent "${PROJECT_SOURCE_DIR}/etc/talvik-device.xml" /etc/talvik)
+talvik_install_system_file(agent "${PROJECT_SOURCE_DIR}/etc/talvik-traps.json" /etc/talvik)
+foreach(service IN ITEMS talvik-agentd talvik-backendd)
+    talvik_install_system_file(agent "${TALVIK_PACKAGING_DIR}/default/${service}" /etc/default)
+    talvik_install_system_file(agent "${TALVIK_PACKAGING_DIR}/systemd/${service}.service" /lib/systemd/system)
+endforeach()
+
+# --- dev -------------------------------------------------------------------------------------------------------------
+if(TALVIK_SNMP_TYPES STREQUAL "carried")
+    include(TalvikInstallDevelopment)
+else()
+    message(STATUS "The development files are installed with TALVIK_SNMP_TYPES=carried only")
+endif()
+
+include(TalvikPackages)

@@ -46,7 +46,7 @@ std::string InstallationPaths::configFile(const std::string& name) const
 
 std::string InstallationPaths::moduleFile(const std::string& name) const
 {
-    return (prefix_ / "lib" / name).string();
+    return firstThatExists({prefix_ / "lib/talvik" / name, prefix_ / "lib" / name});
 }
 
 std::string InstallationPaths::mibDirectory() const

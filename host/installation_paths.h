@@ -9,12 +9,14 @@ namespace talvik {
 /// Where a program looks for its files when the user names none. All follows from where the program
 /// itself lies, so an installation can be moved and a build tree works as it is:
 ///
-/// | | installed in PREFIX/bin | built in SOURCE/build/PRESET/bin |
-/// |---|---|---|
-/// | module | PREFIX/lib | SOURCE/build/PRESET/lib |
-/// | configuration | PREFIX/etc/talvik, PREFIX/share/talvik/etc (PREFIX /usr: /etc/talvik first) |
-/// SOURCE/etc | | MIB descriptions | PREFIX/share/talvik/mibs | SOURCE/mibs | | state |
-/// PREFIX/var/lib/talvik (PREFIX /usr: /var/lib/talvik) | SOURCE/build/PRESET/var/lib/talvik |
+/// - module: PREFIX/lib/talvik, or the lib/ beside the bin/ of a build tree;
+/// - configuration: PREFIX/etc/talvik (/etc/talvik first, if PREFIX is /usr), then the delivery's
+///   own in PREFIX/share/talvik/etc, or SOURCE/etc of a build tree;
+/// - MIB descriptions: PREFIX/share/talvik/mibs, or SOURCE/mibs of a build tree;
+/// - state: PREFIX/var/lib/talvik (/var/lib/talvik, if PREFIX is /usr).
+///
+/// PREFIX is the folder above that of the program (bin/ or sbin/), and a build tree's PREFIX is
+/// SOURCE/build/PRESET.
 ///
 /// Of several places the first one that exists counts; if none does, the first, which a message can
 /// then name.

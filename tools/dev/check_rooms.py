@@ -32,9 +32,12 @@ RULES = {
     "host/platform/": HOST_BASE + [HOST_ERROR],
     "host/link/": HOST_BASE + [HOST_ERROR, "host/loop_watcher.h", "host/platform/", "backend/"],
     "host/snmp/": HOST_BASE + ["host/"],
+    "host/sdk/": HOST_BASE + ["host/link/", "host/platform/"],
     "backend/": ["framework/", HOST_ERROR, "host/platform/device_config_file.h", "host/platform/host_log.h",
                  "host/platform/durable_database.h", "host/platform/database_files.h"],
     "tools/": ["framework/", "alarmconfig/", "backend/", "host/link/", "host/platform/", HOST_ERROR, PATHS],
+    # Hosts outside the tree: what the development package installs.
+    "examples/": HOST_BASE + ["host/sdk/reference_platform.h", "host/snmp/request_context.h"],
     "tests/": None,
     "fuzz/": None,
     "bench/": None,
