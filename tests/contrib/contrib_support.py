@@ -11,7 +11,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "e2e"))
 
 from alarm_table import AlarmTableTest  # noqa: E402 (the path comes first)
 from notifications import DISK_FAILED  # noqa: E402
-from talvik_e2e import AUTH, LIMIT, PRIV, ROOT, SOURCE, Daemon  # noqa: E402
+from talvik_e2e import AUTH, LIMIT, PRIV, SOURCE, Daemon  # noqa: E402
 
 CONTRIB = SOURCE / "contrib"
 MIB = SOURCE / "mibs" / "KEL-TALVIK-MIB.txt"
@@ -22,15 +22,12 @@ MAJOR, MINOR, INFO = 5, 4, 2  # as alarms are raised
 PLACE = "Gehäuse ž 台"
 FILL_IN_AUTH, FILL_IN_PRIV = "FILL-IN-AUTHENTICATION-PASSPHRASE", "FILL-IN-PRIVACY-PASSPHRASE"
 
-USERS = f"""
-view talvik included {ROOT}
+# What the tests need beside the users of contrib/net-snmp.
+COMMUNITIES = f"""
 view hidden excluded .1
-createUser monitor SHA-256 "{AUTH}" AES "{PRIV}"
-rouser monitor authPriv -V talvik
-rocommunity reader 127.0.0.1 -V talvik
+rocommunity reader 127.0.0.1 -V talvikView
 rocommunity blind 127.0.0.1 -V hidden
 rwcommunity writer 127.0.0.1
-rwcommunity6 writer ::1
 """
 
 
@@ -65,7 +62,8 @@ class ContribTest(AlarmTableTest):
 
     def setUp(self):
         super().setUp()
-        self.config.write_text(USERS)
+        users = (CONTRIB / "net-snmp" / "users.conf").read_text()
+        self.config.write_text(filled_in(users, **{FILL_IN_AUTH: AUTH, FILL_IN_PRIV: PRIV}) + COMMUNITIES)
 
     def daemon(self, name, *command, **environment):
         return self.keep(Daemon(self.folder, name, command, {**os.environ, "LC_ALL": "C.UTF-8", **environment}))
