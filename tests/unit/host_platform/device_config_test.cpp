@@ -144,6 +144,19 @@ TEST_F(DeviceConfig, ARepeatedItemIsRefused)
                 HasSubstr("section \"A\" stands here twice"));
 }
 
+TEST_F(DeviceConfig, ATextThatNoManagerTakesIsRefused)
+{
+    const std::string longest(255, 'n');
+    for (const char* item : {"N-&amp;-1", "21023"}) {
+        auto text = kComplete;
+        EXPECT_EQ(refusalOf(text.replace(text.find(item), std::string(item).size(), longest)), "");
+        text = kComplete;
+        EXPECT_THAT(
+            refusalOf(text.replace(text.find(item), std::string(item).size(), longest + "n")),
+            HasSubstr("\" has 256 octets; managers take at most 255"));
+    }
+}
+
 TEST_F(DeviceConfig, AMissingItemOfTheHostIsRefused)
 {
     const auto text = without(kComplete, R"(<item name="NODE_CODE" value="N-&amp;-1"/>)");
