@@ -125,6 +125,23 @@ class MibNames(MibAgentTest):
         test = " ".join(kinds["talvikTest"][0].values())
         self.assertTrue(re.search(r"STRING: Test trap.*INTEGER: info\(5\).*INTEGER: event\(3\)", test), test)
 
+    def test_labels_mean_what_was_reported(self):
+        receiver = self.keep(NamedSnmptrapd(self.folder))
+        self.add_receiver(self.start(), 1, receiver.port)
+        client = self.client()
+        # What talvikctl calls info to critical, and one that it has no name for.
+        levels = {2: "info(5)", 3: "warning(4)", 4: "minor(3)", 5: "major(2)", 6: "critical(1)", 99: "warning(4)"}
+        for level in levels:
+            serial = client.raise_alarm(DISK_FAILED, disk(7), level=level)
+        client.clear(serial)
+        client.report_event(DISK_FAILED, disk(7))
+        found = receiver.wait_for(len(levels) + 2)
+        shown = {name: [one[f"KEL-TALVIK-MIB::kelReportingAlarm{name}.0"].replace("INTEGER: ", "") for one in found]
+                 for name in ("FaultLevel", "FaultCategory", "FaultType")}
+        self.assertEqual(shown["FaultLevel"][:len(levels)], list(levels.values()))
+        self.assertEqual(shown["FaultCategory"], ["fault(1)"] * len(levels) + ["clear(2)", "event(3)"])
+        self.assertEqual(shown["FaultType"], ["alarm(2)"] * (len(levels) + 1) + ["event(3)"])
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -183,6 +183,16 @@ class MibServed(MibAgentTest):
         self.assertEqual(write_faults(self.module, manager, cells), [])
         self.assertEqual(limit_faults(self.module, manager), [])
 
+    def test_the_row_status_takes_what_the_compliance_statement_says(self):
+        status = self.columns["talvikTrapRowStatus"]
+        accepted = self.module.write_syntaxes[status.name]
+        self.assertEqual(accepted, ["active", "createAndGo", "destroy"])
+        manager = self.manager(self.filled())
+        for label, number in status.syntax.labels.items():
+            if label != "createAndGo":  # which needs a row that is not there; that it is accepted all rows show
+                answer = manager.set((f"{name_of(status)}.1", "i", number))
+                self.assertEqual(answer.error, "noError" if label in accepted else "wrongValue", label)
+
     def test_an_agent_that_accepts_something_else_is_found(self):
         description = json.loads(MIB_DESCRIPTION.read_text())
         columns = {column["name"]: column for column in description["tables"][2]["columns"]}

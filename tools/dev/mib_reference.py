@@ -81,6 +81,8 @@ class Page:
         parts += [f"in {one.units}"] if one.units else []
         parts += [f"default {one.default}"] if one.default else []
         parts += ["needed to create a row"] if told.get("required") else []
+        accepted = self.module.write_syntaxes.get(one.name)
+        parts += ["takes " + ", ".join(accepted)] if accepted else []
         parts += [f"writing it changes `{told['aliasOf']}`"] if "aliasOf" in told else []
         return wrapped(" · ".join(parts))
 

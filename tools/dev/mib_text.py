@@ -90,6 +90,7 @@ class Module:
     notifications: list
     groups: list
     compliances: list
+    write_syntaxes: dict  # labels that the current compliance statement has agents accept, by the object's name
 
     def objects(self):
         return [column for table in self.tables for column in table.columns] + self.scalars + self.notification_objects
@@ -177,7 +178,9 @@ class Reader:
             [one for one in scalars if one.access == "accessible-for-notify"],
             self.definitions("notifications/notification", "objects/object"),
             self.definitions("groups/group", "members/member"),
-            self.definitions("compliances/compliance", "requires/mandatory"))
+            self.definitions("compliances/compliance", "requires/mandatory"),
+            {one.get("name"): [label.get("name") for label in one.findall("writesyntax/typedef/namednumber")]
+             for one in self.document.findall("compliances/compliance[@status='current']/refinements/refinement")})
 
     def definitions(self, kind, member):
         return [Definition(one.get("name"), one.get("oid"), one.get("status"),
