@@ -1,0 +1,111 @@
+"""Whatever contrib/ calls by name or number is in the MIB's text under that name, with that number."""
+
+import importlib.machinery
+import importlib.util
+import re
+import unittest
+
+from contrib_support import CONTRIB, MIB_FOLDERS, needs, run
+from dashboard import expressions_in, load
+
+KEL = "1.3.6.1.4.1.99999"
+NAME = re.compile(r"\b(?:talvik|kelReporting|ownReporting|ReportingAlarm)[A-Z]?\w*")
+OID = re.compile(r"(?<![\d.])\.?(1\.3\.6\.1\.4\.1\.99999(?:\.\d+)*)")
+FILES = sorted(path for path in CONTRIB.rglob("*") if path.is_file())
+
+# Names that the configurations give things of their own.
+OWN_NAMES = {"talvikView", "talvikReceivers"}
+SNMPTT_EVENT = re.compile(r"^EVENT (\w+) ", re.MULTILINE)
+
+
+def translate(*arguments):
+    return run("snmptranslate", *arguments, MIBDIRS=MIB_FOLDERS, MIBS="KEL-TALVIK-MIB")
+
+
+def mib_nodes():
+    """OID by name, as the stock tools read the MIB."""
+    return {name: oid for name, oid in re.findall(r'"(\w+)"\s+"([\d.]+)"', translate("-Tz")) if oid.startswith(KEL)}
+
+
+def enumeration(name):
+    """Names by number."""
+    syntax = re.search(r"SYNTAX\s+INTEGER \{(.*?)\}", translate("-Td", f"KEL-TALVIK-MIB::{name}"), re.DOTALL).group(1)
+    return {int(number): label for label, number in re.findall(r"(\w+)\((\d+)\)", syntax)}
+
+
+def script(path):
+    """A script of contrib/ as a module."""
+    loader = importlib.machinery.SourceFileLoader(path.name.replace("-", "_"), str(path))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
+    loader.exec_module(module)
+    return module
+
+
+@needs("snmptranslate")
+class ContribNames(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.nodes = mib_nodes()
+        cls.levels, cls.categories = enumeration("kelReportingAlarmFaultLevel"), enumeration("kelReportingAlarmFaultCategory")
+
+    def test_every_name_is_in_the_mib(self):
+        tails = {re.sub("^(?:kel|own)", "", name) for name in self.nodes}
+        found = set()
+        for path in FILES:
+            text = path.read_text()
+            own = OWN_NAMES | set(SNMPTT_EVENT.findall(text))
+            for name in NAME.findall(text):
+                if name[:6] != "talvik" or name[6:7].isupper():
+                    found.add(name)
+                    metric = name.removesuffix("_info")  # of the exporter
+                    self.assertTrue({name, metric} & (set(self.nodes) | tails | own) or name == "ReportingAlarm",
+                                    f"{name} in {path}")
+        self.assertLessEqual({"talvikAlarmLevel", "talvikTopologyStatus", "talvikClearAlarm"}, found)
+
+    def test_every_oid_is_in_the_mib(self):
+        known = set(self.nodes.values())
+        own = self.nodes["talvikOwnAlarms"]
+        count = 0
+        for path in FILES:
+            for oid in OID.findall(path.read_text()):
+                count += 1
+                parent = oid.rpartition(".")[0]  # of an instance
+                self.assertTrue(oid in known or parent in known or oid.startswith(own + "."), f"{oid} in {path}")
+        self.assertGreater(count, 20)
+
+    def test_the_numbers_of_the_objects_agree(self):
+        handler = script(CONTRIB / "snmptrapd" / "talvik-trap-handler")
+        objects = {int(oid.rpartition(".")[2]): name.removeprefix("kelReportingAlarm")
+                   for name, oid in self.nodes.items() if name.startswith("kelReportingAlarm")}
+        self.assertEqual(handler.OBJECTS, objects)
+        self.assertEqual({name: oid.lstrip(".") for name, oid in handler.MODULE_NAMES.items()},
+                         {name: self.nodes[name] for name in handler.MODULE_NAMES})
+        plugin = script(CONTRIB / "nagios" / "check_talvik_alarms")
+        self.assertEqual((plugin.LEVEL, plugin.STATUS),
+                         tuple("." + self.nodes[name] for name in ("talvikAlarmLevel", "talvikTopologyStatus")))
+
+    def test_enumerations_agree(self):
+        handler = script(CONTRIB / "snmptrapd" / "talvik-trap-handler")
+        self.assertEqual({int(number): name for number, name in handler.LEVELS.items()}, self.levels)
+        self.assertEqual({int(number): name for number, name in handler.CATEGORIES.items()}, self.categories)
+        plugin = script(CONTRIB / "nagios" / "check_talvik_alarms")
+        self.assertEqual(plugin.LEVELS, enumeration("talvikAlarmLevel"))
+        self.assertEqual(enumeration("talvikTopologyStatus")[plugin.ONLINE], "online")
+        self.assertEqual(enumeration("talvikAlarmLevel"), self.levels)
+
+    def test_snmptt_knows_every_value_once(self):
+        text = (CONTRIB / "snmptt" / "snmptt.conf").read_text()
+        for number, names in ((6, self.levels), (11, self.categories)):
+            found = set(re.findall(rf"^MATCH \${number}: \(\^(\d+)\$\|\^(\w+)\$\)$", text, re.MULTILINE))
+            self.assertEqual({int(value): name for value, name in found}, names)
+        # Of each family: a fault of each severity, a clear, an event.
+        events = re.findall(r"^EVENT \w+ (\S+) ", text, re.MULTILINE)
+        self.assertEqual(sorted(events.count(oid) for oid in set(events)), [1, len(self.levels) + 2, len(self.levels) + 2])
+
+    def test_the_dashboard_knows_every_severity(self):
+        expressions = " ".join(expressions_in(load()))
+        self.assertEqual(set(re.findall(r'talvikAlarmLevel="(\w+)"', expressions)), set(self.levels.values()))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,144 @@
+"""contrib/zabbix: what the template asks for is what the agent has, and its patterns tell the agent's traps apart."""
+
+import re
+import unittest
+
+from contrib_support import CONTRIB, DISK_SLOW, INFO, MIB_FOLDERS, PLACE, SOURCE, ContribTest, needs, run
+from notifications import DISK_ADVICE, OWN_OID, V1, V2C
+from talvik_e2e import READER, wait_until
+from trap_daemon import TrapDaemon
+from zabbix_template import discovered, load, mapping, objects_in, trap_patterns
+
+TEMPLATE = "Talvik storage controller by SNMP"
+REFERENCE = re.compile(rf"/{TEMPLATE}/((?:\[[^\]]*\]|[^,()\[\]]|\[\".*?\"\])+)[,)]")
+UUID = re.compile(r"[0-9a-f]{12}4[0-9a-f]{3}[89ab][0-9a-f]{15}$")
+WRITER = SOURCE / "tests" / "contrib" / "zabbix_trap_lines.pl"
+
+
+class ZabbixTemplate(unittest.TestCase):
+    def test_every_part_has_an_id_of_its_own(self):
+        found = [part["uuid"] for part in objects_in(load()) if "uuid" in part]
+        self.assertGreaterEqual(len(found), 15)
+        self.assertEqual(len(set(found)), len(found))
+        for uuid in found:
+            self.assertRegex(uuid, UUID)
+
+    def test_triggers_and_maps_refer_to_what_there_is(self):
+        template = load()
+        keys = {part["key"] for part in objects_in(template) if "key" in part}
+        expressions = [part[name] for part in objects_in(template) for name in ("expression", "recovery_expression")
+                       if name in part]
+        self.assertGreaterEqual(len(expressions), 8)
+        for expression in expressions:
+            self.assertTrue(any(f"/{TEMPLATE}/{key}" in expression for key in keys), expression)
+            rest = expression
+            for key in sorted(keys, key=len, reverse=True):
+                rest = rest.replace(f"/{TEMPLATE}/{key}", "")
+            self.assertNotIn("/", rest)
+        maps = {one["name"] for one in template["valuemaps"]}
+        self.assertEqual({part["valuemap"]["name"] for part in objects_in(template) if "valuemap" in part}, maps)
+
+    @needs("snmptranslate")
+    def test_enumerations_are_those_of_the_mib(self):
+        def enumeration(name):
+            text = run("snmptranslate", "-Td", f"KEL-TALVIK-MIB::{name}", MIBDIRS=MIB_FOLDERS, MIBS="KEL-TALVIK-MIB")
+            return {int(number): label for label, number in re.findall(r"(\w+)\((\d+)\)", text.split("INTEGER {")[1].split("}")[0])}
+
+        template, levels = load(), enumeration("talvikAlarmLevel")
+        self.assertEqual(mapping(template, "Talvik severity"), {0: "not active", **levels})
+        self.assertEqual(mapping(template, "Talvik back end"), enumeration("talvikTopologyStatus"))
+        prototypes = template["discovery_rules"][0]["item_prototypes"][0]["trigger_prototypes"]
+        self.assertEqual({int(one["expression"][-1]): one["tags"][1]["value"] for one in prototypes}, levels)
+        self.assertEqual(len({one["priority"] for one in prototypes}), len(levels))
+
+
+class ZabbixPolling(ContribTest):
+    def value(self, agent, oid):
+        line, = self.lines("snmpget", agent, READER, oid)
+        return line.split(" = ", 1)[1]
+
+    def test_what_it_polls_is_there(self):
+        agent = self.start()
+        polled = [item["snmp_oid"] for item in load()["items"] if item["type"] == "SNMP_AGENT"]
+        self.assertEqual([self.value(agent, oid) for oid in polled], ["INTEGER: 1", 'STRING: "TALVIK-0001"'])
+
+    def test_it_discovers_each_alarm(self):
+        agent = self.start()
+        client = self.client()
+        serials = [self.raise_disk(client, number, place="DAE000") for number in (1, 2)]
+        rule = load()["discovery_rules"][0]
+        rows = {}
+        for macro, oid in discovered(rule).items():
+            for line in self.walk(agent, READER, oid):
+                name, value = line.split(" = ", 1)
+                rows.setdefault(name.removeprefix(f".{oid}."), {})[macro] = value.partition(": ")[2].strip('"')
+        self.assertEqual(rows, {str(serial): {
+            "{#NODE}": "TALVIK-0001", "{#LOCATION}": f"Enclosure DAE000, slot {number}", "{#TITLE}": "Disk failed",
+            "{#ADVICE}": DISK_ADVICE, "{#ALARMID}": "501010001",
+            "{#DETAIL}": f"Disk {number} in enclosure DAE000 (serial number SN-{number}) has failed: too many media errors."}
+            for number, serial in enumerate(serials, 1)})
+        texts = "".join(str(part) for part in objects_in(rule))
+        self.assertLessEqual(set(re.findall(r"\{#\w+\}", texts)), {"{#SNMPINDEX}", *rows[str(serials[0])]})
+        # An item of an alarm has its severity, and once the alarm is cleared none, which makes it 0.
+        prototype = rule["item_prototypes"][0]
+        levels = [prototype["snmp_oid"].replace("{#SNMPINDEX}", index) for index in rows]
+        self.assertEqual([self.value(agent, oid) for oid in levels], ["INTEGER: 2"] * 2)
+        client.clear(serials[0])
+        wait_until(lambda: self.value(agent, levels[0]).startswith("No Such Instance"), "the alarm's row gone")
+        self.assertEqual([step["type"] for step in prototype["preprocessing"]], ["CHECK_NOT_SUPPORTED"])
+
+
+@needs("snmptrapd", "perl")
+class ZabbixTraps(ContribTest):
+    def receiver(self, mib_text=False):
+        """An snmptrapd that writes traps as Zabbix's receiver does."""
+        output = self.folder / f"traps-{len(self.daemons)}.txt"
+        environment = {"TALVIK_TRAP_FILE": str(output)}
+        config = f'authCommunity log,execute public\nperl do "{WRITER}"\n'
+        return self.keep(TrapDaemon(self.folder, config, mib_text, **environment)), output
+
+    def traps_of(self, output, count):
+        """What Zabbix matches: each trap from its header on."""
+        def written():
+            text = output.read_text() if output.exists() else ""
+            traps = re.findall(r"^[\d:]{8} [\d/]{10} ZBXTRAP 127\.0\.0\.1\n.*?(?=^[\d:]{8} [\d/]{10} ZBXTRAP|\Z)", text,
+                               re.MULTILINE | re.DOTALL)
+            whole = [trap for trap in traps if "ReportingAlarmProductSN.0" in trap or "1.14.0" in trap or "3.14.0" in trap]
+            return whole if len(whole) >= count else None
+
+        return wait_until(written, f"{count} traps in {output.name}")
+
+    def test_its_patterns_tell_traps_apart(self):
+        agent = self.start()
+        receivers = [(self.receiver(), V2C, None), (self.receiver(mib_text=True), V2C, None),
+                     (self.receiver(), V2C, OWN_OID), (self.receiver(mib_text=True), V2C, OWN_OID),
+                     (self.receiver(mib_text=True), V1, OWN_OID)]
+        for index, ((daemon, _), version, kind) in enumerate(receivers, 1):
+            self.add_receiver(agent, index, daemon.port, version, kind or 1)
+        client = self.client()
+        serial = client.raise_alarm(501010001, f"{PLACE},7,SN-7,1".encode())
+        client.clear(serial)
+        client.report_event(DISK_SLOW, b"A,1,2,3", level=INFO)
+        client.report_event(DISK_SLOW, b"A,1,2,3", level=3)
+        for index in range(1, len(receivers) + 1):
+            client.test_trap(index)
+        template = load()
+        patterns = trap_patterns(template)
+        severe = self.severity_pattern(template)
+        for (_, output), version, kind in receivers:
+            with self.subTest(output=output.name, version=version, kind=kind):
+                traps = self.traps_of(output, 5)
+                found = [[name for name, pattern in patterns.items() if pattern.search(trap)] for trap in traps]
+                self.assertEqual(sorted(found), sorted([["Traps: alarms"]] * 2 + [["Traps: events"]] * 2 + [["Traps: tests"]]))
+                events = [trap for trap in traps if patterns["Traps: events"].search(trap)]
+                self.assertEqual([bool(severe.search(trap)) for trap in events], [False, True])
+
+    @staticmethod
+    def severity_pattern(template):
+        """What the trigger about events looks for."""
+        trigger, = (item["triggers"][0] for item in template["items"] if item["name"] == "Traps: events")
+        return re.compile(re.search(r'"regexp","(.*)"\)', trigger["expression"]).group(1))
+
+
+if __name__ == "__main__":
+    unittest.main()
