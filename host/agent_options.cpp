@@ -27,8 +27,31 @@ std::string backendName(const std::string& value)
     }
 }
 
+std::string agentxMaster(const std::string& value)
+{
+    return parseAgentxAddress(value) ? "" : "\"" + value + "\": " + agentxAddressHint();
+}
+
+/// A request may take twice as long, and snmpd waits a second before it asks again.
+constexpr unsigned kTimeoutUnderMaster = 400;
 constexpr unsigned kLeastTimeout = 50;
 constexpr unsigned kLongestTimeout = 60000;
+
+void declareAgentx(CLI::App& app, AgentOptions& options)
+{
+    app.add_option_function<std::string>(
+           "--agentx",
+           [&options](const std::string& text) { options.agentx = parseAgentxAddress(text); },
+           "Serve as a subagent of the AgentX master (snmpd with \"master agentx\") at this "
+           "address "
+           "of this machine, and listen nowhere: who may ask what is the master's to say. Default "
+           "address: unix:/var/agentx/master")
+        ->type_name("[ADDR]")
+        ->expected(0, 1)
+        ->default_str(AgentxAddress::kDefault)
+        ->check(agentxMaster, "address")
+        ->excludes("--listen");
+}
 
 void declare(CLI::App& app, AgentOptions& options)
 {
@@ -64,13 +87,16 @@ void declare(CLI::App& app, AgentOptions& options)
         ->type_name("ADDR")
         ->allow_extra_args(false)
         ->check(notEmpty, "not empty");
+    declareAgentx(app, options);
     app.add_option("--backend", options.backend,
                    "Management back end: embedded, or unix:PATH of its socket")
         ->type_name("BACKEND")
         ->check(backendName, "embedded or unix:PATH")
         ->capture_default_str();
-    app.add_option("--backend-timeout", options.backendTimeout,
-                   "How long an answer of the back end's may take, and the rows of one request")
+    app.add_option(
+           "--backend-timeout", options.backendTimeout,
+           "How long an answer of the back end's may take, and the rows of one request; 400 "
+           "with --agentx unless it is named, so that the master does not wait in vain")
         ->type_name("MS")
         ->check(CLI::Range(kLeastTimeout, kLongestTimeout))
         ->capture_default_str();
@@ -120,6 +146,9 @@ std::optional<int> parseCommandLine(int argc, const char* const* argv, AgentOpti
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error, std::cout, std::cerr) == 0 ? kExitOk : kExitUsage;
+    }
+    if (options.agentx && app.count("--backend-timeout") == 0) {
+        options.backendTimeout = kTimeoutUnderMaster;
     }
     if (options.socket.empty()) {
         options.socket = options.stateDir + "/agent.sock";

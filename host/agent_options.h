@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/platform/host_log.h"
+#include "host/snmp/agentx_address.h"
 
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@ struct AgentOptions {
     std::string mibDir;
     std::string stateDir;
     std::vector<std::string> listen;  ///< empty: what the agent configuration says, or the default
+    std::optional<AgentxAddress> agentx;  ///< the master to serve through instead of listening
     std::string backend = "embedded";
     unsigned backendTimeout = 1000;  ///< milliseconds
     std::string socket;              ///< for talvikctl

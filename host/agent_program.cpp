@@ -207,6 +207,13 @@ BatchTable::Limits limitTables(const AgentOptions& options)
     return limits;
 }
 
+/// `persistentDir` exists.
+AgentSettings agentSettings(const AgentOptions& options, const std::string& persistentDir,
+                            const EngineState& engine)
+{
+    return {options.configFile, persistentDir, options.listen, engine, options.agentx};
+}
+
 void logSignal(int signal)
 {
     if (signal == SIGHUP) {
@@ -279,16 +286,16 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     const auto persistentDir = persistentDirectory(options.stateDir);
     preparePersistentDirectory(persistentDir);
     const auto engine = engineStore(options).begin();
-    SnmpAgent agent({options.configFile, persistentDir, options.listen, engine});
+    SnmpAgent agent(agentSettings(options, persistentDir, engine));
     module.serve(agent, keeper, limitTables(options));
     agent.configure();
     NotificationService notifications(notificationSettings(options, choice, device, module, keeper),
                                       trapStore.store(), served.commands(), served.work());
     const InstalledBackend backend(linkTo(choice, served.commands()));
-    const auto endpoints = agent.listen();
+    const auto where = agent.listen();
     notifications.start(configurationMayHaveChanged(options.stateDir, startFiles(options, module)));
     hostLog()->info("SNMP engine ID {}, boots {}", toHex(engine.id), engine.boots);
-    hostLog()->info("ready, listening on {}", endpoints);
+    hostLog()->info("ready, {}", where);
     hostLog()->flush();
     serveUntilStopped(agent, notifications.watchers(), signals);
 }
@@ -306,8 +313,7 @@ void checkAgent(const AgentOptions& options)
 
     const TemporaryDirectory scratch;
     const TrapStore noDestinations(scratch.path());
-    SnmpAgent agent(
-        {options.configFile, scratch.path(), options.listen, engineStore(options).preview()});
+    SnmpAgent agent(agentSettings(options, scratch.path(), engineStore(options).preview()));
     module.serve(agent, keeper, limitTables(options));
     const auto warnings = agent.configure();
     if (!warnings.empty()) {

@@ -12,9 +12,16 @@
 #include "host/startup_error.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <utility>
+
+// Exported by the library, declared in none of its headers.
+extern "C" {
+void init_vacm_conf(void);
+void init_usmConf(void);
+}
 
 namespace talvik {
 
@@ -27,6 +34,10 @@ constexpr const char* kDefaultListen = "udp:127.0.0.1:1161";
 constexpr const char* kLibraryModules =
     "system_mib,sysORTable,snmp_mib,setSerialNo,vacm_vars,vacm_conf,vacm_context,snmpEngine,"
     "snmpMPDStats,usmStats,usmUser,usmConf";
+
+/// Words about the system group, which is the master's then.
+constexpr std::array<const char*, 6> kMastersWords = {"sysDescr", "sysObjectID", "sysContact",
+                                                      "sysName",  "sysLocation", "sysServices"};
 
 constexpr int kMaxGetBulkResponses =
     1000;  ///< more than 100 repeaters get an empty answer otherwise
@@ -98,6 +109,27 @@ bool saysNobodyHasAccess(const std::vector<LibraryLog::Line>& lines)
                 .empty();
 }
 
+void initLibrary()
+{
+    auto* modules = strdup(kLibraryModules);  // the library cuts it up
+    add_to_init_list(modules);
+    free(modules);
+    if (init_agent(kApplicationName) != 0) {
+        throw StartupError("net-snmp's agent library cannot be set up");
+    }
+}
+
+/// What the same configuration file needs under an AgentX master, whose all the rest is.
+void initSubagentModules()
+{
+    init_vacm_conf();
+    init_usmConf();
+    for (const auto* word : kMastersWords) {
+        register_app_config_handler(
+            word, [](const char*, char*) {}, nullptr, nullptr);
+    }
+}
+
 void checkEngine(const EngineState& engine, const std::string& configFile)
 {
     unsigned char id[SNMP_MAX_ENG_SIZE];
@@ -131,6 +163,11 @@ void checkUnsupported(const AgentSettings& settings)
         throw StartupError("agent configuration " + settings.configFile +
                            ": remove \"master agentx\": this agent takes no subagents");
     }
+    if (settings.master &&
+        netsnmp_ds_get_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET) != nullptr) {
+        throw StartupError("agent configuration " + settings.configFile +
+                           ": remove agentXSocket: --agentx ADDR names the master");
+    }
 }
 
 }  // namespace
@@ -141,13 +178,16 @@ SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
     shieldFromEnvironment(settings_.persistentDir);
     setDefaults(settings_.persistentDir, settings_.configFile);
 
-    auto* modules = strdup(kLibraryModules);  // the library cuts it up
-    add_to_init_list(modules);
-    free(modules);
-    if (init_agent(kApplicationName) != 0) {
-        throw StartupError("net-snmp's agent library cannot be set up");
+    if (settings_.master) {
+        AgentxMaster::enterRole();
     }
-    init_mib_modules();
+    initLibrary();
+    if (settings_.master) {
+        master_ = std::make_unique<AgentxMaster>(*settings_.master);
+        initSubagentModules();
+    } else {
+        init_mib_modules();
+    }
     limitBulkResponses();
     rememberAdmittedManagers();
     bridge_ = std::make_unique<RequestBridge>();
@@ -179,7 +219,7 @@ std::vector<std::string> SnmpAgent::configure()
                            " is wrong: " + join(errors, "; "));
     }
     checkEngine(settings_.engine, settings_.configFile);
-    if (saysNobodyHasAccess(lines)) {
+    if (!settings_.master && saysNobodyHasAccess(lines)) {
         hostLog()->warn("agent configuration {} gives access to nobody: every request will be "
                         "refused; add rouser or "
                         "rocommunity lines",
@@ -193,6 +233,20 @@ std::vector<std::string> SnmpAgent::configure()
 }
 
 std::string SnmpAgent::listen()
+{
+    std::string where;
+    if (master_) {
+        master_->begin();
+        where = "serving through the AgentX master " + master_->name();
+    } else {
+        where = "listening on " + openEndpoints();
+    }
+    markPersistentFileComplete();
+    snmp_store(kApplicationName);
+    return where;
+}
+
+std::string SnmpAgent::openEndpoints()
 {
     const auto* configured =
         netsnmp_ds_get_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS);
@@ -209,14 +263,16 @@ std::string SnmpAgent::listen()
         throw StartupError("cannot listen on " + endpoints + ": " + join(errors, "; ") +
                            " (is another agent running there?)");
     }
-    markPersistentFileComplete();
-    snmp_store(kApplicationName);
     return endpoints;
 }
 
 void SnmpAgent::run(int stopFd, const std::vector<LoopWatcher*>& watchers)
 {
-    serveUntilReadable(stopFd, watchers);
+    auto all = watchers;
+    if (master_) {
+        all.push_back(master_.get());
+    }
+    serveUntilReadable(stopFd, all);
 }
 
 }  // namespace talvik

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "host/loop_watcher.h"
+#include "host/snmp/agentx_master.h"
 #include "host/snmp/engine_state.h"
 #include "host/snmp/library_log.h"
 #include "host/snmp/request_bridge.h"
 #include "host/snmp/subtree.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +20,8 @@ struct AgentSettings {
     std::string persistentDir;  ///< of net-snmp's own persistent file; exists
     std::vector<std::string>
         listen;  ///< "udp:127.0.0.1:1161"; empty: what the configuration says, or the default
-    EngineState engine;  ///< the engine's identity in this run
+    EngineState engine;                   ///< the engine's identity in this run
+    std::optional<AgentxAddress> master;  ///< serve through it instead of listening
 };
 
 /// net-snmp's agent library as one object, one a process. Everything happens on the thread that
@@ -46,15 +49,19 @@ public:
     /// is wrong.
     std::vector<std::string> configure();
 
-    /// Opens the endpoints and returns them. Throws `StartupError` when one cannot be opened.
+    /// Opens the endpoints, or has the master looked for, and says where managers are served:
+    /// "listening on udp:127.0.0.1:1161". Throws `StartupError` when one cannot be opened.
     std::string listen();
 
     /// Serves requests, and `watchers` beside them, until `stopFd` can be read.
     void run(int stopFd, const std::vector<LoopWatcher*>& watchers = {});
 
 private:
+    std::string openEndpoints();
+
     AgentSettings settings_;
     LibraryLog log_;
+    std::unique_ptr<AgentxMaster> master_;  ///< null for an agent that listens itself
     std::unique_ptr<RequestBridge> bridge_;
     bool configured_ = false;
 };

@@ -184,6 +184,10 @@ private:
             return true;
         }
         const auto& id = table_.table().id;
+        if (named->type == ASN_PRIV_INCL_RANGE && named->name_length == id.size() &&
+            std::equal(id.begin(), id.end(), named->name)) {
+            return false;  // an AgentX master asks so when it comes from elsewhere
+        }
         const auto shorter = std::min(id.size(), named->name_length);
         return std::equal(id.begin(), id.begin() + static_cast<std::ptrdiff_t>(shorter),
                           named->name);

@@ -53,6 +53,12 @@ void writeLine(LibraryLog::Level level, const std::string& text)
     libraryLogger()->log(logLevel(level), "{}", oneLine(text));
 }
 
+/// True for what the agent says itself, and differently: it looks for its AgentX master by itself.
+bool isSaidElsewhere(const std::string& text)
+{
+    return text.compare(0, 7, "AgentX ") == 0 && text.find("not reconnecting") != std::string::npos;
+}
+
 std::string leftOutText(std::uint64_t lines)
 {
     return std::to_string(lines) + " more lines of net-snmp were left out";
@@ -115,7 +121,7 @@ void LibraryLog::add(int priority, const char* text)
 void LibraryLog::finishLine(Level level)
 {
     const auto text = std::exchange(partial_, {});
-    if (text.empty()) {
+    if (text.empty() || isSaidElsewhere(text)) {
         return;
     }
     if (!keeping_) {

@@ -20,6 +20,13 @@ CKEL_SnmpContext::Operation operationOf(int pduType)
     }
 }
 
+/// Whether an AgentX master passed the request on, which does not tell who asks.
+bool isThroughMaster(const netsnmp_pdu& pdu)
+{
+    constexpr long kAgentxVersions = 0xC0;
+    return (pdu.version & kAgentxVersions) == kAgentxVersions;
+}
+
 std::string userOf(const netsnmp_pdu& pdu)
 {
     if (pdu.version == SNMP_VERSION_3) {
@@ -58,7 +65,7 @@ CKEL_SnmpContext contextOf(const netsnmp_agent_request_info& info)
     if (pdu.contextName != nullptr) {
         context.contextName.assign(pdu.contextName, pdu.contextNameLen);
     }
-    context.source = sourceOf(*info.asp);
+    context.source = isThroughMaster(pdu) ? "the AgentX master" : sourceOf(*info.asp);
     return context;
 }
 

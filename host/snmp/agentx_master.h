@@ -1,0 +1,58 @@
+#pragma once
+
+#include "host/loop_watcher.h"
+#include "host/snmp/agentx_address.h"
+
+#include <chrono>
+#include <string>
+
+namespace talvik {
+
+/// The AgentX master (RFC 2741) that passes managers' requests on to this agent. Finds it, again
+/// and again while it is away, and has the library register there what this agent serves.
+///
+/// The library would do so by itself, but waits for a master that does not accept, for as long as
+/// that takes. So the master is first asked for a sign of life on a connection of its own, without
+/// waiting; the library's own exchanges with it then take a second each at most. On the agent's
+/// thread only, one instance a process.
+class AgentxMaster : public LoopWatcher {
+public:
+    /// Makes the library a subagent; before its `init_agent`.
+    static void enterRole();
+
+    /// After the library's `init_agent`.
+    explicit AgentxMaster(AgentxAddress address);
+    ~AgentxMaster() override;
+
+    /// From now on the master is looked for. After the library has read its configuration.
+    void begin();
+
+    bool isConnected() const { return state_ == State::Connected; }
+    const std::string& name() const { return address_.text; }
+
+    int descriptor() const override { return probe_; }
+    bool wantsToWrite() const override { return state_ == State::Probing && !asked_; }
+    Time deadline() const override;
+    void proceed(bool ready, Time now) override;
+
+private:
+    enum class State { Idle, Away, Probing, Connected };
+
+    static int onLost(int majorId, int minorId, void* session, void* unused);
+
+    void closeProbe();
+    void startProbe(Time now);
+    void goOnWithProbe(Time now);
+    void connect(Time now);
+    void tryLater(const std::string& reason, Time now);
+
+    const AgentxAddress address_;
+    State state_ = State::Idle;
+    int probe_ = -1;         ///< a connection of its own
+    bool asked_ = false;     ///< the sign of life was asked for
+    bool reported_ = false;  ///< the log says that the master is away
+    std::chrono::milliseconds pause_{0};
+    Time next_ = Time::max();  ///< when to try again, or how long to wait for a sign of life
+};
+
+}  // namespace talvik

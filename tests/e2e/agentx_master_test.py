@@ -1,0 +1,136 @@
+"""A master that comes, goes and hangs, and a back end that does; the agent goes on through all of it."""
+
+import signal
+import socket
+import subprocess
+import unittest
+
+from agentx_master import AgentxTest
+from alarm_table import ALARMS
+from fake_backend import FakeBackend
+from notifications import ALARM_TRAP, DISK_FAILED, disk
+from talvik_e2e import (BIN, CLEAR_ALARM_LINE, CONFIG, EVERYTHING, LIMIT, READER, ROOT, TABLE, free_port, topology,
+                        wait_until)
+from trap_table import TRAPS, Destination, create, walk_of
+
+SYS_DESCR = ".1.3.6.1.2.1.1.1.0"
+DESCRIPTION = f"{SYS_DESCR} = STRING: \"end-to-end test\""
+
+
+class AgentxMaster(AgentxTest):
+    def serves(self, master):
+        result = self.tool("snmpwalk", master, READER, TABLE)
+        return result.stdout.splitlines() == topology()
+
+    def test_master_may_come_later_and_come_back(self):
+        port = free_port()
+        master = self.start_master(port=port)
+        master.kill()
+        master.socket.unlink()
+        agent = self.start_subagent(master, connected=False)
+        agent.wait_for_log("cannot be reached: No such file or directory; nobody can ask this agent until")
+        for times in (1, 2, 3):
+            master = self.start_master(port=port)
+            wait_until(lambda: self.connections(agent) == times, "the agent connected")
+            wait_until(lambda: self.serves(master), "the topology table served")
+            master.kill()
+            wait_until(lambda: agent.log().count("cannot be reached: it has ended the session") == times, "that it has gone")
+        self.assertEqual(agent.stop(), 0)
+        self.assertNotIn("not reconnecting", agent.log())
+
+    def test_hung_master_holds_nothing_up(self):
+        master = self.start_master()
+        self.keep_alarms([])
+        agent = self.start_subagent(master)
+        receiver = self.trap_socket()
+        self.add_receiver(master, 1, receiver.port)
+        master.send(signal.SIGSTOP)
+        with self.client() as client:
+            client.raise_alarm(DISK_FAILED, disk(7))
+        wait_until(lambda: any(one.oid == ALARM_TRAP for one in receiver.notifications()), "the alarm's trap")
+        self.assertEqual(agent.stop(), 0)
+
+    def test_restarted_agent_is_served_again(self):
+        master = self.start_master()
+        for _ in range(3):
+            agent = self.start_subagent(master)
+            wait_until(lambda: self.serves(master), "the topology table served")
+            agent.kill()
+            wait_until(lambda: not self.serves(master), "the table gone with the agent")
+        self.assertEqual(self.lines("snmpget", master, EVERYTHING, SYS_DESCR), [DESCRIPTION])
+
+    def test_master_over_tcp(self):
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            address = f"tcp:127.0.0.1:{probe.getsockname()[1]}"
+        master = self.start_master(address=address)
+        self.start_subagent(master)
+        wait_until(lambda: self.serves(master), "the topology table served")
+
+
+class AgentxBackend(AgentxTest):
+    def start_with_backend(self, master_config="", **changes):
+        self.path = self.folder / "backend.sock"
+        self.master = self.start_master(config=CONFIG + master_config)
+        return self.start_subagent(self.master, backend=f"unix:{self.path}", **changes)
+
+    def error_of_table(self):
+        with self.manager(self.master, "reader") as manager:
+            return manager.get_next(ALARMS).error
+
+    def assert_others_go_on(self):
+        self.assertEqual(self.lines("snmpget", self.master, EVERYTHING, SYS_DESCR), [DESCRIPTION])
+        self.assertEqual(self.walk(self.master, READER, TABLE), topology(2))
+        behind = f"{ROOT}.2.91.9.2"  # from where the master goes on with the table of alarms
+        self.assertEqual(self.lines("snmpgetnext", self.master, READER, behind), [CLEAR_ALARM_LINE])
+        self.set(self.master, *create(5))
+        self.assertEqual(self.walk(self.master, READER, TRAPS), walk_of(Destination(5)))
+
+    def test_absent_back_end(self):
+        agent = self.start_with_backend()
+        self.assertEqual(self.error_of_table(), "genErr")
+        self.assert_others_go_on()
+        backend = self.start_backend(self.path)
+        wait_until(lambda: self.error_of_table() == "noError", "the table")
+        backend.kill()
+        wait_until(lambda: self.error_of_table() == "genErr", "no table without the back end")
+        self.assertEqual(self.connections(agent), 1)
+
+    def test_hanging_back_end_does_not_try_the_masters_patience(self):
+        fake = FakeBackend(self.folder / "backend.sock", hangs=True)
+        self.addCleanup(fake.close)
+        agent = self.start_with_backend("agentXTimeout 1\nagentXRetries 0\n")
+        self.assertEqual(self.error_of_table(), "genErr")
+        self.assert_others_go_on()
+        self.assertEqual(self.connections(agent), 1)
+        self.assertNotIn("cannot be reached", agent.log())
+
+
+class AgentxUsage(AgentxTest):
+    def test_wrong_usage_is_told(self):
+        for options, expected in (
+                ({"agentx": "tcp:192.0.2.1:705"}, "an AgentX master on this machine is due"),
+                ({"agentx": "unix:" + "/x" * 60}, "an AgentX master on this machine is due"),
+                ({"agentx": "udp:127.0.0.1:705"}, "an AgentX master on this machine is due"),
+                ({"agentx": "/run/x", "listen": "udp:127.0.0.1:1161"}, "--listen excludes --agentx")):
+            with self.subTest(options=options):
+                result = subprocess.run([str(BIN / "talvik-agentd"), *self.arguments(**options)], capture_output=True,
+                                        text=True, timeout=LIMIT, stdin=subprocess.DEVNULL)
+                self.assertEqual(result.returncode, 2, result.stderr)
+                self.assertIn(expected, result.stderr)
+
+    def check(self, **options):
+        return subprocess.run([str(BIN / "talvik-agentd"), *self.arguments(**options), "--check"], capture_output=True,
+                              text=True, timeout=LIMIT, stdin=subprocess.DEVNULL)
+
+    def test_check_needs_no_master(self):
+        result = self.check(agentx="/no/such/master")
+        self.assertEqual((result.returncode, result.stdout), (0, "OK\n"), result.stderr)
+        self.config.write_text(CONFIG + "agentXSocket /elsewhere\n")
+        result = self.check(agentx="/no/such/master")
+        self.assertEqual(result.returncode, 1, result.stdout)
+        self.assertIn("remove agentXSocket", result.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
