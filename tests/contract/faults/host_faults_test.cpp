@@ -11,6 +11,7 @@
 namespace {
 
 using namespace talvik;
+using contract::hostSide;
 using contract::Operation;
 using contract::Outcome;
 using contract::outcomeOf;
@@ -18,12 +19,6 @@ using contract::Visit;
 using gates::Throws;
 
 constexpr Throws kKinds[] = {Throws::KelException, Throws::BadAlloc, Throws::Int};
-
-contract::HostSide& hostSide()
-{
-    static contract::HostSide host;
-    return host;
-}
 
 /// A function of the host that throws at one of its calls.
 struct Fault {

@@ -15,14 +15,9 @@
 namespace {
 
 using namespace talvik;
+using contract::hostSide;
 using contract::Outcome;
 using contract::Visit;
-
-contract::HostSide& hostSide()
-{
-    static contract::HostSide host;
-    return host;
-}
 
 /// What each operation that needs no more than handlers comes to.
 std::vector<Outcome> useAll(Visit& visit)

@@ -276,6 +276,12 @@ HostSide::HostSide()
     forgetReports();
 }
 
+HostSide& hostSide()
+{
+    static HostSide host;
+    return host;
+}
+
 HostSide::~HostSide()
 {
     installTrapStore(nullptr);

@@ -24,11 +24,10 @@ struct Outcome {
     friend std::ostream& operator<<(std::ostream& os, const Outcome& outcome);
 };
 
-/// The reference host's side, set up once for all visits: device configuration, catalogue, a back
-/// end that knows one alarm, and a list of trap destinations.
+/// The reference host's side, one for the process: device configuration, catalogue, a back end that
+/// knows one alarm, and a list of trap destinations.
 class HostSide {
 public:
-    HostSide();
     ~HostSide();
 
     HostSide(const HostSide&) = delete;
@@ -41,9 +40,16 @@ public:
     void forgetReports();
 
 private:
+    friend HostSide& hostSide();
+
+    HostSide();
+
     test::TempDir folder_;
     TrapStore* store_ = nullptr;
 };
+
+/// Set up at the first call.
+HostSide& hostSide();
 
 /// One thing that a host has a module do.
 struct Operation {
