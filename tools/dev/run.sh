@@ -1,37 +1,53 @@
 #!/usr/bin/env bash
-# ./dev run [--once] [--port N]: the agent with its embedded back end, shown by the stock SNMP tools.
+# ./dev run [--once] [--port N] [--receiver-port N] [--folder DIR] [--no-build]: the agent with its embedded back end, shown
+# by the stock SNMP tools. --folder has what the demonstration keeps, run/ without; --no-build takes the programs that are
+# there, in the folder that TALVIK_BIN_DIR names or in build/release/bin. The tests of the documents and record.sh use these.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 once=false
+build=true
 port=1161
+receiverPort=10162
+folder="$root/run"
 while [ $# -gt 0 ]; do
     case $1 in
         --once) once=true ;;
-        --port)
-            port=${2:-}
+        --no-build) build=false ;;
+        --port | --receiver-port | --folder)
+            [ $# -ge 2 ] || misuse "$1 needs a value"
+            case $1 in
+                --port) port=$2 ;;
+                --receiver-port) receiverPort=$2 ;;
+                --folder) folder=$(realpath -m -- "$2") ;;
+            esac
             shift
             ;;
         --port=*) port=${1#--port=} ;;
-        *) misuse "usage: ./dev run [--once] [--port N]" ;;
+        *) misuse "usage: ./dev run [--once] [--port N] [--receiver-port N] [--folder DIR] [--no-build]" ;;
     esac
-    shift || true
+    shift
 done
-if ! [[ $port =~ ^[1-9][0-9]{0,4}$ ]] || [ "$port" -gt 65535 ]; then
-    misuse "\"$port\" is no port; give a number from 1 to 65535"
-fi
+for number in "$port" "$receiverPort"; do
+    if ! [[ $number =~ ^[1-9][0-9]{0,4}$ ]] || [ "$number" -gt 65535 ]; then
+        misuse "\"$number\" is no port; give a number from 1 to 65535"
+    fi
+done
 
 topology=1.3.6.1.4.1.99999.2.91.9.1
 receivers=1.3.6.1.4.1.99999.2.91.10.4.1
 alarms=1.3.6.1.4.1.99999.2.91.10.1.1
 clearAlarm=1.3.6.1.4.1.99999.2.91.10.1.2
-receiverPort=10162
 endpoint=127.0.0.1:$port
-folder="$root/run"
+bin="$root/build/release/bin"
+if ! $build; then
+    bin=${TALVIK_BIN_DIR:-$bin}
+    [ -x "$bin/talvik-agentd" ] || fail "there is no talvik-agentd in $bin; leave --no-build out"
+fi
 socket="$folder/state/agent.sock"
 config="$folder/talvik-agentd.conf"
 agentLog="$folder/talvik-agentd.log"
 receiverLog="$folder/snmptrapd.log"
-ctl=("$root/build/release/bin/talvikctl")
+ctl=("$bin/talvikctl")
 v3=(-v3 -l authPriv -u demo -a SHA-256 -x AES -On -r 1 -t 5)
 secondsToStart=30
 secondsToStop=10
@@ -132,10 +148,10 @@ giveUp()
 
 startAgent()
 {
-    "$root/build/release/bin/talvik-agentd" \
+    "$bin/talvik-agentd" \
         --config "$config" \
         --device "$root/etc/talvik-device.xml" \
-        --module "$root/build/release/lib/libSnmpTalvikMibModule.so" \
+        --module "$bin/../lib/libSnmpTalvikMibModule.so" \
         --mib-dir "$root/mibs" \
         --state-dir "$folder/state" \
         --listen "udp:$endpoint" \
@@ -250,7 +266,8 @@ showReceivers()
 
 showCommands()
 {
-    local v3="-v3 -l authPriv -u demo -a SHA-256 -x AES" ctl="SNMPCONFPATH=run build/release/bin/talvikctl trap"
+    local v3="-v3 -l authPriv -u demo -a SHA-256 -x AES" place=${folder#"$root/"}
+    local ctl="SNMPCONFPATH=$place build/release/bin/talvikctl trap"
     say "serving on udp:$endpoint; try, in another terminal:"
     cat <<TEXT
   cd $root
@@ -259,25 +276,27 @@ showCommands()
   snmptable -v2c -c public -M mibs:tests/mib/stubs -m KEL-TALVIK-MIB $endpoint $topology
   snmptable -v2c -c public -M mibs:tests/mib/stubs -m KEL-TALVIK-MIB $endpoint $receivers
   snmptable -v2c -c public -M mibs:tests/mib/stubs -m KEL-TALVIK-MIB -Ci $endpoint $alarms
-  SNMPCONFPATH=run snmpset $v3 $endpoint $clearAlarm.0 u 1
-  SNMPCONFPATH=run snmpwalk $v3 $endpoint $topology
+  SNMPCONFPATH=$place snmpset $v3 $endpoint $clearAlarm.0 u 1
+  SNMPCONFPATH=$place snmpwalk $v3 $endpoint $topology
   $ctl list --agent udp:$endpoint
   $ctl add 192.0.2.10 --agent udp:$endpoint
   $ctl modify 1 --port 10163 --agent udp:$endpoint
   $ctl remove 1 --agent udp:$endpoint
-  build/release/bin/talvikctl alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --socket run/state/agent.sock
-  build/release/bin/talvikctl alarm list --socket run/state/agent.sock
-  build/release/bin/talvikctl alarm clear 1 --socket run/state/agent.sock
-  build/release/bin/talvikctl trap status --socket run/state/agent.sock
-  tail -f run/snmptrapd.log
+  build/release/bin/talvikctl alarm raise 501010001 --param 0 --param 7 --param S3A1 --param 1 --socket $place/state/agent.sock
+  build/release/bin/talvikctl alarm list --socket $place/state/agent.sock
+  build/release/bin/talvikctl alarm clear 1 --socket $place/state/agent.sock
+  build/release/bin/talvikctl trap status --socket $place/state/agent.sock
+  tail -f $place/snmptrapd.log
 
-SNMPCONFPATH=run takes the passphrases from run/snmp.conf. The agent's log is run/talvik-agentd.log, its configuration
-run/talvik-agentd.conf.
+SNMPCONFPATH=$place takes the passphrases from $place/snmp.conf. The agent's log is $place/talvik-agentd.log, its configuration
+$place/talvik-agentd.conf.
 TEXT
 }
 
-setup
-configureAndBuild release talvik-agentd talvikctl SnmpTalvikMibModule
+if $build; then
+    setup
+    configureAndBuild release talvik-agentd talvikctl SnmpTalvikMibModule
+fi
 
 writeDemoFiles
 exec 9>"$folder/.lock"
