@@ -62,6 +62,21 @@ class ZabbixPolling(ContribTest):
         polled = [item["snmp_oid"] for item in load()["items"] if item["type"] == "SNMP_AGENT"]
         self.assertEqual([self.value(agent, oid) for oid in polled], ["INTEGER: 1", 'STRING: "TALVIK-0001"'])
 
+    def test_a_back_end_that_is_away_reads_as_offline(self):
+        agent = self.start_apart()
+        serial = self.raise_disk(self.alarm_client())
+        template = load()
+        status = next(item for item in template["items"] if item["key"] == "talvik.topology.status")
+        level = template["discovery_rules"][0]["item_prototypes"][0]["snmp_oid"].replace("{#SNMPINDEX}", str(serial))
+        self.backend.kill()
+        # Zabbix asks for both at once and takes the error for both.
+        together = wait_until(lambda: (done := self.tool("snmpget", agent, READER, level, status["snmp_oid"])).returncode and
+                              done, "an error about the alarm")
+        self.assertIn("genError", together.stderr)
+        self.assertEqual(status["preprocessing"], [{"type": "CHECK_NOT_SUPPORTED", "parameters": [""],
+                                                    "error_handler": "CUSTOM_VALUE", "error_handler_params": "2"}])
+        self.assertEqual(self.value(agent, status["snmp_oid"]), "INTEGER: 2")
+
     def test_it_discovers_each_alarm(self):
         agent = self.start()
         client = self.client()
