@@ -14,7 +14,6 @@ from notifications import DISK_FAILED  # noqa: E402
 from talvik_e2e import AUTH, LIMIT, PRIV, SOURCE, Daemon  # noqa: E402
 
 CONTRIB = SOURCE / "contrib"
-MIB = SOURCE / "mibs" / "KEL-TALVIK-MIB.txt"
 MIB_FOLDERS = f"{SOURCE / 'mibs'}:{SOURCE / 'tests' / 'mib' / 'stubs'}"
 
 DISK_SLOW = 501010007
@@ -23,10 +22,8 @@ PLACE = "Gehäuse ž 台"
 FILL_IN_AUTH, FILL_IN_PRIV = "FILL-IN-AUTHENTICATION-PASSPHRASE", "FILL-IN-PRIVACY-PASSPHRASE"
 
 # What the tests need beside the users of contrib/net-snmp.
-COMMUNITIES = f"""
-view hidden excluded .1
+COMMUNITIES = """
 rocommunity reader 127.0.0.1 -V talvikView
-rocommunity blind 127.0.0.1 -V hidden
 rwcommunity writer 127.0.0.1
 """
 

@@ -5,32 +5,17 @@ import importlib.util
 import re
 import unittest
 
-from contrib_support import CONTRIB, MIB_FOLDERS, needs, run
+from contrib_support import CONTRIB, needs
 from dashboard import expressions_in, load
+from mib import enumeration, mib_nodes
 
-KEL = "1.3.6.1.4.1.99999"
 NAME = re.compile(r"\b(?:talvik|kelReporting|ownReporting|ReportingAlarm)[A-Z]?\w*")
 OID = re.compile(r"(?<![\d.])\.?(1\.3\.6\.1\.4\.1\.99999(?:\.\d+)*)")
-FILES = sorted(path for path in CONTRIB.rglob("*") if path.is_file())
+FILES = sorted(path for path in CONTRIB.rglob("*") if path.is_file() and "__pycache__" not in path.parts)
 
 # Names that the configurations give things of their own.
 OWN_NAMES = {"talvikView", "talvikReceivers"}
 SNMPTT_EVENT = re.compile(r"^EVENT (\w+) ", re.MULTILINE)
-
-
-def translate(*arguments):
-    return run("snmptranslate", *arguments, MIBDIRS=MIB_FOLDERS, MIBS="KEL-TALVIK-MIB")
-
-
-def mib_nodes():
-    """OID by name, as the stock tools read the MIB."""
-    return {name: oid for name, oid in re.findall(r'"(\w+)"\s+"([\d.]+)"', translate("-Tz")) if oid.startswith(KEL)}
-
-
-def enumeration(name):
-    """Names by number."""
-    syntax = re.search(r"SYNTAX\s+INTEGER \{(.*?)\}", translate("-Td", f"KEL-TALVIK-MIB::{name}"), re.DOTALL).group(1)
-    return {int(number): label for label, number in re.findall(r"(\w+)\((\d+)\)", syntax)}
 
 
 def script(path):

@@ -5,7 +5,8 @@ import re
 import subprocess
 import unittest
 
-from contrib_support import AUTH, CONTRIB, FILL_IN_AUTH, FILL_IN_PRIV, LIMIT, MIB_FOLDERS, PLACE, PRIV, ContribTest, filled_in, needs
+from contrib_support import (AUTH, CONTRIB, FILL_IN_AUTH, FILL_IN_PRIV, LIMIT, MIB_FOLDERS, PLACE, PRIV, ContribTest,
+                             filled_in, needs)
 
 
 @needs("snmptable", "snmptranslate")

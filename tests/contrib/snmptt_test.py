@@ -57,11 +57,11 @@ class Snmptt(ContribTest):
         serial = client.raise_alarm(501010001, f"{place},7,SN-7,1".encode())
         client.clear(serial)
         client.report_event(DISK_SLOW, b"A,1,2,3", level=INFO)
-        texts = [(f"alarm {serial} raised, major: Disk failed, Enclosure {place}, slot 7: Disk 7 in enclosure {place} (serial "
-                  "number SN-7) has failed: too many media errors. (id 501010001, node TALVIK-0001)"),
+        texts = [f"alarm {serial} raised, major: Disk failed, Enclosure {place}, slot 7: Disk 7 in enclosure {place} "
+                 "(serial number SN-7) has failed: too many media errors. (id 501010001, node TALVIK-0001)",
                  f"alarm {serial} cleared: Disk failed, Enclosure {place}, slot 7 (id 501010001, node TALVIK-0001)",
-                 f"event {serial + 1}: Disk responds slowly, Enclosure A, slot 1: Disk 1 in enclosure A took 2 µs on average to "
-                 "answer; comparable disks take 3 µs. (id 501010007, node TALVIK-0001)"]
+                 f"event {serial + 1}: Disk responds slowly, Enclosure A, slot 1: Disk 1 in enclosure A took 2 µs on average "
+                 "to answer; comparable disks take 3 µs. (id 501010007, node TALVIK-0001)"]
         fixed = ".1.3.6.1.4.1.99999.2.91.10.2.1.0.1"
         for (version, kind), (_, log) in receivers.items():
             with self.subTest(version=version, kind=kind):

@@ -3,14 +3,14 @@
 import re
 import unittest
 
-from contrib_support import CONTRIB, DISK_SLOW, INFO, MIB_FOLDERS, PLACE, SOURCE, ContribTest, needs, run
+from contrib_support import DISK_SLOW, INFO, PLACE, SOURCE, ContribTest, needs
+from mib import enumeration
 from notifications import DISK_ADVICE, OWN_OID, V1, V2C
 from talvik_e2e import READER, wait_until
 from trap_daemon import TrapDaemon
 from zabbix_template import discovered, load, mapping, objects_in, trap_patterns
 
 TEMPLATE = "Talvik storage controller by SNMP"
-REFERENCE = re.compile(rf"/{TEMPLATE}/((?:\[[^\]]*\]|[^,()\[\]]|\[\".*?\"\])+)[,)]")
 UUID = re.compile(r"[0-9a-f]{12}4[0-9a-f]{3}[89ab][0-9a-f]{15}$")
 WRITER = SOURCE / "tests" / "contrib" / "zabbix_trap_lines.pl"
 
@@ -40,10 +40,6 @@ class ZabbixTemplate(unittest.TestCase):
 
     @needs("snmptranslate")
     def test_enumerations_are_those_of_the_mib(self):
-        def enumeration(name):
-            text = run("snmptranslate", "-Td", f"KEL-TALVIK-MIB::{name}", MIBDIRS=MIB_FOLDERS, MIBS="KEL-TALVIK-MIB")
-            return {int(number): label for label, number in re.findall(r"(\w+)\((\d+)\)", text.split("INTEGER {")[1].split("}")[0])}
-
         template, levels = load(), enumeration("talvikAlarmLevel")
         self.assertEqual(mapping(template, "Talvik severity"), {0: "not active", **levels})
         self.assertEqual(mapping(template, "Talvik back end"), enumeration("talvikTopologyStatus"))
