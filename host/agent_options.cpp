@@ -67,8 +67,8 @@ void declare(CLI::App& app, AgentOptions& options)
         ->type_name("FILE")
         ->capture_default_str();
     app.add_option("--module-failure", options.moduleFailure,
-                   "What to do when the module cannot be used: stop, or continue and serve the "
-                   "standard objects without it")
+                   "What to do when the module cannot be used: stop, or continue and serve all "
+                   "else")
         ->type_name("CHOICE")
         ->check(CLI::IsMember({"stop", "continue"}))
         ->capture_default_str();

@@ -164,9 +164,9 @@ private:
             if (!options_.continueWithoutModule() || options_.checkOnly) {
                 throw;
             }
-            hostLog()->error("talvik-agentd goes on without the module: {}; the private subtree is "
-                             "not served and alarms are not reported until that is put right and "
-                             "the agent is started again",
+            hostLog()->error("talvik-agentd goes on without the module: {}; its subtrees are not "
+                             "served and alarms are not reported until that is put right and the "
+                             "agent is started again",
                              error.what());
         }
     }

@@ -1,5 +1,6 @@
 #include "host/served_module.h"
 
+#include "host/platform/host_log.h"
 #include "host/snmp/agent.h"
 #include "host/snmp/batch_subtree.h"
 #include "host/snmp/handler_boundary.h"
@@ -7,6 +8,7 @@
 #include "host/snmp/table_subtree.h"
 #include "host/startup_error.h"
 #include "host/table_keeper.h"
+#include "platform/notify_handler.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -20,7 +22,11 @@ ServedModule::ServedModule(const std::string& moduleFile, const std::string& mib
 {
     for (auto& [id, handler] : module_.makeHandlers()) {
         parts_.push_back(described(id, std::move(handler)));
+        hostLog()->debug("module {} serves {}", module_.path(), id);
     }
+    hostLog()->info("module {} loaded: {} subtrees, {} notification handlers, described by {}",
+                    module_.path(), parts_.size(), CNotifyHandler::instance()->handlers().size(),
+                    mib_.path());
 }
 
 ServedModule::Part ServedModule::described(const std::string& id,

@@ -9,8 +9,9 @@ from notifications import ALARM_TRAP, DISK_FAILED, NotificationTest, disk
 from talvik_e2e import BIN, EVERYTHING, LIMIT, ROOT, TEST_MODULES, TalvikTest, wait_until
 
 GOES_ON = "talvik-agentd goes on without the module: "
-CONSEQUENCE = ("; the private subtree is not served and alarms are not reported until that is put right and the agent "
-               "is started again")
+CONSEQUENCE = ("; its subtrees are not served and alarms are not reported until that is put right and the agent is "
+               "started again")
+SUBTREES = (".2.91.9", ".2.91.10")
 NOBODY = 65534
 SYSTEM_DESCRIPTION = ".1.3.6.1.2.1.1.1"
 
@@ -18,7 +19,9 @@ SYSTEM_DESCRIPTION = ".1.3.6.1.2.1.1.1"
 class ModuleFailure(TalvikTest):
     def assert_serves_the_rest(self, agent):
         self.assertEqual(len(self.walk(agent, EVERYTHING, SYSTEM_DESCRIPTION)), 1)
-        self.assertEqual([line for line in self.walk(agent, EVERYTHING, ROOT) if "No Such Object" not in line], [])
+        for subtree in SUBTREES:
+            lines = self.walk(agent, EVERYTHING, ROOT + subtree)
+            self.assertEqual([line for line in lines if "No Such Object" not in line], [])
 
     def assert_goes_on(self, fault):
         agent = self.start_agent(module_failure="continue", **fault.options)
