@@ -1,0 +1,154 @@
+#!/usr/bin/env python3
+"""Every command of every page runs, or is on a short list that says what runs it instead.
+
+Where a page shows what a command prints, that is what it prints.
+"""
+
+import re
+import tempfile
+import unittest
+
+from commands import commands_of_page, differs, kind_of, program_of, unaccounted
+from pages import SOURCE, all_pages
+from place import Place, write_json_blocks
+from scenes import NOT_RUN, OUTPUTS, OUTPUTS_ELSEWHERE, SCENES, SETTINGS_ELSEWHERE, Scene
+from talvik_e2e import wait_until
+
+PAGES = all_pages()
+KNOWN_OUTPUTS = {**OUTPUTS, **OUTPUTS_ELSEWHERE}
+COMMANDS = {name: commands_of_page(page, KNOWN_OUTPUTS) for name, page in PAGES.items()}
+
+
+def entries_for(command):
+    return [entry for entry in NOT_RUN if entry.matches(command.text)]
+
+
+def hook(hooks, text, default=None):
+    return next((value for start, value in hooks.items() if text.startswith(start)), default)
+
+
+class Accounts(unittest.TestCase):
+    """Nothing is left out."""
+
+    def test_every_block_is_known_for_what_it_is(self):
+        self.assertEqual(list(unaccounted(PAGES, KNOWN_OUTPUTS)), [])
+
+    def test_every_entry_of_the_list_is_needed_and_names_what_is_there(self):
+        texts = [command.text for commands in COMMANDS.values() for command in commands]
+        for entry in NOT_RUN:
+            with self.subTest(entry.command):
+                self.assertTrue(any(entry.matches(text) for text in texts), "no page has this command any more")
+                self.assertIn(entry.text, (SOURCE / entry.covered_by).read_text())
+
+    def test_every_hook_and_output_belongs_to_a_page(self):
+        for name, scene in SCENES.items():
+            for start in [*scene.before, *scene.status]:
+                with self.subTest(f"{name}: {start}"):
+                    self.assertTrue(any(command.text.startswith(start) for command in COMMANDS[name]))
+        for name, start in [*KNOWN_OUTPUTS, *SETTINGS_ELSEWHERE]:
+            with self.subTest(f"{name}: {start}"):
+                self.assertTrue(any(block.lines[0].startswith(start) for block in PAGES[name].blocks))
+        for file, text in [*OUTPUTS_ELSEWHERE.values(), *SETTINGS_ELSEWHERE.values()]:
+            with self.subTest(file):
+                self.assertIn(text, (SOURCE / file).read_text())
+
+    def test_dev_has_every_command_that_a_page_names(self):
+        known = set(re.findall(r"[a-z-]+", re.search(r"^    (setup[^)]*)\)", (SOURCE / "dev").read_text(), re.M)[1])) | {"help"}
+        named = [(page.name, line, words[1]) for page in PAGES.values() if page.name != "CHANGELOG.md"
+                 for line, text in page.code_words if len(words := text.split()) > 1 and words[0] == "./dev"]
+        self.assertGreater(len(named), 10)
+        self.assertEqual([where for where in named if where[2] not in known and where[2].isalpha() and where[2].islower()], [])
+
+
+class Commands(unittest.TestCase):
+    """One test a page that has commands; the methods are made below."""
+
+    maxDiff = None
+
+    def run_page(self, name):
+        scene = SCENES.get(name, Scene())
+        with tempfile.TemporaryDirectory(prefix="talvik-docs-") as folder:
+            place = Place(folder, scene.user, scene.names)
+            try:
+                write_json_blocks(place, PAGES[name])
+                place.keep_alarms()
+                for command in COMMANDS[name]:
+                    if not entries_for(command):
+                        self.run_command(place, scene, command)
+                self.check_settings(place, PAGES[name])
+            except BaseException:
+                print(place.logs())
+                raise
+            finally:
+                place.stop()
+
+    def run_command(self, place, scene, command):
+        if prepare := hook(scene.before, command.text):
+            prepare(place)
+        program = program_of(command.text)
+        if not program or program == "cd":
+            place.remember(command.text)
+            return
+        if command.is_synopsis:
+            self.check_synopsis(place, command)
+            return
+        if place.is_daemon(program, command.text):
+            daemon = place.start(program, command.text)
+            for line in command.shown:
+                wait_until(lambda line=line: line in place.there(daemon.log()), f"{command.where}: {line}")
+            return
+        done = place.run(command.text)
+        self.assertEqual(done.status, hook(scene.status, command.text, 0), "\n".join([command.where, *done.lines]))
+        if command.shown:
+            self.assertIsNone(differs(command.shown, done.lines), command.where)
+        for (page, start), owner in OUTPUTS.items():
+            if page == command.page and owner == command.text:
+                block = next(block for block in PAGES[page].blocks if block.lines[0].startswith(start))
+                self.assertIsNone(differs([part for line in block.lines for part in ("...", line)] + ["..."], done.lines), f"{page}:{block.line}")
+
+    def check_synopsis(self, place, command):
+        """The program's help has the command and each of the options."""
+        words = command.text.split()
+        done = place.run(" ".join([*(word for word in words[:3] if re.fullmatch(r"[a-z-]+", word)), "--help"]))
+        self.assertEqual(done.status, 0, command.where)
+        for option in re.findall(r"--[a-z-]+", command.text):
+            self.assertRegex("\n".join(done.lines), rf"(?m)^ +(-\w,)?{option}\b", command.where)
+
+    def check_settings(self, place, page):
+        """The agent takes each block of configuration, and says nothing against it."""
+        for block in page.blocks:
+            if kind_of(block, KNOWN_OUTPUTS) != "settings":
+                continue
+            if (page.name, block.lines[0]) in SETTINGS_ELSEWHERE:
+                continue
+            where, text = f"{page.name}:{block.line}", "\n".join(block.lines)
+            if "authUser" in text or "authCommunity" in text:
+                self.check_receiver_settings(place, text, where)
+                continue
+            file = place.folder / "settings.conf"
+            file.write_text(place.here(text) + "\n")
+            file.chmod(0o600)
+            done = place.run(f"talvik-agentd --config {file} --check")
+            self.assertEqual(done.status, 0, "\n".join([where, *done.lines]))
+            self.assertEqual([line for line in done.lines if " warning " in line or " error " in line], [], where)
+
+    def check_receiver_settings(self, place, text, where):
+        file = place.folder / "snmptrapd.conf"
+        file.write_text(place.here(text.replace("0x80001F88...", "0x80001F8880E1CB37E90C54F12D")) + "\n")
+        daemon = place.start("snmptrapd", f"snmptrapd -f -Lo -n -C -c {file} udp:127.0.0.1:{place.receiver_port}")
+        daemon.stop()
+        self.assertNotRegex(daemon.log(), "(?i)warning|error|unknown", where)
+
+
+def test_of(name):
+    return lambda self: self.run_page(name)
+
+
+for _name, _commands in COMMANDS.items():
+    if any(not entries_for(command) for command in _commands) or any(
+            kind_of(block, KNOWN_OUTPUTS) == "settings" for block in PAGES[_name].blocks):
+        setattr(Commands, "test_" + re.sub(r"\W+", "_", _name.removesuffix(".md")).lower(), test_of(_name))
+
+
+if __name__ == "__main__":
+    unittest.main()
