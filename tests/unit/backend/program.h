@@ -1,6 +1,7 @@
 #pragma once
 
 #include "backend/file_descriptor.h"
+#include "tests/support/built_tree.h"
 #include "tests/unit/backend/socket_kit.h"
 
 #include <fcntl.h>
@@ -28,7 +29,7 @@ public:
         }
         output_.reset(ends[0]);
         const backend::FileDescriptor input(ends[1]);
-        std::vector<std::string> words = {TALVIK_BIN_DIR "/" + name};
+        auto words = commandOf(name);
         words.insert(words.end(), arguments.begin(), arguments.end());
         spawn(words, input.get());
     }
@@ -85,7 +86,7 @@ private:
         ::posix_spawn_file_actions_adddup2(&actions, input, STDOUT_FILENO);
         ::posix_spawn_file_actions_adddup2(&actions, input, STDERR_FILENO);
         const int error =
-            ::posix_spawn(&pid_, argv.front(), &actions, nullptr, argv.data(), environ);
+            ::posix_spawnp(&pid_, argv.front(), &actions, nullptr, argv.data(), environ);
         ::posix_spawn_file_actions_destroy(&actions);
         if (error != 0) {
             pid_ = -1;
@@ -116,7 +117,7 @@ private:
 /// The device configuration of the source tree.
 inline std::string sampleDeviceFile()
 {
-    return TALVIK_SOURCE_DIR "/etc/talvik-device.xml";
+    return sourceFile("etc/talvik-device.xml");
 }
 
 }  // namespace talvik::test

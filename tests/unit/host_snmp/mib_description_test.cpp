@@ -1,6 +1,7 @@
 #include "host/snmp/mib_description.h"
 
 #include "host/startup_error.h"
+#include "tests/support/built_tree.h"
 #include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +12,7 @@ namespace {
 
 using talvik::MibDescription;
 using talvik::ObjectId;
+using talvik::test::sourceFile;
 using testing::HasSubstr;
 
 const std::string kSmall = R"({
@@ -147,7 +149,7 @@ TEST_F(MibDescriptionFile, TellsAColumnOfDateAndTimeFromOneOfText)
 
 TEST(DeliveredMibAlarms, AreDescribedAsTheyAreServed)
 {
-    const auto mib = MibDescription::load(TALVIK_SOURCE_DIR "/mibs/KEL-TALVIK-MIB.json");
+    const auto mib = MibDescription::load(sourceFile("mibs/KEL-TALVIK-MIB.json"));
 
     const auto* table = mib.table({1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 1, 1});
     ASSERT_NE(table, nullptr);

@@ -1,5 +1,6 @@
 #include "host/snmp/mib_description.h"
 #include "host/startup_error.h"
+#include "tests/support/built_tree.h"
 #include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -14,6 +15,7 @@ namespace {
 using talvik::MibDescription;
 using talvik::ObjectId;
 using talvik::Syntax;
+using talvik::test::sourceFile;
 using testing::HasSubstr;
 
 const std::string kSmall = R"({
@@ -152,7 +154,7 @@ INSTANTIATE_TEST_SUITE_P(File, MibNotificationRefusal, testing::ValuesIn(kRefusa
 
 TEST(DeliveredMib, SaysWhichTimeOfAnAlarmIsADateAndTime)
 {
-    const auto mib = MibDescription::load(TALVIK_SOURCE_DIR "/mibs/KEL-TALVIK-MIB.json");
+    const auto mib = MibDescription::load(sourceFile("mibs/KEL-TALVIK-MIB.json"));
     const ObjectId fixed = {1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 3, 1, 1};
     const ObjectId own = {1, 3, 6, 1, 4, 1, 99999, 2, 251, 20, 1, 3};
 
@@ -170,7 +172,7 @@ TEST(DeliveredMib, SaysWhichTimeOfAnAlarmIsADateAndTime)
 
 TEST(DeliveredMib, HasTheNotificationsWithAllTheirObjects)
 {
-    const auto mib = MibDescription::load(TALVIK_SOURCE_DIR "/mibs/KEL-TALVIK-MIB.json");
+    const auto mib = MibDescription::load(sourceFile("mibs/KEL-TALVIK-MIB.json"));
     const std::pair<ObjectId, const char*> rows[] = {
         {{1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 2, 1, 0, 1}, "talvikAlarm"},
         {{1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 2, 1, 0, 2}, "talvikTest"},

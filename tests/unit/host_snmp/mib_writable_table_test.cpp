@@ -1,5 +1,6 @@
 #include "host/snmp/mib_description.h"
 #include "host/startup_error.h"
+#include "tests/support/built_tree.h"
 #include "tests/support/temp_dir.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +12,7 @@ namespace {
 
 using talvik::Access;
 using talvik::MibDescription;
+using talvik::test::sourceFile;
 using testing::HasSubstr;
 
 const std::string kWritable = R"({
@@ -53,7 +55,7 @@ TEST(MibWritableTable, IsReadWithAllThatASetNeeds)
 
 TEST(MibWritableTable, OfTheProductIsDescribedAsItIsServed)
 {
-    const auto mib = MibDescription::load(TALVIK_SOURCE_DIR "/mibs/KEL-TALVIK-MIB.json");
+    const auto mib = MibDescription::load(sourceFile("mibs/KEL-TALVIK-MIB.json"));
 
     const auto* table = mib.table({1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 4, 1});
     ASSERT_NE(table, nullptr);

@@ -2,6 +2,7 @@
 
 #include "framework/snmp_leaf_handler.h"
 #include "host/snmp/mib_description.h"
+#include "tests/support/built_tree.h"
 #include "tests/unit/host_snmp/table_kit.h"
 
 #include <functional>
@@ -14,7 +15,7 @@ namespace talvik::test {
 /// The clear-alarm leaf as the product describes it.
 inline MibScalar clearAlarm()
 {
-    const auto mib = MibDescription::load(TALVIK_SOURCE_DIR "/mibs/KEL-TALVIK-MIB.json");
+    const auto mib = MibDescription::load(sourceFile("mibs/KEL-TALVIK-MIB.json"));
     return *mib.scalar({1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 1, 2});
 }
 

@@ -1,6 +1,7 @@
 #include "host/snmp/trap_settings.h"
 
 #include "host/startup_error.h"
+#include "tests/support/built_tree.h"
 
 #include <gmock/gmock.h>
 
@@ -15,6 +16,7 @@ namespace {
 using talvik::parseTrapSettings;
 using talvik::StartupError;
 using talvik::TrapSettings;
+using talvik::test::sourceFile;
 
 TrapSettings parse(const std::string& text)
 {
@@ -72,7 +74,7 @@ TEST(TrapSettings, HoldWhatTheFileSays)
 
 TEST(TrapSettings, OfTheSampleAreFine)
 {
-    std::ifstream in(std::string(TALVIK_SOURCE_DIR) + "/etc/talvik-traps.json");
+    std::ifstream in(sourceFile("etc/talvik-traps.json"));
     const std::string text{std::istreambuf_iterator<char>(in), {}};
 
     const auto settings = parse(text);

@@ -3,6 +3,7 @@
 #include "framework/kel_exception.h"
 #include "framework/snmp_table_handler.h"
 #include "host/snmp/mib_description.h"
+#include "tests/support/built_tree.h"
 #include "tests/unit/host_snmp/table_kit.h"
 
 #include <functional>
@@ -15,7 +16,7 @@ namespace talvik::test {
 /// The trap destinations as the product describes them.
 inline MibTable trapTable()
 {
-    const auto mib = MibDescription::load(TALVIK_SOURCE_DIR "/mibs/KEL-TALVIK-MIB.json");
+    const auto mib = MibDescription::load(sourceFile("mibs/KEL-TALVIK-MIB.json"));
     return *mib.table({1, 3, 6, 1, 4, 1, 99999, 2, 91, 10, 4, 1});
 }
 

@@ -1,6 +1,7 @@
 #include "tools/alarm_scenario.h"
 
 #include "host/startup_error.h"
+#include "tests/support/built_tree.h"
 #include "tests/support/temp_dir.h"
 #include "tools/catalogue/json_document.h"
 
@@ -14,6 +15,7 @@
 namespace {
 
 using namespace talvik::ctl;
+using talvik::test::sourceFile;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -87,12 +89,12 @@ TEST_F(AlarmScenarioFile, LetsANameBeUsedAgain)
 TEST_F(AlarmScenarioFile, OfTheDeliveryNamesAlarmsOfTheDeliveredCatalogue)
 {
     std::set<std::string> known;
-    const auto catalogue = JsonDocument::load(TALVIK_SOURCE_DIR "/etc/alarm-definitions.json");
+    const auto catalogue = JsonDocument::load(sourceFile("etc/alarm-definitions.json"));
     for (const auto& definition : catalogue.root()["root"]["eventDefinition"]["param"]) {
         known.insert(definition["eventID"].asString());
     }
 
-    const auto scenario = AlarmScenario::load(TALVIK_SOURCE_DIR "/etc/example-scenario.json");
+    const auto scenario = AlarmScenario::load(sourceFile("etc/example-scenario.json"));
 
     EXPECT_GT(scenario.total(), 10u);
     for (const auto& step : scenario.steps()) {

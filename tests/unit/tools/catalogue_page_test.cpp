@@ -1,5 +1,6 @@
 // docs/alarm-catalogue.md: its examples are run, and its list of findings is compared with the
 // tool's.
+#include "tests/support/built_tree.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unit/backend/program.h"
 #include "tools/catalogue/finding_kinds.h"
@@ -25,7 +26,7 @@ struct Example {
 /// The page, read once: the files of its examples, written to a folder, and the examples.
 class Page {
 public:
-    Page() : in_(TALVIK_SOURCE_DIR "/docs/alarm-catalogue.md")
+    Page() : in_(sourceFile("docs/alarm-catalogue.md"))
     {
         std::string line;
         std::string fileName;

@@ -1,3 +1,4 @@
+#include "tests/support/built_tree.h"
 #include "tools/catalogue/catalogue_check.h"
 #include "tools/catalogue/catalogue_files.h"
 #include "tools/catalogue/expansion.h"
@@ -12,9 +13,10 @@
 namespace {
 
 using namespace talvik::ctl;
+using talvik::test::sourceFile;
 
-const std::string kDefinitions = TALVIK_SOURCE_DIR "/etc/alarm-definitions.json";
-const std::string kEnumerations = TALVIK_SOURCE_DIR "/etc/alarm-enumerations.json";
+const std::string kDefinitions = sourceFile("etc/alarm-definitions.json");
+const std::string kEnumerations = sourceFile("etc/alarm-enumerations.json");
 
 class ShippedCatalogue : public testing::Test {
 protected:

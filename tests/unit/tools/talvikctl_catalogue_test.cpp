@@ -1,3 +1,4 @@
+#include "tests/support/built_tree.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unit/backend/program.h"
 #include "tests/unit/tools/small_catalogue.h"
@@ -17,8 +18,8 @@ namespace {
 using namespace talvik::test;
 using testing::HasSubstr;
 
-const std::string kDefinitions = TALVIK_SOURCE_DIR "/etc/alarm-definitions.json";
-const std::string kEnumerations = TALVIK_SOURCE_DIR "/etc/alarm-enumerations.json";
+const std::string kDefinitions = sourceFile("etc/alarm-definitions.json");
+const std::string kEnumerations = sourceFile("etc/alarm-enumerations.json");
 
 class TalvikctlCatalogue : public testing::Test {
 protected:
