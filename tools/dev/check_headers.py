@@ -47,7 +47,7 @@ def compile_alone(header, unit, folder):
     text = f"#include {include_path(header)}\n#include {include_path(header)}\n"
     if not source.is_file() or source.read_text(encoding="utf-8") != text:
         source.write_text(text, encoding="utf-8")
-    command = unit.launcher + [unit.compiler, *unit.flags, "-I", str(ROOT)]
+    command = [*compile_database.compiler_cache(ROOT), unit.compiler, *unit.flags, "-I", str(ROOT)]
     command += ["-c", str(source), "-o", str(source.with_suffix(".o"))]
     done = subprocess.run(command, cwd=unit.directory, capture_output=True, text=True, check=False)
     return header, done.returncode, done.stderr

@@ -1,8 +1,17 @@
 """The compile commands of a build tree, for the checks of this folder."""
 
 import json
+import os
 import pathlib
 import shlex
+import shutil
+
+
+def compiler_cache(root):
+    """The words before a compiler that let it find what it compiled before, here or in another clone."""
+    if shutil.which("ccache") is None:
+        return []
+    return ["env", f"CCACHE_BASEDIR={root}", "CCACHE_NOHASHDIR=1", "ccache"]
 
 
 class CompileCommand:
@@ -17,10 +26,14 @@ class CompileCommand:
         except ValueError:
             self.name = None
         arguments = entry.get("arguments") or shlex.split(entry["command"])
-        self.launcher = [arguments[0]] if "ccache" in pathlib.Path(arguments[0]).name else []
-        arguments = arguments[len(self.launcher):]
+        while self._is_launcher(arguments[0]):
+            arguments = arguments[1:]
         self.compiler = arguments[0]
         self.flags = self._without_files(arguments[1:])
+
+    @staticmethod
+    def _is_launcher(word):
+        return "=" in word or os.path.basename(word) in ("env", "ccache")
 
     def _without_files(self, arguments):
         kept = []
