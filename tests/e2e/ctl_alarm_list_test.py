@@ -7,7 +7,7 @@ import subprocess
 import unittest
 
 from backend_wire import BackendClient
-from talvik_e2e import BIN, LIMIT, SOURCE, TalvikTest
+from talvik_e2e import LIMIT, SOURCE, TalvikTest, program
 
 DEVICE = SOURCE / "etc" / "talvik-device.xml"
 DISK = 501010001
@@ -23,7 +23,7 @@ class CtlAlarmList(TalvikTest):
 
     def ctl(self, *words, status=0, zone="UTC"):
         """Runs a command, which must end with the status; returns standard output and error."""
-        done = subprocess.run([str(BIN / "talvikctl"), "alarm", *words, "--socket", str(self.socket), "--device",
+        done = subprocess.run([*program("talvikctl"), "alarm", *words, "--socket", str(self.socket), "--device",
                                str(DEVICE)], env=dict(os.environ, LC_ALL="C", TZ=zone), stdin=subprocess.DEVNULL,
                               capture_output=True, text=True, timeout=LIMIT)
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
@@ -128,7 +128,7 @@ class AgentAlarmList(TalvikTest):
         socket = self.state / "agent.sock"
         with BackendClient(socket) as client:
             client.raise_alarm(DISK, b"DAE000")
-        done = subprocess.run([str(BIN / "talvikctl"), "alarm", "list", "--json", "--socket", str(socket), "--device",
+        done = subprocess.run([*program("talvikctl"), "alarm", "list", "--json", "--socket", str(socket), "--device",
                                str(DEVICE)], stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=LIMIT)
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         self.assertEqual([alarm["parameters"] for alarm in json.loads(done.stdout)], ["DAE000"])

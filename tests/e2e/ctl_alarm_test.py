@@ -6,7 +6,7 @@ import signal
 import subprocess
 import unittest
 
-from talvik_e2e import BIN, LIMIT, SOURCE, TalvikTest
+from talvik_e2e import LIMIT, SOURCE, TalvikTest, program
 
 DEVICE = SOURCE / "etc" / "talvik-device.xml"
 DISK = "501010001"
@@ -19,7 +19,7 @@ class CtlAlarm(TalvikTest):
         self.backend = self.start_backend(self.socket)
 
     def command(self, *words):
-        return [str(BIN / "talvikctl"), *words, "--socket", str(self.socket), "--device", str(DEVICE)]
+        return [*program("talvikctl"), *words, "--socket", str(self.socket), "--device", str(DEVICE)]
 
     def ctl(self, *words, status=0):
         """Runs a command, which must end with the status; returns standard output and error."""

@@ -6,7 +6,7 @@ import socket
 import subprocess
 import unittest
 
-from talvik_e2e import BIN, LIMIT, SOURCE, TalvikTest, wait_until
+from talvik_e2e import LIMIT, SOURCE, TalvikTest, program, wait_until
 
 WRITER = ["--snmp-version", "2c", "--community", "writer"]
 
@@ -24,7 +24,7 @@ class CtlReceivers(TalvikTest):
             self.receivers.append(receiver)
 
     def run_ctl(self, words, status):
-        done = subprocess.run([str(BIN / "talvikctl"), "trap", *words], env=dict(os.environ, LC_ALL="C"),
+        done = subprocess.run([*program("talvikctl"), "trap", *words], env=dict(os.environ, LC_ALL="C"),
                               stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=LIMIT)
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
         return done.stdout, done.stderr

@@ -8,7 +8,7 @@ import subprocess
 import threading
 import unittest
 
-from talvik_e2e import AUTH, BIN, CONFIG, LIMIT, PRIV, ROOT, TalvikTest, free_port
+from talvik_e2e import AUTH, CONFIG, LIMIT, PRIV, ROOT, TalvikTest, free_port, program
 
 V1 = ["--snmp-version", "1", "--community", "writer"]
 V2C = ["--snmp-version", "2c", "--community", "writer"]
@@ -78,7 +78,7 @@ class CtlTrap(TalvikTest):
         self.home.mkdir()
 
     def command(self, *words, port=None):
-        return [str(BIN / "talvikctl"), "trap", *words, "--agent", f"udp:127.0.0.1:{port or self.agent.port}"]
+        return [*program("talvikctl"), "trap", *words, "--agent", f"udp:127.0.0.1:{port or self.agent.port}"]
 
     def environment(self):
         return dict(os.environ, HOME=str(self.home), SNMPCONFPATH=str(self.home), LC_ALL="C")

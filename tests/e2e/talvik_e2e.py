@@ -1,12 +1,14 @@
 """What the end-to-end tests share: real processes in a folder of their own, and the stock SNMP tools.
 
-TALVIK_BIN_DIR names the folder of the built programs; the module lies in ../lib from there.
+TALVIK_BIN_DIR names the folder of the built programs; the module lies in ../lib from there. TALVIK_EMULATOR has the words,
+quoted as in a shell, that run a program built for another machine.
 """
 
 import itertools
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import signal
 import socket
@@ -20,6 +22,8 @@ SOURCE = pathlib.Path(__file__).resolve().parents[2]
 BIN = pathlib.Path(os.environ.get("TALVIK_BIN_DIR", SOURCE / "build" / "release" / "bin"))
 MODULE = BIN.parent / "lib" / "libSnmpTalvikMibModule.so"
 TEST_MODULES = BIN.parent / "lib" / "test-modules"
+
+EMULATOR = shlex.split(os.environ.get("TALVIK_EMULATOR", ""))
 
 LIMIT = 30  # seconds that anything here may take; only a hanging program ever needs them
 SHOWN_OF_A_LOG = 200000  # characters, the last ones; a storm of alarms writes a hundred times as many
@@ -87,6 +91,11 @@ def topology(status=1):
 def private_mib(trap_rows=()):
     """The lines of a numeric walk over the whole private MIB while no alarm is active."""
     return topology() + [CLEAR_ALARM_LINE] + list(trap_rows)
+
+
+def program(name):
+    """The words that run a built program."""
+    return [*EMULATOR, str(BIN / name)]
 
 
 def free_port():
@@ -161,7 +170,7 @@ class Agent(Daemon):
 
     def __init__(self, folder, port, arguments, environment=None):
         self.port = port
-        super().__init__(folder, f"agentd-{time.monotonic_ns()}", [BIN / "talvik-agentd", *arguments], environment)
+        super().__init__(folder, f"agentd-{time.monotonic_ns()}", [*program("talvik-agentd"), *arguments], environment)
         self.wait_for_log("ready, listening on")
 
 
@@ -220,7 +229,7 @@ class TalvikTest(unittest.TestCase):
 
     def start_backend(self, socket_path):
         daemon = self.keep(Daemon(self.folder, f"backendd-{time.monotonic_ns()}",
-                                  [BIN / "talvik-backendd", "--socket", socket_path, "--device",
+                                  [*program("talvik-backendd"), "--socket", socket_path, "--device",
                                    SOURCE / "etc" / "talvik-device.xml", "--state-dir",
                                    self.folder / "backend-state"]))
 
@@ -243,7 +252,7 @@ class TalvikTest(unittest.TestCase):
 
     def run_agent(self, *extra, **changes):
         """Runs the agent to its end; for starts that must fail and for --check."""
-        return subprocess.run([str(BIN / "talvik-agentd"), *self.arguments(free_port(), **changes), *extra],
+        return subprocess.run([*program("talvik-agentd"), *self.arguments(free_port(), **changes), *extra],
                               stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=LIMIT, cwd=self.folder)
 
     def assert_refuses_to_start(self, *expected, **changes):

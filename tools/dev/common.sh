@@ -59,6 +59,7 @@ configureAndBuild()
     mapfile -t launcher < <(launcherOf "$preset")
     local targets=()
     [ $# = 0 ] || targets=(--target "$@")
+    [ "$preset" != aarch64 ] || bash "$tools/sysroot.sh" || exit 1  # it has said what failed
     say "build $preset${*:+: $*}"
     (cd "$root" && cmake --preset "$preset" >"$root/build/.configure-$preset.log" 2>&1) || {
         cat "$root/build/.configure-$preset.log" >&2

@@ -5,22 +5,37 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 logs="$root/build/test-logs"
 mkdir -p "$logs"
 
-# The sanitizers watch the code in one process, and the address sanitizer the module across its border too; the other tests
-# are about the built release.
+# The labels of the tests that a preset runs; none stands for every test. The sanitizers watch the code in one process, and the
+# address sanitizer the module across its border too; the other tests are about the built release.
 testLabels()
 {
     case $1 in
-        asan) printf '%s\n' -L '^(unit|fuzz|contract)$' ;;
-        tsan) printf '%s\n' -L '^(unit|fuzz)$' ;;
+        asan) echo "unit fuzz contract" ;;
+        tsan) echo "unit fuzz" ;;
+        aarch64) echo "unit fuzz contract e2e" ;;
+    esac
+}
+
+# What these tests take; a sanitizer's build leaves the rest of the tree out.
+testTargets()
+{
+    local label
+    case $1 in
+        asan | tsan)
+            for label in $(testLabels "$1"); do
+                echo "talvik-tests-$label"
+            done
+            ;;
     esac
 }
 
 # testPreset PRESET [CTEST-ARGUMENTS]
 testPreset()
 {
-    local preset=$1 arguments launcher
+    local preset=$1 labels arguments=() launcher
     shift
-    mapfile -t arguments < <(testLabels "$preset")
+    labels=$(testLabels "$preset")
+    [ -z "$labels" ] || arguments=(-L "^(${labels// /|})\$")
     mapfile -t launcher < <(launcherOf "$preset")
     say "test $preset"
     "${launcher[@]}" ctest --test-dir "$root/build/$preset" --output-on-failure --no-tests=error \
@@ -48,8 +63,8 @@ presets=(asan release)
 if [ $# -gt 0 ]; then
     requirePreset "$1"
     case $1 in
-        release | debug | asan | tsan) ;;
-        *) misuse "the preset \"$1\" has no tests to run; it is one of release, debug, asan, tsan" ;;
+        release | debug | asan | tsan | aarch64) ;;
+        *) misuse "the preset \"$1\" has no tests to run; it is one of release, debug, asan, tsan, aarch64" ;;
     esac
     presets=("$1")
     shift
@@ -58,7 +73,8 @@ fi
 failed=()
 for preset in "${presets[@]}"; do
     rm -f "$logs/$preset.log"
-    configureAndBuild "$preset"
+    mapfile -t targets < <(testTargets "$preset")
+    configureAndBuild "$preset" "${targets[@]}"
     testPreset "$preset" "$@" || failed+=("$preset")
 done
 summary "${presets[@]}"
