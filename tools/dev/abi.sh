@@ -16,6 +16,9 @@ check() { python3 "$root/tests/binary/check_abi.py" "$@" --library "$library"; }
 say "abi: $what"
 status=0
 check "$what" || status=1
+symbols=check
+[ "$what" = compare ] || symbols=write
+python3 "$root/tests/binary/platform_table.py" "$symbols" --file "$root/build/release/lib/libSnmpTalvikMibModule.so" || status=1
 if [ "$what" = compare ]; then
     check layout --module "$root/build/release/lib/libSnmpTalvikMibModule.so" || status=1
 fi
