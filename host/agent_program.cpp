@@ -2,7 +2,9 @@
 
 #include "backend/back_end.h"
 #include "backend/unix_address.h"
+#include "host/counted_link.h"
 #include "host/descriptor_limit.h"
+#include "host/health_source.h"
 #include "host/installation_paths.h"
 #include "host/link/backend_choice.h"
 #include "host/link/configuration_link.h"
@@ -236,13 +238,13 @@ void serveUntilStopped(SnmpAgent& agent, const std::vector<LoopWatcher*>& watche
     }
 }
 
-/// `commands` has all its commands and outlives the link.
+/// `commands` has all its commands; these and `counters` outlive the link.
 std::unique_ptr<BackendLink> linkTo(const BackendChoice& choice,
-                                    const backend::CommandServer& commands)
+                                    const backend::CommandServer& commands, LinkCounters& counters)
 {
     const std::shared_ptr<const backend::CommandServer> notOwned(std::shared_ptr<void>(),
                                                                  &commands);
-    return makeBackendLink(choice, notOwned);
+    return std::make_unique<CountedLink>(makeBackendLink(choice, notOwned), counters);
 }
 
 /// An embedded back end's notifications come through the agent's own socket, so there is one way.
@@ -286,18 +288,26 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     const auto persistentDir = persistentDirectory(options.stateDir);
     preparePersistentDirectory(persistentDir);
     const auto engine = engineStore(options).begin();
+    HealthSource health({TALVIK_VERSION, options.moduleFile, options.backend, choice.embedded});
     SnmpAgent agent(agentSettings(options, persistentDir, engine));
     module.serve(agent, keeper, limitTables(options));
+    agent.serveHealth([&health] { return health.now(); });
     agent.configure();
     NotificationService notifications(notificationSettings(options, choice, device, module, keeper),
                                       trapStore.store(), served.commands(), served.work());
-    const InstalledBackend backend(linkTo(choice, served.commands()));
+    const InstalledBackend backend(linkTo(choice, served.commands(), health.link()));
+    health.follow(agent);
+    health.follow(notifications);
+    health.setModuleLoaded(module.isThere());
     const auto where = agent.listen();
     notifications.start(configurationMayHaveChanged(options.stateDir, startFiles(options, module)));
+    health.start();
     hostLog()->info("SNMP engine ID {}, boots {}", toHex(engine.id), engine.boots);
     hostLog()->info("ready, {}", where);
     hostLog()->flush();
-    serveUntilStopped(agent, notifications.watchers(), signals);
+    auto watchers = notifications.watchers();
+    watchers.push_back(&health);
+    serveUntilStopped(agent, watchers, signals);
 }
 
 void checkAgent(const AgentOptions& options)
@@ -315,6 +325,7 @@ void checkAgent(const AgentOptions& options)
     const TrapStore noDestinations(scratch.path());
     SnmpAgent agent(agentSettings(options, scratch.path(), engineStore(options).preview()));
     module.serve(agent, keeper, limitTables(options));
+    agent.serveHealth([] { return AgentHealth(); });
     const auto warnings = agent.configure();
     if (!warnings.empty()) {
         throw StartupError("agent configuration " + warnings.front());

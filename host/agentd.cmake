@@ -3,7 +3,9 @@ find_package(CLI11 REQUIRED)
 add_executable(talvik-agentd
     agent_options.cpp
     agent_program.cpp
+    counted_link.cpp
     descriptor_limit.cpp
+    health_source.cpp
     installation_paths.cpp
     loop_calls.cpp
     main.cpp

@@ -23,6 +23,7 @@ public:
     }
 
     std::list<tTrapDestInfo> all() const { return store_.all(); }
+    std::size_t count() const { return count_; }
 
     void refresh()
     {
@@ -45,6 +46,7 @@ private:
         passedOn_ = std::chrono::steady_clock::now();
         seen_ = store_.changes();
         const auto receivers = store_.all();
+        count_ = receivers.size();
         dispatcher_.setReceivers(receivers);
         sender_.setReceivers({receivers.begin(), receivers.end()});
     }
@@ -53,6 +55,7 @@ private:
     NotificationDispatcher& dispatcher_;
     TrapSender& sender_;
     std::uint64_t seen_ = 0;
+    std::size_t count_ = 0;
     Time passedOn_{};
 };
 
@@ -103,6 +106,18 @@ void NotificationService::start(bool cold)
     server_.emplace(commands_, settings_.ownSocket, work_);
     const auto all = receivers_->all();
     sender_.send(cold ? coldStart(all) : warmStart(all), nullptr);
+}
+
+void NotificationService::report(AgentHealth& health) const
+{
+    health.receivers = receivers_->count();
+    health.traps = sender_.totals();
+    health.notificationsTaken = channel_.received();
+}
+
+std::optional<LoopWatcher::Time> NotificationService::subscribedSince() const
+{
+    return channel_.isSubscribed() ? std::optional(channel_.subscribedSince()) : std::nullopt;
 }
 
 std::vector<LoopWatcher*> NotificationService::watchers()

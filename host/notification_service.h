@@ -51,6 +51,12 @@ public:
     /// Throws `StartupError`.
     void start(bool cold);
 
+    /// Adds to `health` what is known of receivers and notifications.
+    void report(AgentHealth& health) const;
+
+    /// Since when the back end's notifications have come here; nothing while they do not.
+    std::optional<LoopWatcher::Time> subscribedSince() const;
+
     /// What the loop has to serve.
     std::vector<LoopWatcher*> watchers();
 

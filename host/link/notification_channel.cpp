@@ -200,6 +200,7 @@ void NotificationChannel::takeReply(backend::Bytes& wire)
                      " (docs/backend-protocol.md)");
     }
     state_ = State::Subscribed;
+    subscribedSince_ = std::chrono::steady_clock::now();
     reported_.clear();
     pause_ = limits_.firstPause;
     hostLog()->info("the notifications of the back end unix:{} come in", path_);

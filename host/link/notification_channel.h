@@ -50,6 +50,9 @@ public:
     /// True while the back end's notifications come here.
     bool isSubscribed() const { return state_ == State::Subscribed; }
 
+    /// When they began to.
+    Time subscribedSince() const { return subscribedSince_; }
+
     /// How many notifications came since the start, repeats included.
     std::uint64_t received() const { return received_; }
 
@@ -75,6 +78,7 @@ private:
     std::string reported_;  // why it is down, as the log says it; empty while it is up
     Time retryAt_{};
     Time subscribeEnd_ = Time::max();
+    Time subscribedSince_{};
     std::chrono::milliseconds pause_;
     backend::FileDescriptor socket_;
     backend::PackageAssembler input_;

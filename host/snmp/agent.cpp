@@ -6,6 +6,7 @@
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/durable_file.h"
 #include "host/snmp/event_loop.h"
+#include "host/snmp/health_subtree.h"
 #include "host/snmp/net_snmp.h"
 #include "host/snmp/net_snmp_persistence.h"
 #include "host/snmp/tcp_wrappers.h"
@@ -191,16 +192,31 @@ SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
     limitBulkResponses();
     rememberAdmittedManagers();
     bridge_ = std::make_unique<RequestBridge>();
+    healthBridge_ = std::make_unique<RequestBridge>();
 }
 
 SnmpAgent::~SnmpAgent()
 {
+    healthBridge_.reset();
     bridge_.reset();
     if (configured_) {
         snmp_shutdown(kApplicationName);
     }
     shutdown_master_agent();
     shutdown_agent();
+}
+
+void SnmpAgent::serveHealth(std::function<AgentHealth()> source)
+{
+    healthBridge_->serve(std::make_unique<HealthSubtree>(std::move(source)));
+}
+
+AgentHealth::Master SnmpAgent::masterState() const
+{
+    if (!master_) {
+        return AgentHealth::Master::None;
+    }
+    return master_->isConnected() ? AgentHealth::Master::Connected : AgentHealth::Master::Away;
 }
 
 std::vector<std::string> SnmpAgent::configure()

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "host/loop_watcher.h"
+#include "host/snmp/agent_health.h"
 #include "host/snmp/agentx_master.h"
 #include "host/snmp/engine_state.h"
 #include "host/snmp/library_log.h"
 #include "host/snmp/request_bridge.h"
 #include "host/snmp/subtree.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +46,16 @@ public:
         bridge_->serve(std::move(subtrees));
     }
 
+    /// Serves the agent's own health, which `source` tells, where TALVIK-AGENT-MIB has it. Throws
+    /// `StartupError`.
+    void serveHealth(std::function<AgentHealth()> source);
+
+    /// What `serve` took, and what came of the requests for it.
+    std::vector<ServedObject> served() const { return bridge_->served(); }
+
+    /// Whether there is an AgentX master, and whether it is connected.
+    AgentHealth::Master masterState() const;
+
     /// Reads the configuration. Returns the library's warnings about its lines (unknown words, for
     /// example), which do not stop the agent. Throws `StartupError` with all errors when the file
     /// is wrong.
@@ -63,6 +75,7 @@ private:
     LibraryLog log_;
     std::unique_ptr<AgentxMaster> master_;  ///< null for an agent that listens itself
     std::unique_ptr<RequestBridge> bridge_;
+    std::unique_ptr<RequestBridge> healthBridge_;  ///< not counted among what is served
     bool configured_ = false;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/snmp/agent_health.h"
+
 #include <memory>
 #include <vector>
 
@@ -27,6 +29,9 @@ public:
 
     /// The same for all of `subtrees`; when it throws, none of them is served.
     void serve(std::vector<std::unique_ptr<Subtree>> subtrees);
+
+    /// What is served, by ascending OID, and what came of the requests for it.
+    std::vector<ServedObject> served() const;
 
 private:
     class Registration;

@@ -42,6 +42,15 @@ TrapReceiver::~TrapReceiver()
 {
     dying_ = true;
     link_.close();
+    addTo(services_.former);
+}
+
+void TrapReceiver::addTo(TrapTotals& totals) const
+{
+    totals.sent += status_.sent;
+    totals.failed += status_.failed;
+    totals.answered += status_.answered;
+    totals.givenUp += status_.givenUp;
 }
 
 void TrapReceiver::configure(const TrapSettings& settings)
@@ -93,7 +102,7 @@ void TrapReceiver::send(const std::shared_ptr<OutgoingTrap>& trap, const Deliver
 ReceiverStatus TrapReceiver::status() const
 {
     auto status = status_;
-    status.waiting = queue_.size() + link_.underWay();
+    status.waiting = waiting();
     return status;
 }
 

@@ -25,6 +25,7 @@ struct ReceiverServices {
     UdpSender udp;
     QueueTotal queues;
     LineBudget lines;      ///< of what becomes of receivers
+    TrapTotals former;     ///< of receivers that are gone
     bool workDue = false;  ///< an answer came: `TrapReceiver::proceed` has something to do
 };
 
@@ -76,6 +77,12 @@ public:
     void fail() { ++status_.failed; }
 
     ReceiverStatus status() const;
+
+    /// Adds what it has counted since it was made, without what waits.
+    void addTo(TrapTotals& totals) const;
+
+    /// How many notifications are queued, or on their way without an answer.
+    std::uint64_t waiting() const { return queue_.size() + link_.underWay(); }
     Time deadline() const;
     void proceed(Time now);
 

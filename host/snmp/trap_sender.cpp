@@ -34,6 +34,7 @@ public:
     void send(Trap trap, const Delivery& delivery, Time now);
     void setReceivers(const std::vector<tTrapDestInfo>& rows);
     std::vector<ReceiverStatus> status() const;
+    TrapTotals totals() const;
     Time deadline() const;
     void proceed(Time now);
 
@@ -133,6 +134,16 @@ std::vector<ReceiverStatus> TrapSender::Outgoing::status() const
     return all;
 }
 
+TrapTotals TrapSender::Outgoing::totals() const
+{
+    auto totals = services_.former;
+    for (const auto& receiver : receivers_) {
+        receiver->addTo(totals);
+        totals.waiting += receiver->waiting();
+    }
+    return totals;
+}
+
 TrapSender::Time TrapSender::Outgoing::deadline() const
 {
     if (services_.workDue) {
@@ -215,6 +226,11 @@ void TrapSender::setReceivers(const std::vector<tTrapDestInfo>& receivers)
 std::vector<ReceiverStatus> TrapSender::status() const
 {
     return outgoing_->status();
+}
+
+TrapTotals TrapSender::totals() const
+{
+    return outgoing_->totals();
 }
 
 TrapSender::Time TrapSender::deadline() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/snmp/agent_health.h"
 #include "host/snmp/trap.h"
 
 #include <chrono>
@@ -64,6 +65,9 @@ public:
 
     /// In the order of `setReceivers`.
     std::vector<ReceiverStatus> status() const;
+
+    /// Of all receivers since the agent started, those that are gone included.
+    TrapTotals totals() const;
 
     /// When `proceed` is due next: a time in the past after an answer to an inform came;
     /// `Time::max()` for never.

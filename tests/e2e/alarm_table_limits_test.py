@@ -10,7 +10,7 @@ from alarm_table import (ALARM_ENTRY, ALARMS, CATEGORY, CLEAR_LEAF, CLEAR_SUBTRE
                          table_of, wire_cells)
 from notifications import DISK_FAILED
 from snmp_wire import END_OF_VIEW, NULL, Answer, PlainV3Manager, numbers
-from talvik_e2e import CONFIG, ENTRY, OPERATOR, READER, ROOT, TABLE, V1
+from talvik_e2e import CONFIG, ENTRY, HEALTH, OPERATOR, READER, ROOT, TABLE, V1
 
 ONE_DATAGRAM = 65507
 LEAF = (CLEAR_LEAF, "Gauge32", 0)
@@ -36,7 +36,8 @@ VIEWS = {
                lambda column, serial: serial != 4000000000),
     "notable": (f"view notable excluded {ALARMS}", lambda column, serial: True),
 }
-VIEWS_CONFIG = "".join(f"view {view} included {ROOT}\n{lines}\nrocommunity {view} 127.0.0.1 -V {view}\n"
+VIEWS_CONFIG = "".join(f"view {view} included {ROOT}\nview {view} excluded {HEALTH}\n{lines}\n"
+                       f"rocommunity {view} 127.0.0.1 -V {view}\n"
                        for view, (lines, _) in VIEWS.items())
 
 

@@ -30,6 +30,7 @@ SHOWN_OF_A_LOG = 200000  # characters, the last ones; a storm of alarms writes a
 
 ROOT = ".1.3.6.1.4.1.99999"
 TABLE = ROOT + ".2.91.9.1"
+HEALTH = ROOT + ".2.91.20"  # what the agent says of itself
 ENTRY = TABLE + ".1"
 ENGINE_ID = ".1.3.6.1.6.3.10.2.1.1.0"
 ENGINE_BOOTS = ".1.3.6.1.6.3.10.2.1.2.0"
@@ -55,10 +56,12 @@ PRIV = "privacy-passphrase"
 
 CONFIG = f"""
 view talvik included {ROOT}
+view talvik excluded {HEALTH}
 rocommunity reader 127.0.0.1 -V talvik
 rocommunity everything 127.0.0.1
 rwcommunity writer 127.0.0.1
 view noAddress included {ROOT}
+view noAddress excluded {HEALTH}
 view noAddress excluded {ENTRY}.4
 rocommunity limited 127.0.0.1 -V noAddress
 createUser operator SHA-256 "{AUTH}" AES "{PRIV}"
@@ -89,7 +92,7 @@ def topology(status=1):
 
 
 def private_mib(trap_rows=()):
-    """The lines of a numeric walk over the whole private MIB while no alarm is active."""
+    """The lines of a numeric walk over the whole private MIB, but the agent's health, while no alarm is active."""
     return topology() + [CLEAR_ALARM_LINE] + list(trap_rows)
 
 
