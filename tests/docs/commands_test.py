@@ -5,6 +5,7 @@ Where a page shows what a command prints, that is what it prints.
 """
 
 import re
+import sys
 import tempfile
 import unittest
 
@@ -14,9 +15,20 @@ from place import Place, write_json_blocks
 from scenes import NOT_RUN, OUTPUTS, OUTPUTS_ELSEWHERE, SCENES, SETTINGS_ELSEWHERE, Scene
 from talvik_e2e import wait_until
 
+sys.path.insert(0, str(SOURCE / "tools" / "dev"))
+
+from recording import lines_of  # noqa: E402 (the path comes first)
+
+RECORDING = SOURCE / "docs" / "pictures" / "first-run.cast"
+
 PAGES = all_pages()
 KNOWN_OUTPUTS = {**OUTPUTS, **OUTPUTS_ELSEWHERE}
 COMMANDS = {name: commands_of_page(page, KNOWN_OUTPUTS) for name, page in PAGES.items()}
+
+
+def headlines(lines):
+    """The stages of the first run, as long as lines of the recording may be."""
+    return [line[:60] for line in lines if line.startswith("== ")]
 
 
 def entries_for(command):
@@ -101,6 +113,9 @@ class Commands(unittest.TestCase):
         self.assertEqual(done.status, hook(scene.status, command.text, 0), "\n".join([command.where, *done.lines]))
         if command.shown:
             self.assertIsNone(differs(command.shown, done.lines), command.where)
+        if command.text == "./dev run":
+            recorded = [line for _, line in lines_of(RECORDING.read_text(encoding="utf-8"))]
+            self.assertEqual(headlines(recorded), headlines(done.lines), "run tools/dev/record.sh and commit the result")
         for (page, start), owner in OUTPUTS.items():
             if page == command.page and owner == command.text:
                 block = next(block for block in PAGES[page].blocks if block.lines[0].startswith(start))

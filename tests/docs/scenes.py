@@ -106,6 +106,7 @@ NOT_RUN = [
     NotRun("./dev test release -R TlvDecode*", "the same for one test", ".ci/run", "./dev test"),
     NotRun("./dev test asan -R DebugKit*", "the same under the sanitizers", ".ci/run", "./dev test"),
     NotRun("./dev test release -L mib", "the same for one label", ".ci/run", "./dev test"),
+    NotRun("qemu-aarch64*", "a program of another build", ".ci/run", "./dev test aarch64"),
     NotRun("./dev check*", "takes minutes and builds", ".ci/run", "./dev check"),
     NotRun("./dev fuzz*", "builds with another compiler", ".ci/run", "./dev fuzz"),
     NotRun("./dev bench*", "measures for minutes", "tools/dev/bench.sh", "talvik-bench"),

@@ -65,7 +65,7 @@ randomText() { python3 -c 'import secrets; print(secrets.token_urlsafe(24))'; }
 writeDemoFiles()
 {
     umask 077
-    mkdir -p "$folder"
+    mkdir -p "$folder"/{client,receiver}/cert_indexes  # the tools tell when they make them
     chmod 700 "$folder"
     if [ ! -s "$folder/passphrases" ]; then
         printf 'AUTH=%s\nPRIV=%s\n' "$(randomText)" "$(randomText)" >"$folder/passphrases.new"
@@ -238,7 +238,7 @@ showAlarm()
         --socket "$socket") || giveUp "the alarm could not be raised (message above)"
     printf '%s\n' "$raised"
     waitForTrap "Enclosure 0, slot 7"
-    say "what the stock snmptrapd received on 127.0.0.1 port $receiverPort ($receiverLog)"
+    say "what the stock snmptrapd received on 127.0.0.1 port $receiverPort (${receiverLog#"$root/"})"
     sed -n '/NET-SNMP version/d; p' "$receiverLog" | tr '\t' '\n'
 }
 
