@@ -29,7 +29,7 @@ for, and the header what it has to do.
 | Symbol | Kind | Declared in |
 |---|---|---|
 """
-FOOT = "\n[The guide](README.md) · Next: [Integrating the module](integrating.md)\n"
+FOOT = "\n[The guide](README.md) · Next: [The alarm catalogue](alarm-catalogue.md)\n"
 
 
 def readable(symbol):
