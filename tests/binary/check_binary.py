@@ -83,8 +83,10 @@ def platform(options):
 
 
 def libraries(options):
-    # The version in ACE's name changes with the distribution, and means another build of it, not another library.
-    return sorted(re.sub(r"-[0-9.]+\.so$", ".so", name) for name in needed_libraries(options.file))
+    # The loader itself is named where the stack's guard is a variable of its. The version in ACE's name changes with the
+    # distribution, and means another build of it, not another library.
+    names = [name for name in needed_libraries(options.file) if not name.startswith("ld-linux-")]
+    return sorted(re.sub(r"-[0-9.]+\.so$", ".so", name) for name in names)
 
 
 def hardening(options):
