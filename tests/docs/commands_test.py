@@ -11,7 +11,7 @@ import unittest
 
 from commands import commands_of_page, differs, kind_of, program_of, unaccounted
 from pages import SOURCE, all_pages
-from place import Place, write_json_blocks
+from place import Place, write_files
 from scenes import NOT_RUN, OUTPUTS, OUTPUTS_ELSEWHERE, SCENES, SETTINGS_ELSEWHERE, Scene
 from talvik_e2e import wait_until
 
@@ -33,6 +33,14 @@ def headlines(lines):
 
 def entries_for(command):
     return [entry for entry in NOT_RUN if entry.matches(command.text)]
+
+
+def among_others(lines):
+    return [part for line in lines for part in ("...", line)] + ["..."]
+
+
+def block_of(page, start):
+    return next(block for block in PAGES[page].blocks if block.lines[0].startswith(start))
 
 
 def hook(hooks, text, default=None):
@@ -77,16 +85,22 @@ class Commands(unittest.TestCase):
 
     maxDiff = None
 
+    def setUp(self):
+        self.running = {}  # what runs on, by its command
+
     def run_page(self, name):
         scene = SCENES.get(name, Scene())
         with tempfile.TemporaryDirectory(prefix="talvik-docs-") as folder:
             place = Place(folder, scene.user, scene.names)
             try:
-                write_json_blocks(place, PAGES[name])
+                write_files(place, PAGES[name])
                 place.keep_alarms()
                 for command in COMMANDS[name]:
                     if not entries_for(command):
                         self.run_command(place, scene, command)
+                for (page, start), owner in OUTPUTS.items():
+                    if page == name and owner in self.running:
+                        self.wait_for(place, owner, block_of(page, start).lines, f"{page}: {start}")
                 self.check_settings(place, PAGES[name])
             except BaseException:
                 print(place.logs())
@@ -105,9 +119,8 @@ class Commands(unittest.TestCase):
             self.check_synopsis(place, command)
             return
         if place.is_daemon(program, command.text):
-            daemon = place.start(program, command.text)
-            for line in command.shown:
-                wait_until(lambda line=line: line in place.there(daemon.log()), f"{command.where}: {line}")
+            self.running[command.text] = place.start(program, command.text)
+            self.wait_for(place, command.text, command.shown, command.where)
             return
         done = place.run(command.text)
         self.assertEqual(done.status, hook(scene.status, command.text, 0), "\n".join([command.where, *done.lines]))
@@ -118,8 +131,13 @@ class Commands(unittest.TestCase):
             self.assertEqual(headlines(recorded), headlines(done.lines), "run tools/dev/record.sh and commit the result")
         for (page, start), owner in OUTPUTS.items():
             if page == command.page and owner == command.text:
-                block = next(block for block in PAGES[page].blocks if block.lines[0].startswith(start))
-                self.assertIsNone(differs([part for line in block.lines for part in ("...", line)] + ["..."], done.lines), f"{page}:{block.line}")
+                block = block_of(page, start)
+                self.assertIsNone(differs(among_others(block.lines), done.lines), f"{page}:{block.line}")
+
+    def wait_for(self, place, command, shown, where):
+        """Waits until a daemon has printed what is shown, in that order and among other things."""
+        wait_until(lambda: differs(among_others(shown), place.there(self.running[command].log()).splitlines()) is None,
+                   f"{where}: {shown}")
 
     def check_synopsis(self, place, command):
         """The program's help has the command and each of the options."""

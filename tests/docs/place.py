@@ -78,7 +78,7 @@ exec bash {source}/tools/dev/run.sh --once --no-build --port {demo_port} --recei
 
 class Done(NamedTuple):
     status: int
-    lines: list  # standard output, then standard error
+    lines: list  # what a terminal would show
 
 
 class Place:
@@ -112,7 +112,8 @@ class Place:
         bin_folder, lib_folder = self.tree / "build" / "release" / "bin", self.tree / "build" / "release" / "lib"
         bin_folder.mkdir(parents=True)
         lib_folder.mkdir()
-        (self.folder / "run").mkdir()
+        for name in ("run", "demo", "home"):
+            (self.folder / name).mkdir()
         for entry in SOURCE.iterdir():
             if entry.name not in ("build", "run", "etc", "dev", ".git"):
                 (self.tree / entry.name).symlink_to(entry)
@@ -142,6 +143,7 @@ class Place:
         text = re.sub(r"-A AUTH\b", f"-A {AUTH}", re.sub(r"-X PRIV\b", f"-X {PRIV}", text))
         text = re.sub(r"(FILL-IN-)?AUTHENTICATION-PASSPHRASE", AUTH, text)
         text = re.sub(r"(FILL-IN-)?PRIVACY-PASSPHRASE", PRIV, text).replace("COMMUNITY", COMMUNITY)
+        text = re.sub(rf"build/release/bin/({'|'.join(OURS)})", rf"{self.shims}/\1", text)
         for ours, theirs in self.words:
             text = text.replace(theirs, ours) if theirs != "run" else re.sub(r"(?<![\w/.-])run/", f"{ours}/", text)
         return text
@@ -157,6 +159,7 @@ class Place:
     def environment(self):
         kept = {name: value for name, value in os.environ.items() if not name.startswith(("SNMP", "MIB", "TALVIK_"))}
         return {**kept, "PATH": f"{self.shims}:{os.environ['PATH']}:/usr/sbin:/sbin", "LC_ALL": "C.UTF-8", "TZ": ZONE,
+                "HOME": str(self.folder / "home"),
                 "SNMPCONFPATH": str(self.client), "SNMP_PERSISTENT_DIR": str(self.client),
                 "MIBDIRS": f"{SOURCE / 'mibs'}:{SOURCE / 'tests' / 'mib' / 'stubs'}"}
 
@@ -166,14 +169,16 @@ class Place:
     def run(self, text):
         """Runs a command line to its end."""
         done = subprocess.run(["bash", "-c", self._script(self.here(text))], cwd=self.tree, env=self.environment,
-                              stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=LIMIT * 2)
-        return Done(done.returncode, self.there(done.stdout + done.stderr).splitlines())
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                              timeout=LIMIT * 2)
+        return Done(done.returncode, self.there(done.stdout).splitlines())
 
     def remember(self, text):
         """A line that sets something for those below it: a variable, the folder."""
         self.prelude.append(self.here(text))
 
-    def is_daemon(self, program, text):
+    @staticmethod
+    def is_daemon(program, text):
         return pathlib.PurePath(program).name in READY and not any(word in text.split() for word in ENDS_BY_ITSELF)
 
     def start(self, program, text):
@@ -226,11 +231,11 @@ class Place:
         return "".join(f"--- {daemon.command[-1].splitlines()[-1]}\n{daemon.log()[-4000:]}" for daemon in self.daemons)
 
 
-def write_json_blocks(place, page):
-    """Files that the page shows: a block of JSON below a line that ends in `name.json`: ."""
+def write_files(place, page):
+    """Files that the page shows: a block of JSON or configuration below a line that ends in `name`: ."""
     for block in page.blocks:
-        named = re.search(r"`([\w-]+\.json)`:$", block.above)
+        text = "\n".join(block.lines) + "\n"
         if block.language == "json":
-            json.loads("\n".join(block.lines))
-            if named:
-                (place.tree / named[1]).write_text("\n".join(block.lines) + "\n")
+            json.loads(text)
+        if block.language in ("json", "conf") and (named := re.search(r"`([\w./-]+)`:$", block.above)):
+            (place.tree / place.here(named[1])).write_text(place.here(text) if block.language == "conf" else text)

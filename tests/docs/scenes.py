@@ -75,8 +75,12 @@ SCENES = {
     }),
 }
 
+FIRST_RECEIVER = ("snmptrapd -f -Lo -n -C -c run/first-snmptrapd.conf -M mibs:tests/mib/stubs -m KEL-TALVIK-MIB "
+                  "udp:127.0.0.1:10162")
+
 # Blocks that show what a command elsewhere prints: page, beginning of the block, and that command.
 OUTPUTS = {
+    ("docs/getting-started.md", "SNMPv2-SMI::snmpModules"): FIRST_RECEIVER,
     ("README.md", ".1.3.6.1.4.1.99999.2.91.9.1.1.1.1 = "): "./dev run",
     ("README.md", "INDEX  ADDRESS"): "./dev run",
     ("README.md", "SNMPv2-SMI::snmpModules"): "./dev run",
