@@ -1,6 +1,7 @@
 #include "tests/contract/faults/gates.h"
 
 #include "framework/kel_exception.h"
+#include "tests/contract/faults/gate_code.h"
 
 #include <cxxabi.h>
 #include <dlfcn.h>
@@ -17,14 +18,6 @@ namespace talvik::gates {
 
 namespace {
 
-#define TALVIK_GATE(number, symbol) symbol,
-const char* const kSymbols[] = {
-#include "gates.inc"
-};
-#undef TALVIK_GATE
-
-constexpr std::size_t kCount = sizeof kSymbols / sizeof kSymbols[0];
-
 struct State {
     bool counting = false;
     bool armed = false;
@@ -32,7 +25,7 @@ struct State {
     std::size_t gate = 0;
     std::size_t call = 0;
     Throws kind = Throws::Int;
-    std::vector<std::size_t> counts = std::vector<std::size_t>(kCount);
+    std::vector<std::size_t> counts = std::vector<std::size_t>(kSymbolCount);
 };
 
 State& state()
@@ -44,7 +37,7 @@ State& state()
 /// The reference host's own, in its library behind this program.
 void* realOne(std::size_t gate)
 {
-    static void* found[kCount];
+    static std::vector<void*> found(kSymbolCount);
     if (found[gate] == nullptr) {
         found[gate] = dlsym(RTLD_NEXT, kSymbols[gate]);
         if (found[gate] == nullptr) {
@@ -71,7 +64,7 @@ void start()
 {
     state().counting = true;
     state().came = false;
-    state().counts.assign(kCount, 0);
+    state().counts.assign(kSymbolCount, 0);
 }
 
 }  // namespace
@@ -91,7 +84,7 @@ const char* textOf(Throws kind)
 
 const std::vector<std::string>& all()
 {
-    static const std::vector<std::string> symbols(kSymbols, kSymbols + kCount);
+    static const std::vector<std::string> symbols(kSymbols, kSymbols + kSymbolCount);
     return symbols;
 }
 
@@ -154,56 +147,3 @@ extern "C" void* talvik_pass_gate(std::uint64_t gate)
     }
     return realOne(gate);
 }
-
-// A gate keeps the arguments, whatever they are, asks talvik_pass_gate and goes on as if it had not
-// been there. The frame is described, so that what is thrown gets through.
-#if defined(__x86_64__)
-#define TALVIK_GATE(number, symbol)                                                                \
-    asm(".text\n.globl " symbol "\n.type " symbol ",@function\n" symbol ":\n"                      \
-        ".cfi_startproc\n"                                                                         \
-        "endbr64\n"                                                                                \
-        "subq $184, %rsp\n"                                                                        \
-        ".cfi_adjust_cfa_offset 184\n"                                                             \
-        "movq %rdi, 0(%rsp)\nmovq %rsi, 8(%rsp)\nmovq %rdx, 16(%rsp)\nmovq %rcx, 24(%rsp)\n"       \
-        "movq %r8, 32(%rsp)\nmovq %r9, 40(%rsp)\nmovq %rax, 48(%rsp)\n"                            \
-        "movups %xmm0, 56(%rsp)\nmovups %xmm1, 72(%rsp)\nmovups %xmm2, 88(%rsp)\n"                 \
-        "movups %xmm3, 104(%rsp)\nmovups %xmm4, 120(%rsp)\nmovups %xmm5, 136(%rsp)\n"              \
-        "movups %xmm6, 152(%rsp)\nmovups %xmm7, 168(%rsp)\n"                                       \
-        "movl $" #number ", %edi\n"                                                                \
-        "call talvik_pass_gate@PLT\n"                                                              \
-        "movq %rax, %r11\n"                                                                        \
-        "movq 0(%rsp), %rdi\nmovq 8(%rsp), %rsi\nmovq 16(%rsp), %rdx\nmovq 24(%rsp), %rcx\n"       \
-        "movq 32(%rsp), %r8\nmovq 40(%rsp), %r9\nmovq 48(%rsp), %rax\n"                            \
-        "movups 56(%rsp), %xmm0\nmovups 72(%rsp), %xmm1\nmovups 88(%rsp), %xmm2\n"                 \
-        "movups 104(%rsp), %xmm3\nmovups 120(%rsp), %xmm4\nmovups 136(%rsp), %xmm5\n"              \
-        "movups 152(%rsp), %xmm6\nmovups 168(%rsp), %xmm7\n"                                       \
-        "addq $184, %rsp\n"                                                                        \
-        ".cfi_adjust_cfa_offset -184\n"                                                            \
-        "jmp *%r11\n"                                                                              \
-        ".cfi_endproc\n.size " symbol ", .-" symbol "\n");
-#elif defined(__aarch64__)
-#define TALVIK_GATE(number, symbol)                                                                \
-    asm(".text\n.globl " symbol "\n.type " symbol ",%function\n" symbol ":\n"                      \
-        ".cfi_startproc\n"                                                                         \
-        "stp x29, x30, [sp, #-224]!\n"                                                             \
-        ".cfi_adjust_cfa_offset 224\n.cfi_rel_offset x29, 0\n.cfi_rel_offset x30, 8\n"             \
-        "stp x0, x1, [sp, #16]\nstp x2, x3, [sp, #32]\nstp x4, x5, [sp, #48]\n"                    \
-        "stp x6, x7, [sp, #64]\nstr x8, [sp, #80]\n"                                               \
-        "stp q0, q1, [sp, #96]\nstp q2, q3, [sp, #128]\nstp q4, q5, [sp, #160]\n"                  \
-        "stp q6, q7, [sp, #192]\n"                                                                 \
-        "mov x0, #" #number "\n"                                                                   \
-        "bl talvik_pass_gate\n"                                                                    \
-        "mov x16, x0\n"                                                                            \
-        "ldp x0, x1, [sp, #16]\nldp x2, x3, [sp, #32]\nldp x4, x5, [sp, #48]\n"                    \
-        "ldp x6, x7, [sp, #64]\nldr x8, [sp, #80]\n"                                               \
-        "ldp q0, q1, [sp, #96]\nldp q2, q3, [sp, #128]\nldp q4, q5, [sp, #160]\n"                  \
-        "ldp q6, q7, [sp, #192]\n"                                                                 \
-        "ldp x29, x30, [sp], #224\n"                                                               \
-        ".cfi_adjust_cfa_offset -224\n.cfi_restore x29\n.cfi_restore x30\n"                        \
-        "br x16\n"                                                                                 \
-        ".cfi_endproc\n.size " symbol ", .-" symbol "\n");
-#else
-#error "say here how a gate keeps the arguments"
-#endif
-
-#include "gates.inc"

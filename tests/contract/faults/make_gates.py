@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes one line TALVIK_GATE(number, "symbol") for each function that a module takes from its host.
+"""Writes the source of the gates: one for each function that a module takes from its host.
 
 The host's library tells functions from data.
 """
@@ -23,9 +23,16 @@ def main():
     # The factory's side of the singleton is compiled into both; what is weak in the host is no operation of it.
     wanted = sorted(symbols(options.nm, options.module, "--undefined-only"))
     functions = [name for name in wanted if supplied.get(name) == "T"]
+    names = "".join(f'    "{name}",\n' for name in functions)
+    gates = "".join(f'TALVIK_GATE({number}, "{name}")\n' for number, name in enumerate(functions))
     with open(options.output, "w", encoding="utf-8") as out:
-        for number, name in enumerate(functions):
-            out.write(f'TALVIK_GATE({number}, "{name}")\n')
+        out.write(f"""#include "tests/contract/faults/gate_code.h"
+
+const char* const talvik::gates::kSymbols[] = {{
+{names}}};
+const std::size_t talvik::gates::kSymbolCount = {len(functions)};
+
+{gates}""")
 
 
 if __name__ == "__main__":
