@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -53,14 +54,15 @@ void declare(CLI::App& app, Options& options)
         ->capture_default_str();
     app.add_option("--log-file", options.log.file, "Log to this file too, rotated at 10 MiB")
         ->type_name("FILE");
-    app.footer("Runs in the foreground until SIGTERM, SIGINT or SIGHUP.\n"
-               "Exit status: 0 stopped, 1 could not start or broke off, 2 wrong usage.\n\n"
-               "Example:\n"
-               "  talvik-backendd --socket /run/talvik/backend.sock\n"
-               "  talvik-agentd --backend unix:/run/talvik/backend.sock");
+    app.footer(
+        "Runs in the foreground until SIGTERM or SIGINT. SIGHUP has it open its log file anew.\n"
+        "Exit status: 0 stopped, 1 could not start or broke off, 2 wrong usage.\n\n"
+        "Example:\n"
+        "  talvik-backendd --socket /run/talvik/backend.sock\n"
+        "  talvik-agentd --backend unix:/run/talvik/backend.sock");
 }
 
-/// Becomes readable at the first SIGTERM, SIGINT or SIGHUP; these no longer end the process by
+/// Becomes readable at each SIGTERM, SIGINT or SIGHUP; these no longer end the process by
 /// themselves.
 talvik::backend::FileDescriptor stopSignals()
 {
@@ -81,6 +83,26 @@ talvik::backend::FileDescriptor stopSignals()
     return fd;
 }
 
+/// Takes the signal that has come. True for SIGHUP, which opens the log file anew.
+bool isReloadOnly(const talvik::backend::FileDescriptor& signals, const Options& options)
+{
+    signalfd_siginfo info{};
+    if (::read(signals.get(), &info, sizeof info) != static_cast<ssize_t>(sizeof info) ||
+        info.ssi_signo != SIGHUP) {
+        return false;
+    }
+    try {
+        talvik::configureLog(options.log);
+        talvik::backend::backendLog()->info(
+            "SIGHUP: log file {}; all else is read at the start only",
+            options.log.file.empty() ? "there is none" : options.log.file + ": opened anew");
+    } catch (const StartupError& error) {
+        talvik::backend::backendLog()->error("SIGHUP: {}; lines go on to the file that was open",
+                                             error.what());
+    }
+    return true;
+}
+
 void serve(const Options& options)
 {
     const auto stop = stopSignals();
@@ -93,7 +115,9 @@ void serve(const Options& options)
     talvik::backend::SocketServer server(backEnd.commands(), options.socket,
                                          talvik::backend::ServerLimits(), &backEnd);
     talvik::backend::backendLog()->info("ready, listening on unix:{}", options.socket);
-    server.run(stop.get());
+    do {
+        server.run(stop.get());
+    } while (isReloadOnly(stop, options));
     talvik::backend::backendLog()->info("stopped by a signal");
 }
 

@@ -118,9 +118,11 @@ void declare(CLI::App& app, AgentOptions& options)
     app.add_flag("--check", options.checkOnly,
                  "Read and check everything, say OK and end; nothing is changed or opened");
     app.set_version_flag("--version", std::string("talvik-agentd " TALVIK_VERSION));
-    app.footer("Exit codes: 0 ended as asked, 1 cannot start, 2 wrong usage.\n"
-               "SIGTERM and SIGINT end the agent. Changed files take effect at the next start, the "
-               "trap settings at once.");
+    app.footer(
+        "Exit codes: 0 ended as asked, 1 cannot start, 2 wrong usage.\n"
+        "SIGTERM and SIGINT end the agent. SIGHUP has it read access control, users and trap "
+        "settings again and open the log file anew; all else takes a restart, and the log "
+        "says what.");
 }
 
 void setDefaultPaths(AgentOptions& options)

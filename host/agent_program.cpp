@@ -16,6 +16,7 @@
 #include "host/platform/name_cache.h"
 #include "host/platform/table_batch.h"
 #include "host/platform/trap_store.h"
+#include "host/reload.h"
 #include "host/served_module.h"
 #include "host/snmp/agent.h"
 #include "host/snmp/durable_file.h"
@@ -216,26 +217,18 @@ AgentSettings agentSettings(const AgentOptions& options, const std::string& pers
     return {options.configFile, persistentDir, options.listen, engine, options.agentx};
 }
 
-void logSignal(int signal)
-{
-    if (signal == SIGHUP) {
-        hostLog()->info("SIGHUP: nothing is read again while the agent runs; restart it to take "
-                        "over changes of "
-                        "the agent configuration, device configuration, MIB description or module");
-    } else if (signal != 0) {
-        hostLog()->info("ending on {}", signal == SIGINT ? "SIGINT" : "SIGTERM");
-    }
-}
-
 void serveUntilStopped(SnmpAgent& agent, const std::vector<LoopWatcher*>& watchers,
-                       const StopSignals& signals)
+                       const StopSignals& signals, Reload& reload)
 {
     int signal = 0;
     while (signal != SIGTERM && signal != SIGINT) {
         agent.run(signals.descriptor(), watchers);
         signal = signals.take();
-        logSignal(signal);
+        if (signal == SIGHUP) {
+            reload.run();
+        }
     }
+    hostLog()->info("ending on {}", signal == SIGINT ? "SIGINT" : "SIGTERM");
 }
 
 /// `commands` has all its commands; these and `counters` outlive the link.
@@ -266,6 +259,22 @@ std::list<std::string> startFiles(const AgentOptions& options, const ChosenModul
 {
     auto files = module.files();
     files.insert(files.end(), {options.configFile, options.deviceFile, options.trapSettings});
+    return files;
+}
+
+/// What is read at the start and never again: the module, its MIB description, the device
+/// configuration and the alarm catalogue that it names.
+std::list<std::string> filesOfTheStart(const AgentOptions& options, const DeviceConfigFile& device,
+                                       const ChosenModule& module)
+{
+    auto files = module.files();
+    files.push_back(options.deviceFile);
+    const auto root = InstallationPaths::ofThisProgram().installationRoot();
+    for (const auto* item : {"ALARM_INI_PATH", "ALARM_PARAM_ENUM_PATH"}) {
+        if (const auto* path = device.find("SNMP_CONF", item)) {
+            files.push_back(root + "/" + *path);
+        }
+    }
     return files;
 }
 
@@ -307,7 +316,9 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     hostLog()->flush();
     auto watchers = notifications.watchers();
     watchers.push_back(&health);
-    serveUntilStopped(agent, watchers, signals);
+    Reload reload(options, filesOfTheStart(options, device, module),
+                  {agent, notifications, health});
+    serveUntilStopped(agent, watchers, signals, reload);
 }
 
 void checkAgent(const AgentOptions& options)

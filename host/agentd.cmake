@@ -13,6 +13,7 @@ add_executable(talvik-agentd
     module_loader.cpp
     notification_service.cpp
     receiver_commands.cpp
+    reload.cpp
     served_module.cpp
     state_directory.cpp
     stop_signals.cpp

@@ -51,6 +51,9 @@ public:
     /// Throws `StartupError`.
     void start(bool cold);
 
+    /// Reads the trap settings, even if they look unchanged.
+    void readSettingsAgain() { sender_.readSettingsAgain(); }
+
     /// Adds to `health` what is known of receivers and notifications.
     void report(AgentHealth& health) const;
 

@@ -19,7 +19,8 @@ struct LogSettings {
 
 /// Applies `settings` to every logger of the process, those made later included. Throws
 /// `StartupError` for an unknown level or a log file that cannot be opened; the former settings
-/// then stay. Call it before the first thread starts.
+/// then stay. Call it before the first thread starts, and at any time later with the same settings,
+/// to open the log file anew after another program has moved it.
 void configureLog(const LogSettings& settings);
 
 /// The logger called `name`, made on first use. Every line carries time, level and that name. Never

@@ -245,6 +245,9 @@ std::vector<std::string> SnmpAgent::configure()
     for (const auto& warning : warnings) {
         hostLog()->warn("{}", oneLine(warning));
     }
+    reload_ = std::make_unique<ConfigurationReload>(
+        ConfigurationReload::Files{settings_.configFile, persistentFileIn(settings_.persistentDir)},
+        settings_.master.has_value(), log_);
     return warnings;
 }
 

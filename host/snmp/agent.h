@@ -3,6 +3,7 @@
 #include "host/loop_watcher.h"
 #include "host/snmp/agent_health.h"
 #include "host/snmp/agentx_master.h"
+#include "host/snmp/configuration_reload.h"
 #include "host/snmp/engine_state.h"
 #include "host/snmp/library_log.h"
 #include "host/snmp/request_bridge.h"
@@ -61,6 +62,10 @@ public:
     /// is wrong.
     std::vector<std::string> configure();
 
+    /// Reads the configuration again and takes over access control and users. The log has what came
+    /// of it. After `configure`.
+    void reloadConfiguration() { reload_->run(); }
+
     /// Opens the endpoints, or has the master looked for, and says where managers are served:
     /// "listening on udp:127.0.0.1:1161". Throws `StartupError` when one cannot be opened.
     std::string listen();
@@ -76,6 +81,7 @@ private:
     std::unique_ptr<AgentxMaster> master_;  ///< null for an agent that listens itself
     std::unique_ptr<RequestBridge> bridge_;
     std::unique_ptr<RequestBridge> healthBridge_;  ///< not counted among what is served
+    std::unique_ptr<ConfigurationReload> reload_;  ///< once it is configured
     bool configured_ = false;
 };
 

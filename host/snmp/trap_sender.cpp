@@ -7,6 +7,7 @@
 #include "host/snmp/trap_size.h"
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -37,12 +38,14 @@ public:
     TrapTotals totals() const;
     Time deadline() const;
     void proceed(Time now);
+    void readSettingsAgain(Time now) { use(file_.readAgain(now)); }
 
 private:
     TrapReceiver* find(const tTrapDestInfo& row);
     std::unique_ptr<TrapReceiver> receiverFor(const tTrapDestInfo& row,
                                               std::unique_ptr<TrapReceiver>& former);
-    void lookAtFile(Time now);
+    void lookAtFile(Time now) { use(file_.changed(now)); }
+    void use(std::optional<TrapSettings> changed);
     void reportCuts(const TrapContent& trap, const std::vector<TextCut>& cuts);
     std::string nameOf(const ObjectId& id) const;
 
@@ -170,9 +173,9 @@ void TrapSender::Outgoing::proceed(Time now)
     }
 }
 
-void TrapSender::Outgoing::lookAtFile(Time now)
+/// From now on, if there are any.
+void TrapSender::Outgoing::use(std::optional<TrapSettings> changed)
 {
-    auto changed = file_.changed(now);
     if (!changed) {
         return;
     }
@@ -231,6 +234,11 @@ std::vector<ReceiverStatus> TrapSender::status() const
 TrapTotals TrapSender::totals() const
 {
     return outgoing_->totals();
+}
+
+void TrapSender::readSettingsAgain()
+{
+    outgoing_->readSettingsAgain(std::chrono::steady_clock::now());
 }
 
 TrapSender::Time TrapSender::deadline() const

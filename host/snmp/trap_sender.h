@@ -69,6 +69,10 @@ public:
     /// Of all receivers since the agent started, those that are gone included.
     TrapTotals totals() const;
 
+    /// Reads the settings file, even one that looks unchanged. One that is wrong is a line in the
+    /// log, and the former settings stay.
+    void readSettingsAgain();
+
     /// When `proceed` is due next: a time in the past after an answer to an inform came;
     /// `Time::max()` for never.
     Time deadline() const;

@@ -129,6 +129,17 @@ std::optional<TrapSettings> TrapSettingsFile::changed(Time now)
     }
 }
 
+std::optional<TrapSettings> TrapSettingsFile::readAgain(Time now)
+{
+    if (path_.empty() || (known_ == Identity{} && identityNow() == Identity{})) {
+        hostLog()->info("trap settings {}: there is no such file, the defaults hold", path_);
+        return std::nullopt;
+    }
+    known_ = Identity(0, -1, 0, 0);  // no file's
+    nextLook_ = Time::min();
+    return changed(now);
+}
+
 TrapSettingsFile::Identity TrapSettingsFile::identityNow() const
 {
     struct stat status {};

@@ -27,6 +27,9 @@ public:
     /// in the log once; whoever asks keeps what it has.
     std::optional<TrapSettings> changed(Time now);
 
+    /// As `changed`, for a file that looks unchanged, too; the log has what came of it.
+    std::optional<TrapSettings> readAgain(Time now);
+
 private:
     /// Inode, size and time of the last change; all 0 for no file.
     using Identity = std::tuple<std::uint64_t, std::int64_t, std::int64_t, std::int64_t>;

@@ -3,8 +3,8 @@
 import unittest
 
 from agentx_master import AgentxTest
-from alarm_table import CLEAR_LEAF, Alarm, clearing, name
-from talvik_e2e import CONFIG, OPERATOR, READER, WRITER, v3
+from alarm_table import ALARM_ENTRY, CLEAR_LEAF, TITLE, Alarm, clearing, name
+from talvik_e2e import CONFIG, HEALTH, OPERATOR, READER, ROOT, WRITER, v3
 from trap_table import PORT, TRAPS, Destination, assign, change, create, destroy, walk_of
 
 SYS_CONTACT = ".1.3.6.1.2.1.1.4.0"
@@ -68,19 +68,19 @@ class AgentxSet(AgentxTest):
         self.assertIn("inconsistentValue", self.snmpset(self.master, WRITER, clearing(1)).stderr)
 
     def test_master_decides_who_may_do_what(self):
-        hidden = f"\nview noTitle included .1.3.6.1.4.1.99999\nview noTitle excluded {name(4, 0).rsplit('.', 1)[0]}\n" \
-                 "rocommunity titleless 127.0.0.1 -V noTitle\n"
+        hidden = (f"\nview noTitle included {ROOT}\nview noTitle excluded {HEALTH}\n"
+                  f"view noTitle excluded {ALARM_ENTRY}.{TITLE}\nrocommunity titleless 127.0.0.1 -V noTitle\n")
         self.begin(config=CONFIG + hidden, alarms=[Alarm(1)])
         self.assertIn("noAccess", self.snmpset(self.master, READER, *create(5)).stderr)
         self.assertIn("noAccess", self.snmpset(self.master, OPERATOR, clearing(1)).stderr)
         self.assertEqual(self.rows(), [])
         titleless = ["-v2c", "-c", "titleless"]
-        title = name(4, 1)
+        title = name(TITLE, 1)
         everything = self.walk(self.master)
         expected = [line for line in everything if not line.startswith(f"{title} ")]
         self.assertEqual(len(expected), len(everything) - 1)
         self.assertEqual(self.walk(self.master, titleless), expected)
-        self.assertEqual(self.lines("snmpbulkwalk", self.master, titleless, "-Cr40", ".1.3.6.1.4.1.99999"), expected)
+        self.assertEqual(self.lines("snmpbulkwalk", self.master, titleless, "-Cr40", ROOT), expected)
         self.assertIn("No Such", self.lines("snmpget", self.master, titleless, title)[0])
 
 

@@ -51,12 +51,6 @@ class Listen(TalvikTest):
             self.assertEqual(agent.stop(number), 0)
             self.assertTrue(agent.log().rstrip().endswith("ended"), agent.log())
 
-    def test_hangup_says_what_a_restart_is_for(self):
-        agent = self.start_agent()
-        agent.send(signal.SIGHUP)
-        agent.wait_for_log("SIGHUP")
-        self.assertEqual(self.walk(agent, start=TABLE), topology())
-
 
 if __name__ == "__main__":
     unittest.main()

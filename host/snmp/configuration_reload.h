@@ -1,0 +1,62 @@
+#pragma once
+
+#include "host/snmp/library_log.h"
+
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace talvik {
+
+/// Takes over what of the agent configuration can change while the agent runs: access control and
+/// users. The library's own way of reading its configuration again would read the persistent file
+/// too, and count the engine's boots up with it. All or nothing: where anything is wrong the former
+/// access control and users stay. On the agent's thread, between two requests.
+class ConfigurationReload {
+public:
+    struct Files {
+        std::string configuration;
+        std::string persistent;  ///< has what managers have written to the access control
+    };
+
+    /// After the library has read its files, and before anybody but these makes users. Under an
+    /// AgentX master there is no access control. `log` outlives it.
+    ConfigurationReload(Files files, bool underMaster, LibraryLog& log);
+
+    /// Reads the file again and says in the log what came of it.
+    void run();
+
+private:
+    /// A word of the configuration, in small letters, and what stands behind it.
+    using Line = std::pair<std::string, std::string>;
+
+    struct User {
+        std::string name;
+        std::string line;    ///< has passphrases; empty where they are not needed any more
+        std::size_t digest;  ///< tells another line
+    };
+
+    struct Content {
+        std::vector<Line> access;
+        std::vector<User> users;
+        std::vector<Line> others;  ///< hold from the next start on
+    };
+
+    std::optional<Content> read(std::string& fault);
+    std::vector<User> changedUsers(const Content& now) const;
+    std::string faultOf(const std::vector<User>& users);
+    std::string replaceAccess();
+    void reportOthers(const Content& now) const;
+    void remember(Content now);
+
+    const Files files_;
+    const bool underMaster_;
+    LibraryLog& log_;
+    Content content_;
+    std::set<std::string> ownUsers_;  ///< of the agent's engine
+};
+
+}  // namespace talvik
