@@ -13,7 +13,7 @@ dropLdconfigCalls()
 {
     local script
     for script in "$1"/DEBIAN/postinst "$1"/DEBIAN/postrm; do
-        if [ -e "$script" ] && grep -q '^ *ldconfig$' "$script"; then
+        if [ -e "$script" ] && grep -qE '^[[:space:]]*ldconfig$' "$script"; then
             rm "$script"
         fi
     done
@@ -25,7 +25,7 @@ finishDebugSymbols()
     local tree=$1 name ids
     name=$(dpkg-deb --field "$package" Package)
     ids=$(cd "$tree/usr/lib/debug/.build-id" && find . -name '*.debug' | sort | sed 's|^\./\(..\)/\(.*\)\.debug$|\1\2|' | xargs)
-    sed -i '/^Section:/d; /^Priority:/d' "$tree/DEBIAN/control"
+    sed -i '/^Section:/d; /^Priority:/d; /^Auto-Built-Package:/d; /^Build-Ids:/d; /^$/d' "$tree/DEBIAN/control"
     printf 'Section: debug\nPriority: optional\nAuto-Built-Package: debug-symbols\nBuild-Ids: %s\n' "$ids" >>"$tree/DEBIAN/control"
     mkdir -p "$tree/usr/share/doc"
     ln -sfn "${name%-dbgsym}" "$tree/usr/share/doc/$name"
@@ -46,6 +46,6 @@ for package in "$@"; do
     esac
     writeChecksums "$tree"
     find "$tree" -type d -exec chmod 755 {} +
-    dpkg-deb --root-owner-group -Zgzip -z9 --build "$tree" "$package" >/dev/null
+    dpkg-deb --root-owner-group -Zgzip -z6 --build "$tree" "$package" >/dev/null
     rm -rf "$tree"
 done
