@@ -55,7 +55,21 @@ def back_to_the_tree(place):
     place.start_agent()
 
 
+def a_back_end_of_its_own(place):
+    place.start("talvik-backendd", "talvik-backendd --socket /run/talvik/backend.sock --state-dir /var/lib/talvik")
+    place.start("talvik-agentd", "talvik-agentd --backend unix:/run/talvik/backend.sock")
+
+
+def an_agent_with_a_receiver(place):
+    place.start_agent()
+    receiver(1)(place)
+
+
 SCENES = {
+    "docs/troubleshooting.md": Scene(before={
+        "talvikctl backend status": a_back_end_of_its_own,
+        "talvikctl trap test 1": an_agent_with_a_receiver,
+    }),
     "README.md": Scene(before={"talvikctl trap modify 1": receiver(1)}),
     "docs/alarm-catalogue.md": Scene(status={"talvikctl catalogue check bad.json": 1}),
     "docs/operations.md": Scene(before={
@@ -90,6 +104,11 @@ OUTPUTS_ELSEWHERE = {
     ("examples/README.md", "1.3.6.1.4.1.99999.2.91.9.1, 1 row"): ("tests/package/package_kit.py", "topology_of_the_example"),
     ("docs/operations.md", "time level logger text"): ("tests/unit/host_platform/log_text_test.cpp", "TEST"),
     ("docs/trap-settings.md", "trap settings /etc/talvik"): ("tests/unit/host_snmp/trap_settings_file_test.cpp", "expected"),
+}
+
+# The line from which on a page is made of a program, and the test that holds it to that program.
+MADE = {
+    "docs/talvikctl.md": ("<!-- From here on: talvikctl help --format markdown -->", "tests/e2e/ctl_help_test.py"),
 }
 
 # Configuration of other programs, in the same form.
