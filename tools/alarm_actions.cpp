@@ -5,7 +5,8 @@
 #include "tools/alarm_client.h"
 #include "tools/alarm_output.h"
 #include "tools/alarm_scenario.h"
-#include "tools/command.h"
+#include "tools/exit_status.h"
+#include "tools/progress.h"
 #include "tools/scenario_run.h"
 #include "tools/socket_output.h"
 #include "tools/trap_output.h"
@@ -40,7 +41,7 @@ int reportWith(std::uint32_t (AlarmClient::*send)(const AlarmReport&), const Ala
         const auto serial = (client.*send)(report);
         auto value = socketJson(options.socket);
         value["serial"] = serial;
-        std::cout << (options.socket.json ? jsonText(value) : std::to_string(serial) + "\n");
+        std::cout << (options.socket.output.json ? jsonText(value) : std::to_string(serial) + "\n");
     });
 }
 
@@ -53,9 +54,7 @@ struct Clearing {
 
 bool nobodyAnswers(const Clearing& clearing)
 {
-    return !clearing.failed.empty() &&
-           (clearing.failed.back().second.kind() == Failure::Kind::Connection ||
-            clearing.failed.back().second.kind() == Failure::Kind::NoAnswer);
+    return !clearing.failed.empty() && isForWantOfAnAnswer(clearing.failed.back().second.kind());
 }
 
 Clearing clearEach(AlarmTarget& target, const std::vector<std::uint32_t>& serials)
@@ -140,8 +139,9 @@ int runAlarmList(const AlarmOptions& options)
     AlarmClient client(options.socket);
     return orPrintFailure(options.socket, [&] {
         const auto alarms = client.active(options.after, options.limit);
-        std::cout << (options.socket.json ? jsonText(activeAlarmsJson(alarms))
-                                          : activeAlarmsText(alarms));
+        std::cout << (options.socket.output.json
+                          ? jsonText(activeAlarmsJson(alarms))
+                          : activeAlarmsText(alarms, tableStyle(options.socket.output)));
     });
 }
 
@@ -149,12 +149,12 @@ int runAlarmClear(const AlarmOptions& options)
 {
     AlarmClient client(options.socket);
     const auto clearing = clearEach(client, withoutRepeats(options.serials));
-    if (options.socket.json) {
+    if (options.socket.output.json) {
         printAsJson(options.socket, clearing);
     } else {
         printText(clearing);
     }
-    return clearing.failed.empty() ? kExitGood : kExitBad;
+    return clearing.failed.empty() ? kExitGood : exitStatusOf(clearing.failed.back().second.kind());
 }
 
 int runAlarmResend(const AlarmOptions& options)
@@ -164,10 +164,11 @@ int runAlarmResend(const AlarmOptions& options)
         const auto count = client.resend();
         auto value = socketJson(options.socket);
         value["count"] = count;
-        std::cout << (options.socket.json ? jsonText(value)
-                                          : std::to_string(count) +
-                                                (count == 1 ? " active alarm" : " active alarms") +
-                                                " will be sent again\n");
+        std::cout << (options.socket.output.json
+                          ? jsonText(value)
+                          : std::to_string(count) +
+                                (count == 1 ? " active alarm" : " active alarms") +
+                                " will be sent again\n");
     });
 }
 
@@ -175,10 +176,17 @@ int runAlarmScenario(const AlarmOptions& options)
 {
     const auto scenario = AlarmScenario::load(options.scenario);
     AlarmClient client(options.socket);
+    ScenarioText text(std::cout, std::cerr);
+    ScenarioJson json(std::cout);
+    ScenarioReport& report = options.socket.output.json ? static_cast<ScenarioReport&>(json) : text;
     ScenarioRun run(
-        client, [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); },
-        std::cout, std::cerr);
-    return run.run(scenario, options.keepGoing) ? kExitGood : kExitBad;
+        client, [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); }, report);
+    const Progress::Span span("scenario");
+    const auto counts = run.run(scenario, options.keepGoing);
+    if (counts.unanswered) {
+        return kExitNoAnswer;
+    }
+    return counts.failed == 0 ? kExitGood : kExitBad;
 }
 
 }  // namespace talvik::ctl

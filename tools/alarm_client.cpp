@@ -3,6 +3,7 @@
 #include "backend/alarm_commands.h"
 #include "backend/alarm_tags.h"
 #include "tools/answer_cells.h"
+#include "tools/progress.h"
 
 #include <unistd.h>
 
@@ -82,11 +83,14 @@ std::uint32_t AlarmClient::report(const RequestName& name, const AlarmReport& re
 std::vector<ActiveAlarm> AlarmClient::active(std::uint32_t after, std::uint32_t limit)
 {
     std::vector<ActiveAlarm> alarms;
+    const Progress::Span span("list the active alarms: waiting for an answer");
     bool more = true;
     while (more && alarms.size() < limit) {
         const auto left = limit - static_cast<std::uint32_t>(alarms.size());
         more = askForMore(alarms.empty() ? after : alarms.back().serial,
                           std::min(left, backend::kMaxAlarmsInPage), alarms);
+        Progress::ofThisProgram().tell("list the active alarms: " + std::to_string(alarms.size()) +
+                                       " so far");
     }
     return alarms;
 }

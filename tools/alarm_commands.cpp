@@ -1,6 +1,6 @@
 #include "backend/alarm_commands.h"
 #include "tools/alarm_actions.h"
-#include "tools/command.h"
+#include "tools/command_line.h"
 #include "tools/socket_options.h"
 
 #include <CLI/CLI.hpp>
@@ -16,7 +16,6 @@ namespace {
 
 constexpr auto kMaxId = std::numeric_limits<std::uint64_t>::max();
 constexpr auto kMaxSerial = std::numeric_limits<std::uint32_t>::max();
-constexpr const char* kExitStatus = "Exit status: 0 done, 1 refused or no answer, 2 wrong usage.\n";
 
 using Options = std::shared_ptr<AlarmOptions>;
 using Run = int (*)(const AlarmOptions&);
@@ -38,7 +37,8 @@ CLI::App* addCommand(CLI::App& alarm, Action& action, const char* name, const ch
 {
     auto* command = alarm.add_subcommand(name, description);
     addSocketOptions(*command, options->socket);
-    command->callback([options, run, &action] { action = [=] { return run(*options); }; });
+    addOutputOptions(*command, options->socket.output);
+    onCommand(*command, action, options->socket.output, [=] { return run(*options); });
     return command;
 }
 
@@ -65,7 +65,7 @@ void addSeverity(CLI::App& command, AlarmOptions& options, const char* fallback)
             "--severity",
             [&options](const std::string& text) { options.report.severity = *severityLevel(text); },
             "How severe it is: " + severityNames())
-        ->type_name("LEVEL")
+        ->type_name("info|warning|minor|major|critical|NUMBER")
         ->default_str(fallback)
         ->check(CLI::Validator(
             [](const std::string& text) {
@@ -101,12 +101,11 @@ void addReport(CLI::App& alarm, Action& action, const char* name, const char* de
             "When it occurred, in seconds since 1970; now without it")
         ->type_name("SECONDS")
         ->check(wholeNumberFrom(0, backend::kMaxTime));
-    addJsonOption(*command, options->socket);
-    command->footer(std::string("Prints the serial number.\n") + kExitStatus +
-                    "\nExamples:\n  talvikctl alarm " + name +
-                    " 501010001 --param DAE000 --param 7 --param 2102350TLV --param 1\n"
-                    "  talvikctl alarm " +
-                    name + " 501010001 --severity minor --socket /run/talvik/backend.sock --json");
+    const auto example = std::string("talvikctl alarm ") + name + " 501010001";
+    setHelp(*command, {"Prints the serial number.",
+                       kAskingExitStatus,
+                       {example + " --param DAE000 --param 7 --param 2102350TLV --param 1",
+                        example + " --severity minor --socket /run/talvik/backend.sock --json"}});
 }
 
 void addList(CLI::App& alarm, Action& action)
@@ -120,10 +119,11 @@ void addList(CLI::App& alarm, Action& action)
     list->add_option("--limit", options->limit, "Show at most so many; all without it")
         ->type_name("N")
         ->check(wholeNumberFrom(1, kAllAlarms));
-    addJsonOption(*list, options->socket);
-    list->footer(std::string(kExitStatus) + "\nExamples:\n"
-                                            "  talvikctl alarm list\n"
-                                            "  talvikctl alarm list --after 17 --limit 50 --json");
+    addTableOptions(*list, options->socket.output);
+    setHelp(*list, {"",
+                    kAskingExitStatus,
+                    {"talvikctl alarm list", "talvikctl alarm list --wide --color always | less -R",
+                     "talvikctl alarm list --after 17 --limit 50 --json"}});
 }
 
 void addClear(CLI::App& alarm, Action& action)
@@ -133,10 +133,9 @@ void addClear(CLI::App& alarm, Action& action)
     clear->add_option("SERIAL", options->serials, "Their serial numbers")
         ->required()
         ->check(wholeNumberFrom(1, kMaxSerial));
-    addJsonOption(*clear, options->socket);
-    clear->footer(std::string(kExitStatus) + "\nExamples:\n"
-                                             "  talvikctl alarm clear 17\n"
-                                             "  talvikctl alarm clear 3 4 7 --json");
+    setHelp(*clear, {"",
+                     kAskingExitStatus,
+                     {"talvikctl alarm clear 17", "talvikctl alarm clear 3 4 7 --json"}});
 }
 
 void addResend(CLI::App& alarm, Action& action)
@@ -145,8 +144,7 @@ void addResend(CLI::App& alarm, Action& action)
     auto* resend =
         addCommand(alarm, action, "resend", "Send all active alarms to the trap receivers again",
                    options, runAlarmResend);
-    addJsonOption(*resend, options->socket);
-    resend->footer(std::string(kExitStatus) + "\nExample:\n  talvikctl alarm resend");
+    setHelp(*resend, {"", kAskingExitStatus, {"talvikctl alarm resend"}});
 }
 
 void addScenario(CLI::App& alarm, Action& action)
@@ -154,18 +152,23 @@ void addScenario(CLI::App& alarm, Action& action)
     auto options = std::make_shared<AlarmOptions>();
     auto* scenario = addCommand(alarm, action, "scenario", "Raise and clear alarms as a file says",
                                 options, runAlarmScenario);
-    scenario->add_option("FILE", options->scenario, "The scenario, in JSON")->required();
+    scenario->add_option("FILE", options->scenario, "The scenario, in JSON")
+        ->type_name("FILE")
+        ->required();
     scenario->add_flag("--keep-going", options->keepGoing, "Go on when a step fails");
-    scenario->footer("The file, of which nothing is done unless all of it is right:\n"
-                     "  {\"steps\": [\n"
-                     "    {\"raise\": {\"id\": \"501010001\", \"params\": [\"DAE000\", \"7\"],\n"
-                     "               \"severity\": \"major\", \"as\": \"disk1\"}},\n"
-                     "    {\"pauseMs\": 200},\n"
-                     "    {\"clear\": \"disk1\"},\n"
-                     "    {\"repeat\": {\"times\": 100, \"steps\": [{\"event\": {\"id\": "
-                     "\"501010004\"}}]}}]}\n\n" +
-                     std::string(kExitStatus) +
-                     "\nExample:\n  talvikctl alarm scenario etc/example-scenario.json");
+    setHelp(*scenario,
+            {"The file, of which nothing is done unless all of it is right:\n"
+             "  {\"steps\": [\n"
+             "    {\"raise\": {\"id\": \"501010001\", \"params\": [\"DAE000\", \"7\"],\n"
+             "               \"severity\": \"major\", \"as\": \"disk1\"}},\n"
+             "    {\"pauseMs\": 200},\n"
+             "    {\"clear\": \"disk1\"},\n"
+             "    {\"repeat\": {\"times\": 100, \"steps\": [{\"event\": {\"id\": "
+             "\"501010004\"}}]}}]}\n\n"
+             "With --json each step is a line, and so is the end.",
+             kAskingExitStatus,
+             {"talvikctl alarm scenario etc/example-scenario.json",
+              "talvikctl alarm scenario --keep-going --json etc/example-scenario.json"}});
 }
 
 }  // namespace
@@ -175,6 +178,7 @@ void addAlarmCommands(CLI::App& talvikctl, Action& action)
     auto* alarm =
         talvikctl.add_subcommand("alarm", "The back end's alarms: list, raise and clear them");
     alarm->require_subcommand(1);
+    setHelp(*alarm, {"", "", {"talvikctl alarm list", "talvikctl alarm raise 501010001"}});
     addList(*alarm, action);
     addReport(*alarm, action, "raise", "Raise an alarm, which stays active until it is cleared",
               kAlarmSeverity, runAlarmRaise);

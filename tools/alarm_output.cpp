@@ -2,7 +2,6 @@
 
 #include "tools/alarm_input.h"
 #include "tools/safe_text.h"
-#include "tools/text_table.h"
 
 #include <algorithm>
 #include <ctime>
@@ -20,13 +19,49 @@ std::string severityText(std::uint32_t level)
     return name ? *name + " (" + number + ")" : number;
 }
 
-TableLine lineOf(const ActiveAlarm& alarm)
+Tone toneOf(std::uint32_t level)
 {
-    return {std::to_string(alarm.serial), std::to_string(alarm.id), severityText(alarm.severity),
-            localIsoTime(alarm.time), printable(alarm.parameters)};
+    const auto name = severityName(level).value_or("");
+    if (name == "critical") {
+        return Tone::Severe;
+    }
+    if (name == "major") {
+        return Tone::Bad;
+    }
+    if (name == "minor" || name == "warning") {
+        return Tone::Warning;
+    }
+    return Tone::Plain;
 }
 
-Json::Value jsonOf(const ActiveAlarm& alarm)
+}  // namespace
+
+TableLine activeAlarmHeading()
+{
+    return {"SERIAL", "ID", "SEVERITY", "TIME", "PARAMETERS"};
+}
+
+TableLine activeAlarmLine(const ActiveAlarm& alarm)
+{
+    return {std::to_string(alarm.serial),
+            std::to_string(alarm.id),
+            {severityText(alarm.severity), toneOf(alarm.severity)},
+            localIsoTime(alarm.time),
+            printable(alarm.parameters)};
+}
+
+std::string activeAlarmsText(const std::vector<ActiveAlarm>& alarms, const TableStyle& style)
+{
+    constexpr std::size_t kParameters = 4;
+    if (alarms.empty()) {
+        return "no active alarms\n";
+    }
+    std::vector<TableLine> lines = {activeAlarmHeading()};
+    std::transform(alarms.begin(), alarms.end(), std::back_inserter(lines), activeAlarmLine);
+    return alignedTable(lines, style, {kParameters});
+}
+
+Json::Value activeAlarmJson(const ActiveAlarm& alarm)
 {
     const auto name = severityName(alarm.severity);
     Json::Value value;
@@ -39,23 +74,11 @@ Json::Value jsonOf(const ActiveAlarm& alarm)
     return value;
 }
 
-}  // namespace
-
-std::string activeAlarmsText(const std::vector<ActiveAlarm>& alarms)
-{
-    if (alarms.empty()) {
-        return "no active alarms\n";
-    }
-    std::vector<TableLine> lines = {{"SERIAL", "ID", "SEVERITY", "TIME", "PARAMETERS"}};
-    std::transform(alarms.begin(), alarms.end(), std::back_inserter(lines), lineOf);
-    return alignedTable(lines);
-}
-
 Json::Value activeAlarmsJson(const std::vector<ActiveAlarm>& alarms)
 {
     Json::Value list(Json::arrayValue);
     for (const auto& alarm : alarms) {
-        list.append(jsonOf(alarm));
+        list.append(activeAlarmJson(alarm));
     }
     return list;
 }

@@ -1,5 +1,5 @@
 #include "tools/backend_status.h"
-#include "tools/command.h"
+#include "tools/command_line.h"
 
 #include "host/installation_paths.h"
 
@@ -26,12 +26,15 @@ void addStatus(CLI::App& backend, Action& action)
         ->type_name("MS")
         ->check(CLI::Range(1U, kMaxTimeoutMs))
         ->capture_default_str();
-    status->add_flag("--json", options->json, "Print JSON for programs instead of a table");
-    status->footer("Exit status: 0 the back end is up, 1 it is down, 2 wrong usage.\n\n"
-                   "Examples:\n"
-                   "  talvikctl backend status --socket /run/talvik/backend.sock\n"
-                   "  talvikctl backend status --socket /run/talvik/backend.sock --json");
-    status->callback([options, &action] { action = [options] { return runStatus(*options); }; });
+    addOutputOptions(*status, options->output);
+    setHelp(
+        *status,
+        {"",
+         "0 the back end is up, 1 it refuses the question, 2 wrong usage or a file that cannot\n"
+         "be used, 3 it is down.",
+         {"talvikctl backend status --socket /run/talvik/backend.sock",
+          "talvikctl backend status --socket /run/talvik/backend.sock --json"}});
+    onCommand(*status, action, options->output, [options] { return runStatus(*options); });
 }
 
 }  // namespace
@@ -40,6 +43,7 @@ void addBackendCommands(CLI::App& talvikctl, Action& action)
 {
     auto* backend = talvikctl.add_subcommand("backend", "The management back end");
     backend->require_subcommand(1);
+    setHelp(*backend, {"", "", {"talvikctl backend status --socket /run/talvik/backend.sock"}});
     addStatus(*backend, action);
 }
 

@@ -5,7 +5,8 @@
 #include "backend/unix_address.h"
 #include "host/link/socket_link.h"
 #include "host/startup_error.h"
-#include "tools/command.h"
+#include "tools/exit_status.h"
+#include "tools/progress.h"
 
 #include <json/json.h>
 
@@ -23,6 +24,7 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 struct Status {
     bool up = false;
+    int exitStatus = kExitGood;
     std::string wwn;            // when up
     Milliseconds roundTrip{0};  // when up, connecting included
     std::string reason;         // when down
@@ -68,6 +70,9 @@ std::string wwnIn(const Package& answer)
 Status failed(int code, const std::string& reason, const StatusOptions& options)
 {
     Status status;
+    const bool linkFailed = code == BackendLink::kUnreachable || code == BackendLink::kTimedOut ||
+                            code == BackendLink::kProtocolError;
+    status.exitStatus = linkFailed ? kExitNoAnswer : kExitBad;
     status.reason = reason;
     status.advice = adviceOn(code, options);
     return status;
@@ -94,6 +99,7 @@ Status ask(const StatusOptions& options, std::uint64_t command)
     Package request;
     Package answer;
     appendRecord(request, std::make_unique<CTLVRecordV3>(command));
+    const Progress::Span span("waiting for an answer at " + options.socket);
     const auto start = std::chrono::steady_clock::now();
     const int code = link.exchange(request, answer);
     const auto end = std::chrono::steady_clock::now();
@@ -164,12 +170,12 @@ int runStatus(const StatusOptions& options)
     }
     const auto config = DeviceConfigFile::load(options.device);
     const auto status = ask(options, backend::commandNumber(config, "GET_SYSTEM_WWN"));
-    if (options.json) {
+    if (options.output.json) {
         printJson(options, status);
     } else {
         printTable(options, status);
     }
-    return status.up ? kExitGood : kExitBad;
+    return status.exitStatus;
 }
 
 }  // namespace talvik::ctl

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/output_options.h"
+
 #include <string>
 
 namespace talvik::ctl {
@@ -11,7 +13,7 @@ struct StatusOptions {
     std::string socket;
     std::string device;
     unsigned timeoutMs = 1000;
-    bool json = false;
+    OutputOptions output;
 };
 
 /// Asks the back end for the system WWN and prints what came of it. Returns the exit status. Throws

@@ -3,7 +3,8 @@
 #include "tools/catalogue/expansion.h"
 #include "tools/catalogue/finding_report.h"
 #include "tools/catalogue/json_document.h"
-#include "tools/command.h"
+#include "tools/command_line.h"
+#include "tools/progress.h"
 #include "tools/safe_text.h"
 
 #include <CLI/CLI.hpp>
@@ -25,7 +26,7 @@ namespace {
 struct CheckOptions {
     CheckedFiles files;
     std::string failOn = "warning";
-    bool json = false;
+    OutputOptions output;
 };
 
 struct ExpandOptions {
@@ -33,7 +34,7 @@ struct ExpandOptions {
     std::string params;
     std::string definitions;
     std::string enumerations;
-    bool json = false;
+    OutputOptions output;
 };
 
 const std::map<std::string, Severity> kSeverities = {
@@ -59,13 +60,15 @@ std::string refusalOfId(const std::string& text)
 
 int runCheck(const CheckOptions& options)
 {
+    std::optional<Progress::Span> span(std::in_place, "checking " + options.files.definitions);
     const auto definitions = JsonDocument::load(options.files.definitions);
     std::optional<JsonDocument> enumerations;
     if (!options.files.enumerations.empty()) {
         enumerations = JsonDocument::load(options.files.enumerations);
     }
     const auto result = checkCatalogue(definitions, enumerations ? &*enumerations : nullptr);
-    const auto print = options.json ? printFindingsAsJson : printFindings;
+    span.reset();
+    const auto print = options.output.json ? printFindingsAsJson : printFindings;
     print(std::cout, options.files, result);
     const auto& findings = result.findings.list();
     const auto least = kSeverities.at(options.failOn);
@@ -124,7 +127,7 @@ int runExpand(const ExpandOptions& options)
 {
     const auto expansion =
         expandAlarm(options.definitions, options.enumerations, *idIn(options.id), options.params);
-    if (options.json) {
+    if (options.output.json) {
         printAsJson(expansion);
     } else {
         printTexts(expansion);
@@ -137,24 +140,24 @@ void addCheck(CLI::App& catalogue, Action& action)
     auto options = std::make_shared<CheckOptions>();
     auto* check =
         catalogue.add_subcommand("check", "Tell what the module will do with a catalogue");
-    check->add_option("FILE", options->files.definitions, "Alarm definitions")->required();
+    check->add_option("FILE", options->files.definitions, "Alarm definitions")
+        ->type_name("FILE")
+        ->required();
     check->add_option("--enums", options->files.enumerations, "Enumerations of parameters")
         ->type_name("FILE");
-    check
-        ->add_option("--fail-on", options->failOn,
-                     "Least severity that makes the exit status 1: error, warning or note")
-        ->type_name("SEVERITY")
+    check->add_option("--fail-on", options->failOn, "Least severity that makes the exit status 1")
+        ->type_name("error|warning|note")
         ->check(CLI::Validator(refusalOfSeverity, ""))
         ->capture_default_str();
-    check->add_flag("--json", options->json, "Print JSON for programs");
-    check->footer("Each finding names FILE:LINE:COLUMN; columns count characters from 1. Without\n"
-                  "--enums, what depends on the enumerations is not looked at.\n\n"
-                  "Exit status: 0 nothing found but notes, 1 errors or warnings, 2 wrong usage or\n"
-                  "an unreadable file.\n\n"
-                  "Examples:\n"
-                  "  talvikctl catalogue check alarms.json\n"
-                  "  talvikctl catalogue check alarms.json --enums enums.json --fail-on error");
-    check->callback([options, &action] { action = [options] { return runCheck(*options); }; });
+    addOutputOptions(*check, options->output);
+    setHelp(
+        *check,
+        {"Each finding names FILE:LINE:COLUMN; columns count characters from 1. Without\n"
+         "--enums, what depends on the enumerations is not looked at.",
+         "0 nothing found but notes, 1 errors or warnings, 2 wrong usage or an unreadable file.",
+         {"talvikctl catalogue check alarms.json",
+          "talvikctl catalogue check alarms.json --enums enums.json --fail-on error"}});
+    onCommand(*check, action, options->output, [options] { return runCheck(*options); });
 }
 
 void addExpand(CLI::App& catalogue, Action& action)
@@ -175,15 +178,15 @@ void addExpand(CLI::App& catalogue, Action& action)
     expand->add_option("--enums", options->enumerations, "Enumerations of parameters")
         ->type_name("FILE")
         ->capture_default_str();
-    expand->add_flag("--json", options->json, "Print JSON for programs");
-    expand->footer(
-        "In PARAMS, &#44; stands for a comma and &#38; for an ampersand; write -- before\n"
-        "ID if PARAMS begins with a hyphen.\n\n"
-        "Exit status: 0 the alarm is shown, 1 the module does not show it, 2 wrong usage\n"
-        "or a file that the module cannot load.\n\n"
-        "Example:\n"
-        "  talvikctl catalogue expand 501010001 DAE000,7,2102350TLV");
-    expand->callback([options, &action] { action = [options] { return runExpand(*options); }; });
+    addOutputOptions(*expand, options->output);
+    setHelp(
+        *expand,
+        {"In PARAMS, &#44; stands for a comma and &#38; for an ampersand; write -- before\n"
+         "ID if PARAMS begins with a hyphen.",
+         "0 the alarm is shown, 1 the module does not show it, 2 wrong usage or a file that the\n"
+         "module cannot load.",
+         {"talvikctl catalogue expand 501010001 DAE000,7,2102350TLV"}});
+    onCommand(*expand, action, options->output, [options] { return runExpand(*options); });
 }
 
 }  // namespace
@@ -192,6 +195,7 @@ void addCatalogueCommands(CLI::App& talvikctl, Action& action)
 {
     auto* catalogue = talvikctl.add_subcommand("catalogue", "The alarm catalogue");
     catalogue->require_subcommand(1);
+    setHelp(*catalogue, {"", "", {"talvikctl catalogue check alarms.json"}});
     addCheck(*catalogue, action);
     addExpand(*catalogue, action);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/exit_status.h"
+
 #include <functional>
 
 namespace CLI {
@@ -9,11 +11,6 @@ class App;
 /// talvikctl is one source a command: each adds its command line to the parent's and leaves behind
 /// what is to be run.
 namespace talvik::ctl {
-
-/// Exit status of every command.
-constexpr int kExitGood = 0;
-constexpr int kExitBad = 1;    ///< the command was carried out and what it reports is a failure
-constexpr int kExitUsage = 2;  ///< wrong usage, or a file that the command needs cannot be used
 
 /// What the command line asks for; set by the command that is on it. Returns the exit status.
 /// Throws `StartupError`.
@@ -28,7 +25,19 @@ void addBackendCommands(CLI::App& talvikctl, Action& action);
 /// Adds `talvikctl catalogue ...`.
 void addCatalogueCommands(CLI::App& talvikctl, Action& action);
 
+/// Adds `talvikctl completion`.
+void addCompletionCommand(CLI::App& talvikctl, Action& action);
+
+/// Adds `talvikctl help`.
+void addHelpCommand(CLI::App& talvikctl, Action& action);
+
+/// Adds `talvikctl package ...`.
+void addPackageCommands(CLI::App& talvikctl, Action& action);
+
 /// Adds `talvikctl trap ...`.
 void addTrapCommands(CLI::App& talvikctl, Action& action);
+
+/// Adds `talvikctl watch`.
+void addWatchCommand(CLI::App& talvikctl, Action& action);
 
 }  // namespace talvik::ctl

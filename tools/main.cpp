@@ -1,41 +1,62 @@
 // talvikctl: the operator's tool.
+#include "host/platform/ace_log_route.h"
 #include "host/platform/host_log.h"
-#include "tools/command.h"
+#include "tools/command_line.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <exception>
+#include <iostream>
 
 namespace {
 
 using namespace talvik::ctl;
 
+constexpr const char* kProgram = "talvikctl";
+
+/// What was printed may be all that a program gets to know, so it has to have arrived.
+int flushed(int status)
+{
+    std::cout.flush();
+    if (std::cout) {
+        return status;
+    }
+    std::cerr << kProgram << ": cannot write to standard output; what was done is done\n";
+    return status == kExitGood ? kExitBad : status;
+}
+
 int run(int argc, char** argv)
 {
-    CLI::App app("Look after the storage controller's SNMP agent and its back end", "talvikctl");
-    app.set_version_flag("--version", "talvikctl " TALVIK_VERSION);
+    CLI::App app("Look after the storage controller's SNMP agent and its back end", kProgram);
+    app.set_version_flag("--version", "talvikctl " TALVIK_VERSION, "Print the version");
+    bool parseOnly = false;
+    app.add_flag("--parse-only", parseOnly, "Only check the command line, and do nothing");
     app.require_subcommand(1);
-    app.footer("Examples:\n"
-               "  talvikctl backend status --socket /run/talvik/backend.sock\n"
-               "  talvikctl alarm raise 501010001 --param DAE000 --param 7\n"
-               "  talvikctl alarm list\n"
-               "  talvikctl trap list\n"
-               "  talvikctl trap add --help");
+    setHelp(app, {"talvikctl help COMMAND shows the help of a command.",
+                  kAskingExitStatus,
+                  {"talvikctl backend status --socket /run/talvik/backend.sock",
+                   "talvikctl alarm raise 501010001 --param DAE000 --param 7",
+                   "talvikctl alarm list", "talvikctl trap list", "talvikctl help trap add"}});
     Action action;
     addAlarmCommands(app, action);
     addBackendCommands(app, action);
     addCatalogueCommands(app, action);
+    addCompletionCommand(app, action);
+    addHelpCommand(app, action);
+    addPackageCommands(app, action);
     addTrapCommands(app, action);
+    addWatchCommand(app, action);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == kExitGood ? kExitGood : kExitUsage;
+        return app.exit(error) == kExitGood ? flushed(kExitGood) : kExitUsage;
     }
     talvik::LogSettings silent;  // the commands print what the user needs
     silent.toStderr = false;
     talvik::configureLog(silent);
-    return action();
+    talvik::routeAceLog();
+    return flushed(parseOnly ? kExitGood : action());
 }
 
 }  // namespace

@@ -50,18 +50,25 @@ std::vector<ReceiverStatus> receiversIn(const Package& answer)
 
 }  // namespace
 
+std::vector<ReceiverStatus> receiversOf(SocketClient& client)
+{
+    Package answer;
+    client.ask(
+        {Peer::Agent, "SHOW_RECEIVERS", "show the trap receivers", false},
+        [](backend::RecordBuilder&) {}, answer);
+    return receiversIn(answer);
+}
+
 int runReceiverStatus(const ReceiverOptions& options)
 {
     SocketClient client(options.socket);
     return orPrintFailure(options.socket, [&] {
-        Package answer;
-        client.ask(
-            {Peer::Agent, "SHOW_RECEIVERS", "show the trap receivers", false},
-            [](backend::RecordBuilder&) {}, answer);
-        const auto receivers = receiversIn(answer);
+        const auto receivers = receiversOf(client);
         auto value = socketJson(options.socket);
         value["receivers"] = receiversJson(receivers);
-        std::cout << (options.socket.json ? jsonText(value) : receiverTableText(receivers));
+        std::cout << (options.socket.output.json
+                          ? jsonText(value)
+                          : receiverTableText(receivers, tableStyle(options.socket.output)));
     });
 }
 
@@ -79,7 +86,7 @@ int runReceiverTest(const ReceiverOptions& options)
             answer);
         auto value = socketJson(options.socket);
         value["index"] = options.index;
-        std::cout << (options.socket.json
+        std::cout << (options.socket.output.json
                           ? jsonText(value)
                           : "a test trap goes to receiver " + std::to_string(options.index) +
                                 "; talvikctl trap status shows what becomes of it\n");

@@ -1,5 +1,6 @@
 #include "tools/receiver_commands.h"
 
+#include "tools/command_line.h"
 #include "tools/receiver_actions.h"
 #include "tools/socket_options.h"
 #include "tools/trap_names.h"
@@ -21,27 +22,27 @@ CLI::App* addCommand(CLI::App& trap, Action& action, const char* name, const cha
 {
     auto* command = trap.add_subcommand(name, description);
     addSocketOptions(*command, options->socket);
-    addJsonOption(*command, options->socket);
-    command->callback([options, run, &action] { action = [=] { return run(*options); }; });
+    addOutputOptions(*command, options->socket.output);
+    onCommand(*command, action, options->socket.output, [=] { return run(*options); });
     return command;
 }
 
-std::string footer(const std::string& examples)
-{
-    return "Asks the agent itself, on the machine that it runs on; no SNMP user is needed.\n"
-           "Exit status: 0 done, 1 refused or no answer, 2 wrong usage.\n\nExamples:\n" +
-           examples;
-}
+constexpr const char* kDetails =
+    "Asks the agent itself, on the machine that it runs on; no SNMP user is needed.";
 
 }  // namespace
 
 void addReceiverCommands(CLI::App& trap, Action& action)
 {
     auto options = std::make_shared<ReceiverOptions>();
-    addCommand(trap, action, "status", "Show what became of the traps to each receiver", options,
-               runReceiverStatus)
-        ->footer(footer("  talvikctl trap status\n"
-                        "  talvikctl trap status --json"));
+    auto* status =
+        addCommand(trap, action, "status", "Show what became of the traps to each receiver",
+                   options, runReceiverStatus);
+    addTableOptions(*status, options->socket.output);
+    setHelp(*status, {kDetails,
+                      kAskingExitStatus,
+                      {"talvikctl trap status", "talvikctl trap status --wide",
+                       "talvikctl trap status --json"}});
     auto test = std::make_shared<ReceiverOptions>();
     auto* command =
         addCommand(trap, action, "test", "Send a test trap to one receiver", test, runReceiverTest);
@@ -54,7 +55,7 @@ void addReceiverCommands(CLI::App& trap, Action& action)
             return plainNumber(text) ? std::string()
                                      : "\"" + text + "\" is no number from 1 to 2147483647";
         });
-    command->footer(footer("  talvikctl trap test 1"));
+    setHelp(*command, {kDetails, kAskingExitStatus, {"talvikctl trap test 1"}});
 }
 
 }  // namespace talvik::ctl

@@ -1,7 +1,6 @@
 #include "tools/receiver_output.h"
 
 #include "tools/safe_text.h"
-#include "tools/text_table.h"
 #include "tools/trap_names.h"
 
 #include <algorithm>
@@ -11,14 +10,22 @@ namespace talvik::ctl {
 
 namespace {
 
+const Columns kCuttable = {1, 5, 7};  // address, user, state
+
 TableLine lineOf(const ReceiverStatus& receiver)
 {
-    return {std::to_string(receiver.index),      printable(receiver.address),
-            std::to_string(receiver.port),       trapVersionName(receiver.version),
-            trapTypeName(receiver.type),         printable(receiver.user),
-            receiver.inform ? "inform" : "trap", printable(receiver.state),
-            std::to_string(receiver.sent),       std::to_string(receiver.failed),
-            std::to_string(receiver.answered),   std::to_string(receiver.givenUp),
+    return {std::to_string(receiver.index),
+            printable(receiver.address),
+            std::to_string(receiver.port),
+            trapVersionName(receiver.version),
+            trapTypeName(receiver.type),
+            printable(receiver.user),
+            receiver.inform ? "inform" : "trap",
+            {printable(receiver.state), isInTrouble(receiver) ? Tone::Warning : Tone::Good},
+            std::to_string(receiver.sent),
+            std::to_string(receiver.failed),
+            std::to_string(receiver.answered),
+            std::to_string(receiver.givenUp),
             std::to_string(receiver.waiting)};
 }
 
@@ -27,7 +34,14 @@ Json::Value jsonOf(std::uint64_t number)
     return static_cast<Json::UInt64>(number);
 }
 
-Json::Value jsonOf(const ReceiverStatus& receiver)
+}  // namespace
+
+bool isInTrouble(const ReceiverStatus& receiver)
+{
+    return receiver.state != "ok";
+}
+
+Json::Value receiverJson(const ReceiverStatus& receiver)
 {
     Json::Value value;
     value["index"] = receiver.index;
@@ -48,9 +62,7 @@ Json::Value jsonOf(const ReceiverStatus& receiver)
     return value;
 }
 
-}  // namespace
-
-std::string receiverTableText(const std::vector<ReceiverStatus>& receivers)
+std::string receiverTableText(const std::vector<ReceiverStatus>& receivers, const TableStyle& style)
 {
     if (receivers.empty()) {
         return "no trap receivers\n";
@@ -58,14 +70,14 @@ std::string receiverTableText(const std::vector<ReceiverStatus>& receivers)
     std::vector<TableLine> lines = {{"INDEX", "ADDRESS", "PORT", "VERSION", "TYPE", "USER", "SENDS",
                                      "STATE", "SENT", "FAILED", "ANSWERED", "GIVEN UP", "WAITING"}};
     std::transform(receivers.begin(), receivers.end(), std::back_inserter(lines), lineOf);
-    return alignedTable(lines);
+    return alignedTable(lines, style, kCuttable);
 }
 
 Json::Value receiversJson(const std::vector<ReceiverStatus>& receivers)
 {
     Json::Value list(Json::arrayValue);
     for (const auto& receiver : receivers) {
-        list.append(jsonOf(receiver));
+        list.append(receiverJson(receiver));
     }
     return list;
 }

@@ -1,6 +1,7 @@
 #include "tools/safe_text.h"
 
 #include "host/platform/utf8_text.h"
+#include "tools/display_width.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -9,6 +10,8 @@
 namespace talvik::ctl {
 
 namespace {
+
+constexpr const char* kCutMark = "\xE2\x80\xA6";  // one column wide
 
 /// Controls, and what turns the direction of writing or shows nothing.
 bool isUnsafe(std::uint32_t code)
@@ -66,9 +69,31 @@ std::string validUtf8(const std::string& text)
 
 std::size_t shownLength(const std::string& text)
 {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80;
-    }));
+    std::size_t length = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        const auto character = utf8CharacterAt(text, at);
+        length += character.length == 0 ? 1 : displayWidth(character.code);
+        at += std::max<std::size_t>(character.length, 1);
+    }
+    return length;
+}
+
+std::string cutToWidth(const std::string& text, std::size_t width)
+{
+    if (shownLength(text) <= width) {
+        return text;
+    }
+    std::size_t length = 0;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const auto character = utf8CharacterAt(text, at);
+        length += character.length == 0 ? 1 : displayWidth(character.code);
+        if (length >= width) {  // the mark takes the last column
+            break;
+        }
+        at += std::max<std::size_t>(character.length, 1);
+    }
+    return width == 0 ? std::string() : text.substr(0, at) + kCutMark;
 }
 
 }  // namespace talvik::ctl

@@ -12,7 +12,10 @@ std::string printable(const std::string& text);
 /// `text` as valid UTF-8, for JSON: bytes that are none become the four characters \xNN.
 std::string validUtf8(const std::string& text);
 
-/// How many characters a terminal shows of a printable text.
+/// How many columns of a terminal a printable text takes.
 std::size_t shownLength(const std::string& text);
+
+/// `text` if it takes at most `width` columns, otherwise what fits of it and "…".
+std::string cutToWidth(const std::string& text, std::size_t width);
 
 }  // namespace talvik::ctl

@@ -1,39 +1,18 @@
 #include "tools/scenario_run.h"
 
-#include "tools/failure.h"
-#include "tools/safe_text.h"
+#include "tools/exit_status.h"
 
 namespace talvik::ctl {
 
-namespace {
-
-using Kind = ScenarioStep::Kind;
-
-std::string reported(const char* what, const ScenarioStep& step, std::uint32_t serial)
-{
-    return std::string(what) + " " + std::to_string(step.report.id) + ", serial number " +
-           std::to_string(serial) + (step.name.empty() ? "" : ", as " + step.name);
-}
-
-}  // namespace
-
-bool ScenarioRun::run(const AlarmScenario& scenario, bool keepGoing)
+ScenarioCounts ScenarioRun::run(const AlarmScenario& scenario, bool keepGoing)
 {
     serials_.clear();
-    done_ = 0;
-    failed_ = 0;
+    counts_ = ScenarioCounts();
+    counts_.total = scenario.total();
     keepGoing_ = keepGoing;
-    if (!runAll(scenario.steps(), "")) {
-        errors_ << "talvikctl: stopped after " << done_ << " of " << scenario.total()
-                << " steps; the others were not tried\n";
-        return false;
-    }
-    if (failed_ != 0) {
-        errors_ << "talvikctl: " << failed_ << " of " << scenario.total() << " steps failed\n";
-        return false;
-    }
-    out_ << "done: " << done_ << (done_ == 1 ? " step\n" : " steps\n");
-    return true;
+    counts_.stopped = !runAll(scenario.steps(), "");
+    report_.ended(counts_);
+    return counts_;
 }
 
 // NOLINTBEGIN(misc-no-recursion): as deep as repeats stand in each other, which has a bound
@@ -42,8 +21,8 @@ bool ScenarioRun::run(const AlarmScenario& scenario, bool keepGoing)
 bool ScenarioRun::runAll(const std::vector<ScenarioStep>& steps, const std::string& rounds)
 {
     for (const auto& step : steps) {
-        const bool goesOn =
-            step.kind == Kind::Repeat ? runRepeat(step, rounds) : tryStep(step, rounds);
+        const bool goesOn = step.kind == ScenarioStep::Kind::Repeat ? runRepeat(step, rounds)
+                                                                    : tryStep(step, rounds);
         if (!goesOn) {
             return false;
         }
@@ -67,52 +46,55 @@ bool ScenarioRun::runRepeat(const ScenarioStep& step, const std::string& rounds)
 
 bool ScenarioRun::tryStep(const ScenarioStep& step, const std::string& rounds)
 {
-    const auto where = step.place + (rounds.empty() ? "" : " (" + rounds + ")") + ": ";
+    const ScenarioMoment moment{step, rounds, counts_.done + counts_.failed + 1};
+    report_.begins(moment, counts_);
     try {
-        const auto outcome = carryOut(step);
-        out_ << where << printable(outcome) << std::endl;
-        ++done_;
+        report_.succeeded(moment, carryOut(step));
+        ++counts_.done;
         return true;
     } catch (const Failure& failure) {
-        errors_ << "talvikctl: " << where << printable(failure.what()) << "; "
-                << printable(failure.advice()) << '\n';
-        ++failed_;
+        report_.failed(moment, failure);
+        counts_.unanswered = counts_.unanswered || isForWantOfAnAnswer(failure.kind());
+        ++counts_.failed;
     }
     return keepGoing_;
 }
 
-/// Returns what was done, for people.
-std::string ScenarioRun::carryOut(const ScenarioStep& step)
+/// Returns the serial number, or 0 if the step has none.
+std::uint32_t ScenarioRun::carryOut(const ScenarioStep& step)
 {
     switch (step.kind) {
-    case Kind::Raise: {
+    case ScenarioStep::Kind::Raise: {
         const auto serial = target_.raise(step.report);
         if (!step.name.empty()) {
             serials_[step.name] = serial;
         }
-        return reported("raised", step, serial);
+        return serial;
     }
-    case Kind::Event:
-        return reported("reported", step, target_.reportEvent(step.report));
-    case Kind::Clear: {
-        const auto named = serials_.find(step.name);
-        if (named == serials_.end()) {  // possible only when the run goes on after a failure
-            throw Failure(Failure::Kind::UnknownRow,
-                          "cannot clear " + step.name + ": it could not be raised",
-                          "see why above");
-        }
-        const auto serial = named->second;
-        serials_.erase(named);
-        target_.clear(serial);
-        return "cleared " + step.name + ", serial number " + std::to_string(serial);
-    }
-    case Kind::Pause:
+    case ScenarioStep::Kind::Event:
+        return target_.reportEvent(step.report);
+    case ScenarioStep::Kind::Clear:
+        return clear(step.name);
+    case ScenarioStep::Kind::Pause:
         pause_(std::chrono::milliseconds(step.pauseMs));
-        return "paused for " + std::to_string(step.pauseMs) + " ms";
-    case Kind::Repeat:
+        break;
+    case ScenarioStep::Kind::Repeat:
         break;
     }
-    return {};
+    return 0;
+}
+
+std::uint32_t ScenarioRun::clear(const std::string& name)
+{
+    const auto named = serials_.find(name);
+    if (named == serials_.end()) {  // possible only when the run goes on after a failure
+        throw Failure(Failure::Kind::UnknownRow,
+                      "cannot clear " + name + ": it could not be raised", "see why above");
+    }
+    const auto serial = named->second;
+    serials_.erase(named);
+    target_.clear(serial);
+    return serial;
 }
 
 }  // namespace talvik::ctl

@@ -2,46 +2,45 @@
 
 #include "tools/alarm_scenario.h"
 #include "tools/alarm_target.h"
+#include "tools/scenario_report.h"
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <ostream>
 #include <string>
+#include <utility>
 
 namespace talvik::ctl {
 
-/// Does the steps of a scenario one after the other and says of each what came of it.
+/// Does the steps of a scenario one after the other and tells of each what came of it.
 class ScenarioRun {
 public:
     using Pause = std::function<void(std::chrono::milliseconds)>;
 
-    /// What goes well is told to `out`, what does not to `errors`. All must outlive the run.
-    ScenarioRun(AlarmTarget& target, Pause pause, std::ostream& out, std::ostream& errors)
+    /// `target` and `report` must outlive the run.
+    ScenarioRun(AlarmTarget& target, Pause pause, ScenarioReport& report)
         : target_(target),
           pause_(std::move(pause)),
-          out_(out),
-          errors_(errors)
+          report_(report)
     {
     }
 
-    /// Returns whether every step succeeded. Ends at the first one that fails unless `keepGoing`.
-    bool run(const AlarmScenario& scenario, bool keepGoing);
+    /// Ends at the first step that fails unless `keepGoing`. Returns how far it came.
+    ScenarioCounts run(const AlarmScenario& scenario, bool keepGoing);
 
 private:
     bool runAll(const std::vector<ScenarioStep>& steps, const std::string& rounds);
     bool runRepeat(const ScenarioStep& step, const std::string& rounds);
     bool tryStep(const ScenarioStep& step, const std::string& rounds);
-    std::string carryOut(const ScenarioStep& step);
+    std::uint32_t carryOut(const ScenarioStep& step);
+    std::uint32_t clear(const std::string& name);
 
     AlarmTarget& target_;
     Pause pause_;
-    std::ostream& out_;
-    std::ostream& errors_;
+    ScenarioReport& report_;
     std::map<std::string, std::uint32_t> serials_;  // of the named alarms that are not cleared
-    std::uint64_t done_ = 0;
-    std::uint64_t failed_ = 0;
+    ScenarioCounts counts_;
     bool keepGoing_ = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "tools/failure.h"
 #include "tools/net_snmp_client.h"
+#include "tools/progress.h"
 #include "tools/snmp_library.h"
 #include "tools/snmp_session.h"
 
@@ -183,6 +184,7 @@ SnmpAnswer SnmpClient::exchange(const MakePdu& makePdu)
     for (unsigned left = settings_.retries + 1; left > 0; --left) {
         netsnmp_pdu* received = nullptr;
         takeLibraryErrors();
+        const Progress::Span span("waiting for an answer of the agent");
         const int status = snmp_sess_synch_response(session_, makePdu(), &received);
         const Pdu response(received);
         // For SNMPv3 the library first asks the agent who it is; without an answer to that, it

@@ -1,5 +1,7 @@
 #include "tools/snmp_options.h"
 
+#include "tools/command_line.h"
+
 #include <CLI/CLI.hpp>
 
 namespace talvik::ctl {
@@ -9,9 +11,9 @@ namespace {
 void addIdentity(CLI::App& command, SnmpSettings& settings)
 {
     const auto* const group = "Whom the agent takes you for (default: snmp.conf, as snmpget does)";
-    command.add_option("--snmp-version", settings.version, "SNMP version of the request: 1, 2c, 3")
-        ->type_name("VERSION")
-        ->check(CLI::IsMember({"1", "2c", "3"}))
+    command.add_option("--snmp-version", settings.version, "SNMP version of the request")
+        ->type_name("1|2c|3")
+        ->check(oneOf({"1", "2c", "3"}))
         ->group(group);
     command.add_option("--community", settings.community, "Community, for versions 1 and 2c")
         ->type_name("NAME")
@@ -19,9 +21,9 @@ void addIdentity(CLI::App& command, SnmpSettings& settings)
     command.add_option("--snmp-user", settings.user, "User, for version 3")
         ->type_name("NAME")
         ->group(group);
-    command.add_option("--level", settings.level, "noAuthNoPriv, authNoPriv or authPriv")
-        ->type_name("LEVEL")
-        ->check(CLI::IsMember({"noAuthNoPriv", "authNoPriv", "authPriv"}))
+    command.add_option("--level", settings.level, "Security level, for version 3")
+        ->type_name("noAuthNoPriv|authNoPriv|authPriv")
+        ->check(oneOf({"noAuthNoPriv", "authNoPriv", "authPriv"}))
         ->group(group);
     command.add_option("--auth-protocol", settings.authProtocol, "For example SHA-256")
         ->type_name("NAME")

@@ -3,6 +3,7 @@
 #include "backend/system_commands.h"
 #include "backend/unix_address.h"
 #include "host/startup_error.h"
+#include "tools/progress.h"
 
 #include <chrono>
 
@@ -43,6 +44,7 @@ void SocketClient::ask(const RequestName& name, const AddCells& addCells, Packag
     Package request;
     backend::RecordBuilder record(request, number);
     addCells(record);
+    const Progress::Span span(name.task + ": waiting for an answer");
     const int code = link_.exchange(request, answer);
     if (code != 0) {
         throw refusalOf({name.peer, name.task, name.command, number, options_.socket,

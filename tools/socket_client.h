@@ -3,6 +3,7 @@
 #include "backend/record_builder.h"
 #include "host/link/socket_link.h"
 #include "host/platform/device_config_file.h"
+#include "tools/output_options.h"
 #include "tools/request_refusal.h"
 
 #include <functional>
@@ -17,7 +18,7 @@ struct SocketOptions {
     std::string socket;
     std::string device;
     unsigned timeoutMs = kDefaultAnswerMs;
-    bool json = false;
+    OutputOptions output;
 };
 
 /// What a request is, apart from its cells.

@@ -11,7 +11,4 @@ namespace talvik::ctl {
 /// Adds --socket, --device, --timeout to `command`, with the installation's own as defaults.
 void addSocketOptions(CLI::App& command, SocketOptions& options);
 
-/// Adds --json.
-void addJsonOption(CLI::App& command, SocketOptions& options);
-
 }  // namespace talvik::ctl

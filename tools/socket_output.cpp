@@ -1,6 +1,6 @@
 #include "tools/socket_output.h"
 
-#include "tools/command.h"
+#include "tools/exit_status.h"
 #include "tools/safe_text.h"
 #include "tools/trap_output.h"
 
@@ -17,7 +17,7 @@ Json::Value socketJson(const SocketOptions& options)
 
 void printFailure(const SocketOptions& options, const Failure& failure)
 {
-    if (options.json) {
+    if (options.output.json) {
         auto value = failureJson(failure);
         value["socket"] = validUtf8(options.socket);
         std::cout << jsonText(value);
@@ -33,7 +33,7 @@ int orPrintFailure(const SocketOptions& options, const std::function<void()>& wo
         return kExitGood;
     } catch (const Failure& failure) {
         printFailure(options, failure);
-        return kExitBad;
+        return exitStatusOf(failure.kind());
     }
 }
 

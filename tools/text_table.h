@@ -1,14 +1,43 @@
 #pragma once
 
+#include "tools/tone.h"
+
+#include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace talvik::ctl {
 
-/// A line of a table: printable texts, one a column.
-using TableLine = std::vector<std::string>;
+/// A printable text of a table.
+struct TableCell {
+    // NOLINTBEGIN(google-explicit-constructor): most cells are nothing but their text
+    TableCell(std::string shown, Tone itsTone = Tone::Plain) : text(std::move(shown)), tone(itsTone)
+    {
+    }
+    TableCell(const char* shown) : text(shown) {}
+    // NOLINTEND(google-explicit-constructor)
 
-/// `lines`, all of the same length, with their columns under each other and two blanks between.
-std::string alignedTable(const std::vector<TableLine>& lines);
+    std::string text;
+    Tone tone = Tone::Plain;
+};
+
+/// A line of a table: one cell a column.
+using TableLine = std::vector<TableCell>;
+
+/// What a table is printed on.
+struct TableStyle {
+    std::size_t columns = 0;  ///< of the terminal; 0 when a line may be as long as it likes
+    bool colors = false;
+};
+
+/// Columns of a table by number, from 0.
+using Columns = std::vector<std::size_t>;
+
+/// `lines`, all of the same length and the first one the heading, with their columns under each
+/// other and two blanks between. Where they do not fit `style`, the texts of `cuttable` are cut,
+/// those that are widest beyond their heading first, and never narrower than it.
+std::string alignedTable(const std::vector<TableLine>& lines, const TableStyle& style = {},
+                         const Columns& cuttable = {});
 
 }  // namespace talvik::ctl

@@ -1,6 +1,7 @@
 #include "tools/trap_actions.h"
 
-#include "tools/command.h"
+#include "tools/exit_status.h"
+#include "tools/progress.h"
 #include "tools/safe_text.h"
 #include "tools/snmp_client.h"
 #include "tools/trap_output.h"
@@ -18,7 +19,7 @@ namespace {
 
 void printFailure(const TrapOptions& options, const Failure& failure)
 {
-    if (options.json) {
+    if (options.output.json) {
         auto value = failureJson(failure);
         value["agent"] = validUtf8(options.snmp.agent);
         std::cout << jsonText(value);
@@ -37,7 +38,7 @@ int onTable(const TrapOptions& options, const std::function<void(TrapTable&)>& w
         return kExitGood;
     } catch (const Failure& failure) {
         printFailure(options, failure);
-        return kExitBad;
+        return exitStatusOf(failure.kind());
     }
 }
 
@@ -56,16 +57,11 @@ struct Removal {
     std::vector<std::pair<std::uint32_t, Failure>> failed;
 };
 
-bool nobodyAnswers(const Failure& failure)
-{
-    return failure.kind() == Failure::Kind::Connection || failure.kind() == Failure::Kind::NoAnswer;
-}
-
 Removal removeEach(TrapTable& table, const std::vector<std::uint32_t>& indexes)
 {
     Removal removal;
     for (const auto index : indexes) {
-        if (!removal.failed.empty() && nobodyAnswers(removal.failed.back().second)) {
+        if (!removal.failed.empty() && isForWantOfAnAnswer(removal.failed.back().second.kind())) {
             removal.notTried.push_back(index);  // it would wait for nothing
             continue;
         }
@@ -92,7 +88,7 @@ std::vector<std::uint32_t> withoutRepeats(const std::vector<std::uint32_t>& inde
 
 void printRemoval(const TrapOptions& options, const Removal& removal)
 {
-    if (!options.json) {
+    if (!options.output.json) {
         for (const auto index : removal.removed) {
             std::cout << "removed trap destination " << index << '\n';
         }
@@ -123,14 +119,21 @@ void printRemoval(const TrapOptions& options, const Removal& removal)
     std::cout << jsonText(root);
 }
 
+std::vector<TrapDestination> listOf(TrapTable& table)
+{
+    const Progress::Span span("list the trap destinations");
+    return table.list();
+}
+
 }  // namespace
 
 int runTrapList(const TrapOptions& options)
 {
     return onTable(options, [&](TrapTable& table) {
-        const auto destinations = table.list();
-        std::cout << (options.json ? jsonText(trapTableJson(options.snmp.agent, destinations))
-                                   : trapTableText(destinations));
+        const auto destinations = listOf(table);
+        std::cout << (options.output.json
+                          ? jsonText(trapTableJson(options.snmp.agent, destinations))
+                          : trapTableText(destinations, tableStyle(options.output)));
     });
 }
 
@@ -138,8 +141,8 @@ int runTrapAdd(const TrapOptions& options)
 {
     return onTable(options, [&](TrapTable& table) {
         const auto index = table.add(options.destination);
-        std::cout << (options.json ? jsonText(indexJson(options, index))
-                                   : std::to_string(index) + "\n");
+        std::cout << (options.output.json ? jsonText(indexJson(options, index))
+                                          : std::to_string(index) + "\n");
     });
 }
 
@@ -148,20 +151,23 @@ int runTrapModify(const TrapOptions& options)
     const auto index = options.destination.index;
     return onTable(options, [&](TrapTable& table) {
         table.modify(options.destination);
-        std::cout << (options.json ? jsonText(indexJson(options, index))
-                                   : "changed trap destination " + std::to_string(index) + "\n");
+        std::cout << (options.output.json
+                          ? jsonText(indexJson(options, index))
+                          : "changed trap destination " + std::to_string(index) + "\n");
     });
 }
 
 int runTrapRemove(const TrapOptions& options)
 {
-    bool allRemoved = false;
+    int outcome = kExitGood;
     const int status = onTable(options, [&](TrapTable& table) {
         const auto removal = removeEach(table, withoutRepeats(options.indexes));
         printRemoval(options, removal);
-        allRemoved = removal.failed.empty();
+        if (!removal.failed.empty()) {
+            outcome = exitStatusOf(removal.failed.back().second.kind());
+        }
     });
-    return status == kExitGood && !allRemoved ? kExitBad : status;
+    return status == kExitGood ? outcome : status;
 }
 
 }  // namespace talvik::ctl

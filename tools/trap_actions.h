@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/output_options.h"
 #include "tools/snmp_settings.h"
 #include "tools/trap_destination.h"
 
@@ -13,7 +14,7 @@ struct TrapOptions {
     SnmpSettings snmp;
     TrapDestination destination;         ///< of add and modify
     std::vector<std::uint32_t> indexes;  ///< of remove
-    bool json = false;
+    OutputOptions output;
 };
 
 /// Each carries its command out, prints what came of it and returns the exit status. They throw

@@ -1,4 +1,4 @@
-#include "tools/command.h"
+#include "tools/command_line.h"
 #include "tools/receiver_commands.h"
 #include "tools/snmp_options.h"
 #include "tools/trap_actions.h"
@@ -46,7 +46,7 @@ void addVersion(CLI::App& command, TrapDestination& destination)
                 destination.version = trapVersionCode(name);
             },
             "SNMP version of the traps: v1, v2c or v3")
-        ->type_name("VERSION")
+        ->type_name("v1|v2c|v3")
         ->check([](const std::string& name) {
             return trapVersionCode(name) ? std::string()
                                          : "\"" + name + "\" is none of v1, v2c and v3";
@@ -62,7 +62,7 @@ void addType(CLI::App& command, TrapDestination& destination)
             "Which alarms it gets: alarm (all, under the MIB's own OIDs), alarm-own-oid (all, "
             "under "
             "the alarms' own OIDs), alarm-legacy (as alarm), no-alarm; or the type's number")
-        ->type_name("TYPE")
+        ->type_name("alarm|alarm-own-oid|alarm-legacy|no-alarm|NUMBER")
         ->check([](const std::string& name) {
             return trapTypeCode(name) ? std::string()
                                       : "\"" + name +
@@ -88,26 +88,25 @@ CLI::App* addCommand(CLI::App& trap, Action& action, const char* name, const cha
 {
     auto* command = trap.add_subcommand(name, description);
     addSnmpOptions(*command, options->snmp);
-    command->add_flag("--json", options->json, "Print JSON for programs");
-    command->callback([options, run, &action] { action = [=] { return run(*options); }; });
+    addOutputOptions(*command, options->output);
+    onCommand(*command, action, options->output, [=] { return run(*options); });
     return command;
 }
 
-std::string footer(const std::string& examples)
-{
-    return "Exit status: 0 done, 1 refused or no answer, 2 wrong usage.\n"
-           "Passphrases and the like come from snmp.conf(5), as for snmpget, or from the\n"
-           "--credentials file; never from the command line.\n\nExamples:\n" +
-           examples;
-}
+constexpr const char* kDetails =
+    "Passphrases and the like come from snmp.conf(5), as for snmpget, or from the\n"
+    "--credentials file; never from the command line.";
 
 void addList(CLI::App& trap, Action& action)
 {
     auto options = std::make_shared<TrapOptions>();
     auto* list =
         addCommand(trap, action, "list", "List the trap destinations", options, runTrapList);
-    list->footer(footer("  talvikctl trap list\n"
-                        "  talvikctl trap list --agent udp:192.0.2.1:1161 --json"));
+    addTableOptions(*list, options->output);
+    setHelp(*list,
+            {kDetails,
+             kAskingExitStatus,
+             {"talvikctl trap list", "talvikctl trap list --agent udp:192.0.2.1:1161 --json"}});
 }
 
 void addAdd(CLI::App& trap, Action& action)
@@ -126,10 +125,11 @@ void addAdd(CLI::App& trap, Action& action)
     add->add_option("--index", destination.index, "Index of the row; the lowest free one without")
         ->type_name("INDEX")
         ->check(numberUpTo(kMaxTrapIndex));
-    add->footer("Without options: port 162, v2c, type alarm, no user.\n" +
-                footer("  talvikctl trap add 192.0.2.10\n"
-                       "  talvikctl trap add traps.example.net --port 10162 --version v3 "
-                       "--user monitor"));
+    setHelp(*add,
+            {"Without options: port 162, v2c, type alarm, no user.\n" + std::string(kDetails),
+             kAskingExitStatus,
+             {"talvikctl trap add 192.0.2.10",
+              "talvikctl trap add traps.example.net --port 10162 --version v3 --user monitor"}});
 }
 
 void addModify(CLI::App& trap, Action& action)
@@ -145,8 +145,10 @@ void addModify(CLI::App& trap, Action& action)
     modify->add_option("--address", destination.address, "IPv4 or IPv6 address, or a host name")
         ->type_name("ADDRESS");
     addValues(*modify, destination);
-    modify->footer(footer("  talvikctl trap modify 1 --port 10162\n"
-                          "  talvikctl trap modify 1 --version v3 --user monitor"));
+    setHelp(*modify, {kDetails,
+                      kAskingExitStatus,
+                      {"talvikctl trap modify 1 --port 10162",
+                       "talvikctl trap modify 1 --version v3 --user monitor"}});
     modify->parse_complete_callback([&destination] {
         if (!destination.address && !destination.port && !destination.version &&
             !destination.type && !destination.user) {
@@ -165,8 +167,9 @@ void addRemove(CLI::App& trap, Action& action)
     remove->add_option("INDEX", options->indexes, "Indexes of the rows")
         ->required()
         ->check(numberUpTo(kMaxTrapIndex));
-    remove->footer(footer("  talvikctl trap remove 1\n"
-                          "  talvikctl trap remove 3 4 7 --json"));
+    setHelp(*remove, {kDetails,
+                      kAskingExitStatus,
+                      {"talvikctl trap remove 1", "talvikctl trap remove 3 4 7 --json"}});
 }
 
 }  // namespace
@@ -175,6 +178,7 @@ void addTrapCommands(CLI::App& talvikctl, Action& action)
 {
     auto* trap = talvikctl.add_subcommand("trap", "The receivers of the agent's traps");
     trap->require_subcommand(1);
+    setHelp(*trap, {"", "", {"talvikctl trap list", "talvikctl trap add 192.0.2.10"}});
     addList(*trap, action);
     addAdd(*trap, action);
     addModify(*trap, action);

@@ -1,7 +1,6 @@
 #include "tools/trap_output.h"
 
 #include "tools/safe_text.h"
-#include "tools/text_table.h"
 #include "tools/trap_names.h"
 
 #include <algorithm>
@@ -13,6 +12,8 @@ namespace talvik::ctl {
 namespace {
 
 constexpr const char* kNotShown = "?";
+
+const Columns kCuttable = {1, 5, 6};  // address, user, usable
 
 std::string shown(const std::optional<std::string>& text)
 {
@@ -37,7 +38,7 @@ TableLine lineOf(const TrapDestination& row)
             shownCode(row.version, trapVersionName),
             shownCode(row.type, trapTypeName),
             shown(row.user),
-            shownUsable(row.usable)};
+            {shownUsable(row.usable), row.usable == kUnresolved ? Tone::Warning : Tone::Plain}};
 }
 
 Json::Value jsonOf(const std::optional<std::string>& text)
@@ -72,7 +73,7 @@ Json::Value jsonOf(const TrapDestination& row)
 
 }  // namespace
 
-std::string trapTableText(const std::vector<TrapDestination>& destinations)
+std::string trapTableText(const std::vector<TrapDestination>& destinations, const TableStyle& style)
 {
     if (destinations.empty()) {
         return "no trap destinations\n";
@@ -80,7 +81,7 @@ std::string trapTableText(const std::vector<TrapDestination>& destinations)
     std::vector<TableLine> lines = {
         {"INDEX", "ADDRESS", "PORT", "VERSION", "TYPE", "USER", "USABLE"}};
     std::transform(destinations.begin(), destinations.end(), std::back_inserter(lines), lineOf);
-    return alignedTable(lines);
+    return alignedTable(lines, style, kCuttable);
 }
 
 Json::Value trapTableJson(const std::string& agent,
@@ -112,6 +113,13 @@ std::string jsonText(const Json::Value& value)
 {
     Json::StreamWriterBuilder writer;
     writer["indentation"] = "  ";
+    return Json::writeString(writer, value) + "\n";
+}
+
+std::string jsonLine(const Json::Value& value)
+{
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
     return Json::writeString(writer, value) + "\n";
 }
 

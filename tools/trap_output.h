@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/failure.h"
+#include "tools/text_table.h"
 #include "tools/trap_destination.h"
 
 #include <json/json.h>
@@ -11,7 +12,8 @@
 namespace talvik::ctl {
 
 /// A table for people, header and rows by index; "no trap destinations" when there are none.
-std::string trapTableText(const std::vector<TrapDestination>& destinations);
+std::string trapTableText(const std::vector<TrapDestination>& destinations,
+                          const TableStyle& style = {});
 
 /// {"agent", "destinations": [{"index", "address", "port", "version", "versionCode", "type",
 /// "typeCode", "user", "usable"}]}: null for what the agent does not show, and for "usable" while a
@@ -27,5 +29,8 @@ std::string failureText(const Failure& failure);
 
 /// `value` with a line feed at its end; ASCII only.
 std::string jsonText(const Json::Value& value);
+
+/// The same in one line.
+std::string jsonLine(const Json::Value& value);
 
 }  // namespace talvik::ctl

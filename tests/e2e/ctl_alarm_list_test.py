@@ -99,16 +99,16 @@ class CtlAlarmList(TalvikTest):
     def test_shows_what_a_killed_back_end_had(self):
         self.raise_many([b"a", b"b"])
         self.backend.kill()
-        self.assertRegex(self.ctl("list", status=1)[1],
+        self.assertRegex(self.ctl("list", status=3)[1],
                          r"^talvikctl: cannot list the active alarms at .*; start talvik-agentd, or talvik-backendd")
-        told = json.loads(self.ctl("list", "--json", status=1)[0])
+        told = json.loads(self.ctl("list", "--json", status=3)[0])
         self.assertEqual(sorted(told), ["advice", "reason", "socket"])
         self.backend = self.start_backend(self.socket)
         self.assertEqual(self.serials(), [1, 2])
 
     def test_gives_up_on_a_back_end_that_hangs(self):
         self.backend.send(signal.SIGSTOP)
-        out, error = self.ctl("list", "--timeout", "100", status=1)
+        out, error = self.ctl("list", "--timeout", "100", status=3)
         self.assertEqual(out, "")
         self.assertIn("did not answer within 100 ms", error)
         self.assertNotIn("nonetheless", error)

@@ -79,8 +79,8 @@ class CtlAlarm(TalvikTest):
     def test_keeps_serial_numbers_across_a_kill(self):
         self.ctl("alarm", "raise", DISK)
         self.backend.kill()
-        self.assertIn("start talvik-agentd", self.refused("alarm", "raise", DISK))
-        out, error = self.ctl("alarm", "clear", "1", "2", status=1)
+        self.assertIn("start talvik-agentd", self.refused("alarm", "raise", DISK, status=3))
+        out, error = self.ctl("alarm", "clear", "1", "2", status=3)
         self.assertIn("cannot connect", error)
         self.assertIn("did not try to clear alarm 2", error)
         self.backend = self.start_backend(self.socket)
@@ -89,7 +89,7 @@ class CtlAlarm(TalvikTest):
 
     def test_gives_up_on_a_back_end_that_hangs(self):
         self.backend.send(signal.SIGSTOP)
-        error = self.refused("alarm", "raise", DISK, "--timeout", "100")
+        error = self.refused("alarm", "raise", DISK, "--timeout", "100", status=3)
         self.assertIn("did not answer within 100 ms; it may have been done nonetheless", error)
         self.backend.send(signal.SIGCONT)
 
@@ -124,11 +124,11 @@ class CtlAlarm(TalvikTest):
     def test_stops_a_scenario_at_a_failure_or_goes_on(self):
         self.backend.stop()
         file = self.scenario({"raise": {"id": DISK, "as": "x"}}, {"pauseMs": 1}, {"clear": "x"})
-        out, error = self.ctl("alarm", "scenario", file, status=1)
+        out, error = self.ctl("alarm", "scenario", file, status=3)
         self.assertEqual(out, "")
         self.assertIn("steps[0]: cannot raise alarm", error)
         self.assertIn("stopped after 0 of 3 steps; the others were not tried", error)
-        out, error = self.ctl("alarm", "scenario", file, "--keep-going", status=1)
+        out, error = self.ctl("alarm", "scenario", file, "--keep-going", status=3)
         self.assertEqual(out, "steps[1]: paused for 1 ms\n")
         self.assertIn("2 of 3 steps failed", error)
 

@@ -65,8 +65,8 @@ class CtlReceivers(TalvikTest):
         self.assertIn("there is no trap receiver with that index", self.ask("test", "7", status=1)[1])
         self.agent.stop()
         for words in (["status"], ["test", "1"]):
-            self.assertIn("start talvik-agentd, or name agent.sock", self.ask(*words, status=1)[1])
-        told = json.loads(self.ask("status", "--json", status=1)[0])
+            self.assertIn("start talvik-agentd, or name agent.sock", self.ask(*words, status=3)[1])
+        told = json.loads(self.ask("status", "--json", status=3)[0])
         self.assertIn("cannot connect", told["reason"])
 
 

@@ -93,8 +93,8 @@ class CtlTrap(TalvikTest):
     def rows(self):
         return json.loads(self.ctl("list", "--json", *V2C)[0])["destinations"]
 
-    def refused(self, *words):
-        out, error = self.ctl(*words, status=1)
+    def refused(self, *words, status=1):
+        out, error = self.ctl(*words, status=status)
         self.assertEqual(out, "")
         return error
 
@@ -158,18 +158,18 @@ class CtlTrap(TalvikTest):
         self.assertIn("does not know the user", self.refused("list", *self.v3, "--snmp-user", "nobody"))
         self.assertIn("authentication failed", self.refused("list", *self.v3, "--auth-protocol", "SHA"))
         self.assertIn("community is right", self.refused("list", "--snmp-version", "2c", "--community", "wrong",
-                                                         "--timeout", "200"))
+                                                         "--timeout", "200", status=3))
         self.credentials.chmod(0o644)
         self.assertIn("chmod 600", self.ctl("list", *self.v3, status=2)[1])
 
     def test_tells_that_nobody_answers(self):
         port = free_port()
         for who in (V2C, self.v3):
-            _, error = self.ctl("list", *who, "--timeout", "100", port=port, status=1)
+            _, error = self.ctl("list", *who, "--timeout", "100", port=port, status=3)
             self.assertIn("within 100 ms, asked 2 times; make sure that talvik-agentd runs", error)
         # For v3 the agent is asked who it is before anything is sent to it.
         for who, said in ((V2C, True), (self.v3, False)):
-            _, error = self.ctl("add", "192.0.2.1", "--index", "1", *who, "--timeout", "100", port=port, status=1)
+            _, error = self.ctl("add", "192.0.2.1", "--index", "1", *who, "--timeout", "100", port=port, status=3)
             self.assertEqual("may have been made nonetheless" in error, said, error)
 
     def test_takes_the_defaults_from_snmp_conf_and_leaves_nothing_at_home(self):
@@ -188,10 +188,10 @@ class CtlTrap(TalvikTest):
         path = LossyPath(self.agent.port, loses=4)
         self.addCleanup(path.close)
         quick = [*V2C, "--timeout", "500"]
-        _, error = self.ctl("add", "192.0.2.1", *quick, port=path.port, status=1)
+        _, error = self.ctl("add", "192.0.2.1", *quick, port=path.port, status=3)
         self.assertIn("asked 2 times; the change may have been made nonetheless, check with talvikctl trap list", error)
         self.assertEqual([row["index"] for row in self.rows()], [1])
-        told = json.loads(self.ctl("remove", "1", "2", "--json", *quick, port=path.port, status=1)[0])
+        told = json.loads(self.ctl("remove", "1", "2", "--json", *quick, port=path.port, status=3)[0])
         self.assertIn("may have been made", told["failed"][0]["reason"])
         self.assertEqual((told["removed"], told["notTried"]), ([], [2]))
         self.assertEqual((self.rows(), path.lost), ([], 4))

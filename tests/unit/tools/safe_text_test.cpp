@@ -68,11 +68,48 @@ TEST_P(SafeText, IsUtf8ForJson)
 INSTANTIATE_TEST_SUITE_P(Bytes, SafeText, testing::ValuesIn(kTexts),
                          [](const auto& row) { return row.param.name; });
 
-TEST(ShownLength, CountsCharacters)
+TEST(ShownLength, CountsColumns)
 {
     EXPECT_EQ(shownLength(""), 0u);
     EXPECT_EQ(shownLength("abc"), 3u);
-    EXPECT_EQ(shownLength("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x90\x9F"), 3u);
+    EXPECT_EQ(shownLength("\xC3\xA9\xE2\x82\xAC"), 2u);
+    EXPECT_EQ(shownLength("\xE7\xA1\xAC\xE7\x9B\x98"), 4u);  // two Han characters
+    EXPECT_EQ(shownLength("\xEF\xBC\xA1"), 2u);              // a full-width letter
+    EXPECT_EQ(shownLength("\xF0\x9F\x90\x9F"), 2u);
+    EXPECT_EQ(shownLength("e\xCC\x81"), 1u);  // an accent on the letter before it
 }
+
+struct Cut {
+    const char* name;
+    std::string text;
+    std::size_t width;
+    std::string shown;
+
+    friend std::ostream& operator<<(std::ostream& os, const Cut& row) { return os << row.name; }
+};
+
+const Cut kCuts[] = {
+    {"Fits", "abc", 3, "abc"},
+    {"IsTooLong", "abcd", 3, "ab\u2026"},
+    {"LeavesOneColumn", "abcd", 1, "\u2026"},
+    {"LeavesNone", "abcd", 0, ""},
+    {"EndsBeforeAWideCharacter", "a\u786C\u76D8", 3, "a\u2026"},
+    {"EndsBehindAWideCharacter", "a\u786C\u76D8", 4, "a\u786C\u2026"},
+    {"KeepsAnAccent", "ae\u0301cd", 3, "ae\u0301\u2026"},
+    {"CutsBetweenCharacters", "\u00E9\u00E9\u00E9", 2, "\u00E9\u2026"},
+};
+
+class CutToWidth : public testing::TestWithParam<Cut> {};
+
+TEST_P(CutToWidth, MarksWhatIsMissing)
+{
+    const auto shown = cutToWidth(GetParam().text, GetParam().width);
+
+    EXPECT_EQ(shown, GetParam().shown);
+    EXPECT_LE(shownLength(shown), GetParam().width);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, CutToWidth, testing::ValuesIn(kCuts),
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace

@@ -33,12 +33,13 @@ public:
     std::vector<std::string> asked;
     std::set<std::uint64_t> refusedIds;
     std::set<std::uint32_t> refusedSerials;
+    Failure::Kind kind = Failure::Kind::Refused;
 
 private:
-    static void refuseIf(bool refused)
+    void refuseIf(bool refused) const
     {
         if (refused) {
-            throw Failure(Failure::Kind::Refused, "no\x1B", "do better");
+            throw Failure(kind, "no\x1B", "do better");
         }
     }
 
@@ -54,7 +55,15 @@ private:
 
 class ScenarioRunTest : public testing::Test {
 protected:
+    /// Returns whether every step succeeded.
     bool run(const std::string& steps, bool keepGoing = false)
+    {
+        ScenarioText report(out_, errors_);
+        counts_ = run(steps, keepGoing, report);
+        return counts_.failed == 0;
+    }
+
+    ScenarioCounts run(const std::string& steps, bool keepGoing, ScenarioReport& report)
     {
         const auto scenario =
             AlarmScenario::load(dir_.write("s.json", R"({"steps": [)" + steps + "]}"));
@@ -63,7 +72,7 @@ protected:
             [this](std::chrono::milliseconds time) {
                 target_.asked.push_back("pause " + std::to_string(time.count()));
             },
-            out_, errors_);
+            report);
         return scenarioRun.run(scenario, keepGoing);
     }
 
@@ -71,6 +80,7 @@ protected:
     FakeTarget target_;
     std::ostringstream out_;
     std::ostringstream errors_;
+    ScenarioCounts counts_;
 };
 
 TEST_F(ScenarioRunTest, DoesEveryStepAndSaysSo)
@@ -137,6 +147,42 @@ TEST_F(ScenarioRunTest, ForgetsAnAlarmThatCouldNotBeCleared)
 
     EXPECT_THAT(target_.asked, ElementsAre("raise 1 ", "clear 1", "raise 1 ", "clear 2"));
     EXPECT_THAT(errors_.str(), HasSubstr("talvikctl: 1 of 4 steps failed\n"));
+}
+
+TEST_F(ScenarioRunTest, TellsARefusalFromWantOfAnAnswer)
+{
+    target_.refusedIds = {1};
+
+    EXPECT_FALSE(run(R"({"raise": {"id": "1"}})"));
+    EXPECT_FALSE(counts_.unanswered);
+    EXPECT_TRUE(counts_.stopped);
+
+    target_.kind = Failure::Kind::Connection;
+    EXPECT_FALSE(run(R"({"raise": {"id": "1"}}, {"raise": {"id": "2"}})", true));
+    EXPECT_TRUE(counts_.unanswered);
+    EXPECT_FALSE(counts_.stopped);
+}
+
+TEST_F(ScenarioRunTest, IsAJsonObjectALine)
+{
+    target_.refusedIds = {2};
+    ScenarioJson report(out_);
+
+    const auto counts = run(R"({"repeat": {"times": 1, "steps": [
+                                   {"raise": {"id": "18446744073709551615", "as": "x\u00e4"}}]}},
+                               {"pauseMs": 3}, {"event": {"id": "2"}}, {"clear": "x\u00e4"})",
+                            true, report);
+
+    EXPECT_EQ(counts.failed, 1u);
+    EXPECT_EQ(
+        out_.str(),
+        "{\"as\":\"x\\u00e4\",\"did\":\"raise\",\"id\":\"18446744073709551615\","
+        "\"round\":\"round 1 of 1\",\"serial\":1,\"step\":\"steps[0].repeat.steps[0]\"}\n"
+        "{\"did\":\"pause\",\"pauseMs\":3,\"step\":\"steps[1]\"}\n"
+        "{\"advice\":\"do better\",\"failed\":\"event\",\"id\":\"2\",\"reason\":\"no\\u001b\","
+        "\"step\":\"steps[2]\"}\n"
+        "{\"as\":\"x\\u00e4\",\"did\":\"clear\",\"serial\":1,\"step\":\"steps[3]\"}\n"
+        "{\"done\":3,\"failed\":1,\"stopped\":false,\"total\":4}\n");
 }
 
 }  // namespace

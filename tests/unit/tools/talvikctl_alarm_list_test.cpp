@@ -154,6 +154,7 @@ struct BadAnswer {
     const char* name;
     CommandServer::Command answer;
     const char* reason;
+    int status = 3;
 
     friend std::ostream& operator<<(std::ostream& os, const BadAnswer& row)
     {
@@ -167,7 +168,7 @@ TEST_P(BadAlarmPage, EndsTheListWithItsReason)
 {
     answerWith(GetParam().answer);
 
-    EXPECT_EQ(run({}), 1);
+    EXPECT_EQ(run({}), GetParam().status);
 
     EXPECT_THAT(output_, AllOf(StartsWith("talvikctl: "), HasSubstr(GetParam().reason)));
     EXPECT_THAT(output_, Not(HasSubstr("SERIAL")));
@@ -198,9 +199,10 @@ const BadAnswer kBadAnswers[] = {
      "the answer has an alarm with the serial number 8, none up to 9 was asked for"},
     {"OfARefusal", [](const Package&, Package&) { return 0x1000015U; },
      "cannot list the active alarms: the back end takes the request GET_CURRENT_ALARM for "
-     "malformed (0x1000015)"},
+     "malformed (0x1000015)",
+     1},
     {"OfACommandThatBrokeOff", [](const Package&, Package&) { return 0x1000012U; },
-     "cannot list the active alarms: GET_CURRENT_ALARM broke off"},
+     "cannot list the active alarms: GET_CURRENT_ALARM broke off", 1},
 };
 
 INSTANTIATE_TEST_SUITE_P(Answers, BadAlarmPage, testing::ValuesIn(kBadAnswers),
@@ -211,7 +213,7 @@ TEST_F(TalvikctlAlarmList, IsNoChangeThatMayHaveBeenDone)
     Program program("talvikctl", {"alarm", "list", "--json", "--socket", dir_.path("nobody.sock"),
                                   "--device", sampleDeviceFile()});
 
-    EXPECT_EQ(program.wait(), 1);
+    EXPECT_EQ(program.wait(), 3);
 
     EXPECT_THAT(program.output(), AllOf(StartsWith("{"), HasSubstr("cannot list the active alarms"),
                                         Not(HasSubstr("nonetheless"))));

@@ -85,7 +85,7 @@ TEST_F(TalvikctlStatusUp, TellsThatTheDeviceConfigurationsDiffer)
 
 TEST_F(TalvikctlStatus, TellsHowToStartABackEndThatIsNotThere)
 {
-    EXPECT_EQ(status(), 1);
+    EXPECT_EQ(status(), 3);
 
     EXPECT_EQ(output_,
               "socket      " + path() +
@@ -97,7 +97,7 @@ TEST_F(TalvikctlStatus, TellsHowToStartABackEndThatIsNotThere)
 
 TEST_F(TalvikctlStatus, PrintsJsonWithReasonAndAdviceWhenItIsDown)
 {
-    EXPECT_EQ(status({"--json"}), 1);
+    EXPECT_EQ(status({"--json"}), 3);
 
     EXPECT_THAT(output_,
                 AllOf(HasSubstr("\"state\" : \"down\""), HasSubstr("\"reason\" : \"cannot"),
@@ -108,7 +108,7 @@ TEST_F(TalvikctlStatus, GivesUpOnABackEndThatHangs)
 {
     const talvik::backend::ListeningSocket hung(path());
 
-    EXPECT_EQ(status({"--timeout", "50"}), 1);
+    EXPECT_EQ(status({"--timeout", "50"}), 3);
 
     EXPECT_THAT(output_, AllOf(HasSubstr("it did not answer within 50 ms"),
                                HasSubstr("restart it if it hangs")));

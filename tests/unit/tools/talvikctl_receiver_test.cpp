@@ -120,7 +120,7 @@ TEST_F(TalvikctlReceivers, AreNotGuessedFromAnAnswerThatLacksACell)
         return 0U;
     });
 
-    EXPECT_EQ(run({"status"}), 1);
+    EXPECT_EQ(run({"status"}), 3);
 
     EXPECT_THAT(output_, HasSubstr("cell 1 of the answer is missing; make sure that talvikctl"));
 }

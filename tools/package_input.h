@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <istream>
+#include <string>
+#include <vector>
+
+namespace talvik::ctl {
+
+/// No capture may be larger, as bytes or as text.
+constexpr std::size_t kMaxCapture = std::size_t{64} << 20U;
+
+/// Bytes, and why what follows them cannot be read.
+struct Capture {
+    std::vector<unsigned char> bytes;
+    std::string refusal;  ///< empty if all was read
+};
+
+/// Reads to the end of `in`, but not more than one byte above `kMaxCapture`.
+std::string readCapture(std::istream& in);
+
+/// Whether `content` is written in hexadecimal digits rather than in bytes: no package begins with
+/// such a text.
+bool looksLikeHex(const std::string& content);
+
+/// The bytes that `text` stands for: pairs of hexadecimal digits with blanks, commas, colons and 0x
+/// between as anybody likes, or lines of `xxd` or `hexdump -C` with offsets and characters.
+Capture bytesOfHex(const std::string& text);
+
+}  // namespace talvik::ctl
