@@ -34,7 +34,8 @@ class AgentxMaster(AgentxTest):
             wait_until(lambda: self.connections(agent) == times, "the agent connected")
             wait_until(lambda: self.serves(master), "the topology table served")
             master.kill()
-            wait_until(lambda: agent.log().count("cannot be reached: it has ended the session") == times, "that it has gone")
+            wait_until(lambda: agent.log().count("cannot be reached: it has ended the session") == times,
+                       "that it has gone")
         self.assertEqual(agent.stop(), 0)
         self.assertNotIn("not reconnecting", agent.log())
 

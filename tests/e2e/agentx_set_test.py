@@ -57,7 +57,8 @@ class AgentxSet(AgentxTest):
         self.begin()
         self.set(self.master, *create(5), (SYS_CONTACT, "s", "operator"))
         self.assertEqual(self.rows(), walk_of(Destination(5)))
-        self.assertEqual(self.lines("snmpget", self.master, WRITER, SYS_CONTACT), [f'{SYS_CONTACT} = STRING: "operator"'])
+        self.assertEqual(self.lines("snmpget", self.master, WRITER, SYS_CONTACT),
+                         [f'{SYS_CONTACT} = STRING: "operator"'])
 
     def test_alarm_is_cleared(self):
         self.begin(alarms=[Alarm(1), Alarm(2, 8)])

@@ -19,7 +19,8 @@ class Health(HealthReader, NotificationTest):
     def test_text_is_clean_and_says_what_is_served(self):
         lint = subprocess.run(["smilint", "-c", "/dev/null", "-s", "-m", "-l", "6", str(TEXT)], capture_output=True,
                               text=True, timeout=LIMIT,
-                              env={"SMIPATH": f"{SOURCE / 'mibs'}:{SOURCE / 'tests' / 'mib' / 'stubs'}", "PATH": "/usr/bin"})
+                              env={"SMIPATH": f"{SOURCE / 'mibs'}:{SOURCE / 'tests' / 'mib' / 'stubs'}",
+                                   "PATH": "/usr/bin"})
         self.assertEqual(lint.stdout + lint.stderr, "")
         agent = self.start()
         numeric = self.walk(agent, EVERYTHING, HEALTH)
@@ -43,8 +44,8 @@ class Health(HealthReader, NotificationTest):
         self.assertEqual([health["talvikAgentObjectName", row] for row in (1, 2, 3, 4)],
                          ["talvikTopologyTable", "talvikAlarmTable", "talvikClearAlarm", "talvikTrapTable"])
         self.assertEqual([health["talvikAgentObjectAccess", row] for row in (1, 2, 3, 4)], [1, 1, 2, 2])
-        self.assertRegex(agent.log(), rf"info host talvik-agentd {health['talvikAgentVersion']}, module {MODULE} loaded, "
-                                      r"back end embedded, objects: 4, trap receivers: 0\n")
+        self.assertIn(f"info host talvik-agentd {health['talvikAgentVersion']}, module {MODULE} loaded, "
+                      "back end embedded, objects: 4, trap receivers: 0\n", agent.log())
 
     def test_requests_are_counted(self):
         agent = self.start()
@@ -72,12 +73,13 @@ class Health(HealthReader, NotificationTest):
         before = self.counted(agent, "BackendName", "BackendState", "BackendCommands", "BackendFailures")
         self.assertEqual(before, [f"unix:{path}", 3, 0, 0])
         self.assertIn("genErr", self.tool("snmpgetnext", agent, READER, ALARMS).stderr)
-        self.assertEqual(self.counted(agent, "BackendState", "BackendCommands", "BackendFailures", "Errors"), [3, 1, 1, 1])
+        counted = self.counted(agent, "BackendState", "BackendCommands", "BackendFailures", "Errors")
+        self.assertEqual(counted, [3, 1, 1, 1])
         backend = self.start_backend(path)
         wait_until(lambda: self.counted(agent, "BackendState") == [2], "the back end up")
         self.lines("snmpgetnext", agent, READER, ALARMS)
         self.assertEqual(self.counted(agent, "BackendCommands", "BackendFailures"), [2, 1])
-        self.assertNotEqual(self.lines("snmpget", agent, EVERYTHING, f"{HEALTH}.1.9.0")[0].split("STRING: ")[1].strip(), NEVER)
+        self.assertNotIn(NEVER, self.lines("snmpget", agent, EVERYTHING, f"{HEALTH}.1.9.0")[0])
         backend.kill()
         wait_until(lambda: self.counted(agent, "BackendState") == [3], "the back end down")
 
@@ -126,7 +128,8 @@ class Health(HealthReader, NotificationTest):
         agent = self.start()
         lines = self.walk(agent, ["-v1", "-c", "everything"], HEALTH)
         self.assertEqual(lines and [line for line in lines if "Counter64" in line], [])
-        self.assertEqual(len(lines), len([line for line in self.walk(agent, EVERYTHING, HEALTH) if "Counter64" not in line]))
+        others = [line for line in self.walk(agent, EVERYTHING, HEALTH) if "Counter64" not in line]
+        self.assertEqual(len(lines), len(others))
 
     def test_bulk_for_several_objects_may_end_where_health_is_hidden(self):
         agent = self.start()
@@ -134,7 +137,8 @@ class Health(HealthReader, NotificationTest):
             self.add_receiver(agent, index, 10162)
         columns = [f"{TRAP_ENTRY}.{column}" for column in (7, 8)]
         found = self.lines("snmpbulkget", agent, READER, "-Cr9", *columns)
-        self.assertEqual(len([line for line in found if line.startswith(f"{TRAP_ENTRY}.8.") and "No more" not in line]), 4)
+        last = [line for line in found if line.startswith(f"{TRAP_ENTRY}.8.") and "No more" not in line]
+        self.assertEqual(len(last), 4)
 
     def test_health_cannot_be_written(self):
         agent = self.start()

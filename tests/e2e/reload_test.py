@@ -6,12 +6,13 @@ import unittest
 from agent_health import NEVER, HealthReader
 from agentx_master import AgentxTest
 from notifications import V3, NotificationTest, users
-from talvik_e2e import (AUTH, BIN, CONFIG, EVERYTHING, HEALTH, OPERATOR, PRIV, READER, SOURCE, TABLE, Daemon, topology, v3,
-                        wait_until)
+from talvik_e2e import (AUTH, BIN, CONFIG, EVERYTHING, HEALTH, OPERATOR, PRIV, READER, SOURCE, TABLE, WRITER, Daemon,
+                        topology, v3, wait_until)
 from trap_receivers import user_lines
 from trap_table import TRAPS
 
 ENDS = "stay as they are until a restart"
+SECURITY_TO_GROUP = ".1.3.6.1.6.3.16.1.2.1"
 LATE = ["-v2c", "-c", "late"]
 LATE_LINE = "rocommunity late 127.0.0.1 -V talvik\n"
 
@@ -75,18 +76,20 @@ class Access(ReloadTest):
 
     def test_wrong_file_leaves_all_as_it_was(self):
         agent = self.start()
-        for wrong, reason in (("access nobody \"\" usm nonsense exact all none none\n", "talvik-agentd.conf: line 17: Error: bad security level"),
+        for wrong, reason in (("access nobody \"\" usm nonsense exact all none none\n",
+                               "talvik-agentd.conf: line 17: Error: bad security level"),
                               ("view talvik sideways .1\n", "TYPE must be included/excluded"),
                               ('createUser short SHA-256 "abc"\n', "createUser short: "),
                               (f'createUser strange SHA-333 "{AUTH}"\n', "createUser strange: ")):
             with self.subTest(wrong=wrong):
-                said = self.reload_with(agent, CONFIG.replace("rocommunity reader", "rocommunity former") + LATE_LINE + wrong)
+                said = self.reload_with(agent, CONFIG.replace("rocommunity reader", "rocommunity former") + LATE_LINE
+                                        + wrong)
                 errors = [line for line in said.splitlines() if " error host SIGHUP: agent configuration" in line]
                 self.assertEqual(len(errors), 1, said)
                 self.assertIn(reason, errors[0])
                 self.assertIn("access control and users stay as they were", errors[0])
-                self.assertEqual([self.may_read(agent, user) for user in (READER, LATE, OPERATOR, v3("admin"))],
-                                 [True, False, True, True])
+                allowed = [self.may_read(agent, user) for user in (READER, LATE, OPERATOR, v3("admin"))]
+                self.assertEqual(allowed, [True, False, True, True])
         self.config.unlink()
         self.assertIn("cannot be read; access control and users stay", self.reload(agent))
         self.assertTrue(self.may_read(agent, READER))
@@ -114,6 +117,15 @@ class Access(ReloadTest):
         receiver.wait_for(1)
 
 
+    def test_what_managers_wrote_into_the_access_control_is_kept(self):
+        agent = self.start()
+        group = f"{SECURITY_TO_GROUP}.3.2.4.104.111.115.116"  # of "host", v2c
+        self.set(agent, (group, "s", "guests"), (group.replace(".1.3.2.4.", ".1.5.2.4."), "i", 4))
+        for config in (CONFIG + LATE_LINE, CONFIG):
+            self.assertIn("taken over", self.reload_with(agent, config))
+            self.assertEqual(self.lines("snmpget", agent, WRITER, group), [f'{group} = STRING: "guests"'])
+
+
 class Others(ReloadTest):
     def test_what_takes_a_restart_is_said(self):
         device = self.write("device.xml", (SOURCE / "etc" / "talvik-device.xml").read_text())
@@ -122,7 +134,8 @@ class Others(ReloadTest):
         for word in ("agentaddress", "syslocation"):
             self.assertIn(f"{word} has changed; it takes effect at the next start", said)
         self.assertIn(f"SIGHUP: {device}: unchanged", said)
-        for name in ("libSnmpTalvikMibModule.so", "KEL-TALVIK-MIB.json", "alarm-definitions.json", "alarm-enumerations.json"):
+        for name in ("libSnmpTalvikMibModule.so", "KEL-TALVIK-MIB.json", "alarm-definitions.json",
+                     "alarm-enumerations.json"):
             self.assertRegex(said, rf"SIGHUP: \S*{name}: unchanged")
         device.write_text(device.read_text() + "\n")
         said = self.reload(agent)
@@ -137,7 +150,8 @@ class Others(ReloadTest):
         self.write_settings(users=users())
         self.assertIn(f"trap settings {self.settings}: read again", self.reload(agent))
         agent.stop()
-        self.assertIn("there is no such file, the defaults hold", self.reload(self.start_agent(trap_settings="/no/such")))
+        said = self.reload(self.start_agent(trap_settings="/no/such"))
+        self.assertIn("there is no such file, the defaults hold", said)
 
     def test_health_says_when(self):
         agent = self.start()
