@@ -24,7 +24,7 @@ def commands_of(entry):
 
 def words_of(example):
     """The words that talvikctl itself gets from a line of a shell."""
-    words = shlex.split(example)
+    words = shlex.split(example, comments=True)
     words = words[words.index("talvikctl") + 1:]
     ends = [place for place, word in enumerate(words) if word in ("|", ">")]
     return words[:ends[0]] if ends else words

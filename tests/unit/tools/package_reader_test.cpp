@@ -1,8 +1,8 @@
 #include "tools/package_reader.h"
 
 #include "framework/tlv_package.h"
+#include "tests/support/built_tree.h"
 #include "tests/support/wire_bytes.h"
-#include "tests/unit/backend/program.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -252,7 +252,7 @@ TEST(ReadPackagesProperty, AgreesWithTheCodecOnTheFuzzCorpus)
 {
     std::size_t files = 0;
     for (const auto& entry :
-         std::filesystem::directory_iterator(TALVIK_SOURCE_DIR "/fuzz/corpus/decode")) {
+         std::filesystem::directory_iterator(talvik::test::sourceFile("fuzz/corpus/decode"))) {
         std::ifstream in(entry.path(), std::ios::binary);
         const Bytes bytes{std::istreambuf_iterator<char>(in), {}};
         SCOPED_TRACE(entry.path());
