@@ -11,7 +11,7 @@ import unittest
 
 from commands import commands_of_page, differs, kind_of, program_of, unaccounted
 from pages import SOURCE, all_pages
-from place import Place, write_files
+from place import GOES_ON, Place, write_files
 from scenes import MADE, NOT_RUN, OUTPUTS, OUTPUTS_ELSEWHERE, SCENES, SETTINGS_ELSEWHERE, Scene
 from talvik_e2e import wait_until
 
@@ -136,7 +136,8 @@ class Commands(unittest.TestCase):
             self.running[command.text] = place.start(program, command.text)
             self.wait_for(place, command.text, command.shown, command.where)
             return
-        done = place.run(command.text)
+        goes_on = command.text.startswith(GOES_ON)
+        done = place.run_for_a_while(command.text) if goes_on else place.run(command.text)
         self.assertEqual(done.status, hook(scene.status, command.text, 0), "\n".join([command.where, *done.lines]))
         if command.shown:
             self.assertIsNone(differs(command.shown, done.lines), command.where)

@@ -22,6 +22,7 @@ sys.path.insert(0, str(SOURCE / "tests" / "e2e"))
 from backend_wire import BackendClient  # noqa: E402 (the path comes first)
 from talvik_e2e import AUTH, BIN, LIMIT, MODULE, PRIV, Daemon, free_port, wait_until  # noqa: E402
 
+GOES_ON = ("talvikctl watch", "tail -f", "journalctl -f")
 OURS = ("talvik-agentd", "talvik-backendd", "talvikctl")
 READY = {"talvik-agentd": "ready, listening on", "talvik-backendd": None, "snmptrapd": "NET-SNMP version"}
 ENDS_BY_ITSELF = ("--check", "--help", "--version", "-V")
@@ -168,10 +169,23 @@ class Place:
 
     def run(self, text):
         """Runs a command line to its end."""
-        done = subprocess.run(["bash", "-c", self._script(self.here(text))], cwd=self.tree, env=self.environment,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                              timeout=LIMIT * 2)
-        return Done(done.returncode, self.there(done.stdout).splitlines())
+        process = subprocess.Popen(["bash", "-c", self._script(self.here(text))], cwd=self.tree, env=self.environment,
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                                   start_new_session=True)
+        try:
+            output = process.communicate(timeout=LIMIT)[0]
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            raise AssertionError(f"{text}: did not end within {LIMIT} seconds:\n{process.communicate()[0]}") from None
+        return Done(process.returncode, self.there(output).splitlines())
+
+    def run_for_a_while(self, text):
+        """Runs what goes on until Ctrl-C, until it has printed something, and ends it so."""
+        watcher = Daemon(self.tree, f"watcher-{time.monotonic_ns()}", ["bash", "-c", self._script("exec " + self.here(text))],
+                         self.environment)
+        self.daemons.append(watcher)
+        wait_until(lambda: watcher.log() or not watcher.is_alive(), f"{text}: no output")
+        return Done(watcher.stop(signal.SIGINT), self.there(watcher.log()).splitlines())
 
     def remember(self, text):
         """A line that sets something for those below it: a variable, the folder."""
