@@ -227,7 +227,7 @@ std::string jsonText(const std::string& text)
     std::string json = "\"";
     for (const char c : text) {
         char escaped[8] = {c, '\0'};
-        if (c == '"' || c == '\\' || (c >= 0 && c < ' ')) {
+        if (c == '"' || c == '\\' || static_cast<unsigned char>(c) < ' ') {
             std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
         }
         json += escaped;
