@@ -2,6 +2,7 @@
 
 #include "backend/back_end.h"
 #include "backend/unix_address.h"
+#include "host/chosen_module.h"
 #include "host/counted_link.h"
 #include "host/descriptor_limit.h"
 #include "host/health_source.h"
@@ -17,7 +18,6 @@
 #include "host/platform/table_batch.h"
 #include "host/platform/trap_store.h"
 #include "host/reload.h"
-#include "host/served_module.h"
 #include "host/snmp/agent.h"
 #include "host/snmp/durable_file.h"
 #include "host/snmp/net_snmp_persistence.h"
@@ -127,57 +127,6 @@ private:
     backend::CommandServer own_;
 };
 
-/// The module ready to be served; nothing where it cannot be used and the agent is to go on all the
-/// same.
-class ChosenModule {
-public:
-    explicit ChosenModule(const AgentOptions& options) : options_(options)
-    {
-        unlessUnusable([this] { served_.emplace(options_.moduleFile, options_.mibDir); });
-    }
-
-    /// As `ServedModule::serve`.
-    void serve(SnmpAgent& agent, TableKeeper& keeper, BatchTable::Limits limits)
-    {
-        if (served_) {
-            unlessUnusable([&] { served_->serve(agent, keeper, limits); });
-        }
-    }
-
-    bool isThere() const { return served_.has_value(); }
-
-    /// Null without a module.
-    const MibDescription* mib() const { return served_ ? &served_->mib() : nullptr; }
-
-    /// What was loaded, or was to be.
-    std::list<std::string> files() const
-    {
-        return served_ ? served_->files() : std::list<std::string>{options_.moduleFile};
-    }
-
-private:
-    template <typename Step>
-    void unlessUnusable(Step step)
-    {
-        try {
-            step();
-        } catch (const StartupError& error) {
-            served_.reset();
-            // A check is there to find what is wrong.
-            if (!options_.continueWithoutModule() || options_.checkOnly) {
-                throw;
-            }
-            hostLog()->error("talvik-agentd goes on without the module: {}; its subtrees are not "
-                             "served and alarms are not reported until that is put right and the "
-                             "agent is started again",
-                             error.what());
-        }
-    }
-
-    const AgentOptions& options_;
-    std::optional<ServedModule> served_;
-};
-
 EngineStateStore engineStore(const AgentOptions& options)
 {
     const auto directory = persistentDirectory(options.stateDir);
@@ -262,22 +211,6 @@ std::list<std::string> startFiles(const AgentOptions& options, const ChosenModul
     return files;
 }
 
-/// What is read at the start and never again: the module, its MIB description, the device
-/// configuration and the alarm catalogue that it names.
-std::list<std::string> filesOfTheStart(const AgentOptions& options, const DeviceConfigFile& device,
-                                       const ChosenModule& module)
-{
-    auto files = module.files();
-    files.push_back(options.deviceFile);
-    const auto root = InstallationPaths::ofThisProgram().installationRoot();
-    for (const auto* item : {"ALARM_INI_PATH", "ALARM_PARAM_ENUM_PATH"}) {
-        if (const auto* path = device.find("SNMP_CONF", item)) {
-            files.push_back(root + "/" + *path);
-        }
-    }
-    return files;
-}
-
 }  // namespace
 
 void runAgent(const AgentOptions& options, const StopSignals& signals)
@@ -316,8 +249,7 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     hostLog()->flush();
     auto watchers = notifications.watchers();
     watchers.push_back(&health);
-    Reload reload(options, filesOfTheStart(options, device, module),
-                  {agent, notifications, health});
+    Reload reload(options, device, module.files(), {agent, notifications, health});
     serveUntilStopped(agent, watchers, signals, reload);
 }
 

@@ -3,6 +3,7 @@ find_package(CLI11 REQUIRED)
 add_executable(talvik-agentd
     agent_options.cpp
     agent_program.cpp
+    chosen_module.cpp
     counted_link.cpp
     descriptor_limit.cpp
     health_source.cpp

@@ -1,12 +1,16 @@
 #include "host/reload.h"
 
 #include "host/health_source.h"
+#include "host/installation_paths.h"
 #include "host/notification_service.h"
+#include "host/platform/device_config_file.h"
 #include "host/platform/host_log.h"
 #include "host/snmp/agent.h"
 #include "host/startup_error.h"
 
 #include <sys/stat.h>
+
+#include <utility>
 
 namespace talvik {
 
@@ -31,11 +35,19 @@ std::string stampOf(const std::string& file)
 
 }  // namespace
 
-Reload::Reload(const AgentOptions& options, const std::list<std::string>& startFiles, Parts parts)
+Reload::Reload(const AgentOptions& options, const DeviceConfigFile& device,
+               std::list<std::string> moduleFiles, Parts parts)
     : options_(options),
       parts_(parts)
 {
-    for (const auto& file : startFiles) {
+    auto files = std::move(moduleFiles);
+    files.push_back(options.deviceFile);
+    for (const auto* item : {"ALARM_INI_PATH", "ALARM_PARAM_ENUM_PATH"}) {
+        if (const auto* path = device.find("SNMP_CONF", item)) {
+            files.push_back(InstallationPaths::ofThisProgram().installationRoot() + "/" + *path);
+        }
+    }
+    for (const auto& file : files) {
         startFiles_.emplace_back(file, stampOf(file));
     }
 }

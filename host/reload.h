@@ -9,6 +9,7 @@
 
 namespace talvik {
 
+class DeviceConfigFile;
 class HealthSource;
 class NotificationService;
 class SnmpAgent;
@@ -23,8 +24,10 @@ public:
         HealthSource& health;
     };
 
-    /// `startFiles` are read at the start only. All outlive it.
-    Reload(const AgentOptions& options, const std::list<std::string>& startFiles, Parts parts);
+    /// `moduleFiles`, the device configuration and the alarm catalogue that it names are read at
+    /// the start only. `options` and `parts` outlive it.
+    Reload(const AgentOptions& options, const DeviceConfigFile& device,
+           std::list<std::string> moduleFiles, Parts parts);
 
     void run();
 

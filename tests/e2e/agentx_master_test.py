@@ -120,13 +120,13 @@ class AgentxUsage(AgentxTest):
                 self.assertEqual(result.returncode, 2, result.stderr)
                 self.assertIn(expected, result.stderr)
 
-    def check(self, **options):
-        return subprocess.run([str(BIN / "talvik-agentd"), *self.arguments(**options), "--check"], capture_output=True,
-                              text=True, timeout=LIMIT, stdin=subprocess.DEVNULL)
+    def check(self, *others, **options):
+        return subprocess.run([str(BIN / "talvik-agentd"), *self.arguments(**options), *others, "--check"],
+                              capture_output=True, text=True, timeout=LIMIT, stdin=subprocess.DEVNULL)
 
     def test_check_needs_no_master(self):
-        result = self.check(agentx="/no/such/master")
-        self.assertEqual((result.returncode, result.stdout), (0, "OK\n"), result.stderr)
+        for result in (self.check(agentx="/no/such/master"), self.check("--agentx")):
+            self.assertEqual((result.returncode, result.stdout), (0, "OK\n"), result.stderr)
         self.config.write_text(CONFIG + "agentXSocket /elsewhere\n")
         result = self.check(agentx="/no/such/master")
         self.assertEqual(result.returncode, 1, result.stdout)
