@@ -27,6 +27,8 @@ finishDebugSymbols()
     ids=$(cd "$tree/usr/lib/debug/.build-id" && find . -name '*.debug' | sort | sed 's|^\./\(..\)/\(.*\)\.debug$|\1\2|' | xargs)
     sed -i '/^Section:/d; /^Priority:/d; /^Auto-Built-Package:/d; /^Build-Ids:/d; /^$/d' "$tree/DEBIAN/control"
     printf 'Section: debug\nPriority: optional\nAuto-Built-Package: debug-symbols\nBuild-Ids: %s\n' "$ids" >>"$tree/DEBIAN/control"
+    # objcopy made them with the file mode of whoever called cpack.
+    find "$tree/usr/lib/debug" -type f -exec chmod 644 {} +
     mkdir -p "$tree/usr/share/doc"
     ln -sfn "${name%-dbgsym}" "$tree/usr/share/doc/$name"
 }

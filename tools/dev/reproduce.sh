@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
-# ./dev reproduce [--module] [BUILD-DIRECTORY]: whether a second build, elsewhere and under other circumstances, makes the same
-# files bit for bit as build/release (or BUILD-DIRECTORY, which is taken as it is): module, programs and packages.
+# ./dev reproduce [--quick] [BUILD-DIRECTORY]: whether a second build, elsewhere and under other circumstances, makes the same
+# files bit for bit as build/release (or BUILD-DIRECTORY, which is taken as it is): module, programs and packages. With --quick
+# only the module is built a second time, and both times the packages are made of the first build.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-usage="usage: ./dev reproduce [--module] [BUILD-DIRECTORY]"
+usage="usage: ./dev reproduce [--quick] [BUILD-DIRECTORY]"
 files=(lib/libSnmpTalvikMibModule.so bin/talvik-agentd bin/talvik-backendd bin/talvikctl)
 targets=()
-if [ "${1:-}" = --module ]; then
+quick=false
+if [ "${1:-}" = --quick ]; then
+    quick=true
     files=("${files[0]}")
     targets=(SnmpTalvikMibModule)
     shift
@@ -19,7 +22,7 @@ if [ $# = 1 ]; then
     [ -f "$first/CMakeCache.txt" ] || fail "$first is no build directory"
 else
     first="$root/build/release"
-    configureAndBuild release "${targets[@]}"
+    configureAndBuild release
 fi
 
 work=$(mktemp -d)
@@ -65,12 +68,14 @@ compare()
     fi
 }
 
-packages()
+comparePackages()
 {
-    bash "$root/packaging/make-packages.sh" "$first" "$work/first-packages" &&
-        elsewhere bash "$copy/packaging/make-packages.sh" "$second" "$work/second-packages" ||
-        fail "the packages could not be made (messages above)"
-    local package
+    local package other="$second"
+    [ $quick = false ] || other="$first"
+    bash "$root/packaging/make-packages.sh" "$first" "$work/first-packages" ||
+        fail "the packages of $first could not be made (messages above)"
+    elsewhere bash "$copy/packaging/make-packages.sh" "$other" "$work/second-packages" ||
+        fail "the packages of $other could not be made a second time (messages above)"
     for package in "$work"/first-packages/*.deb; do
         compare "$package" "$work/second-packages/${package##*/}"
     done
@@ -80,6 +85,6 @@ say "comparison"
 for file in "${files[@]}"; do
     compare "$first/$file" "$second/$file"
 done
-[ ${#files[@]} = 1 ] || packages
+comparePackages
 [ ${#different[@]} = 0 ] || fail "these differ between $first and a second build of the same sources: ${different[*]}"
 say "reproduce: a second build made the same files"
