@@ -195,33 +195,37 @@ Failure connectionFailure(const SnmpSettings& settings, long version, int librar
     const auto failure = [](const std::string& reason, const std::string& advice) {
         return Failure(Failure::Kind::Connection, reason, advice);
     };
+    // The agent answered, with a report of why it does not take the request.
+    const auto refusal = [](const std::string& reason, const std::string& advice) {
+        return Failure(Failure::Kind::Refused, reason, advice);
+    };
     const auto& agent = settings.agent;
     switch (libraryError) {
     case SNMPERR_TIMEOUT:
         return failure(noAnswerReason(settings), noAnswerAdvice(settings, version));
     case SNMPERR_UNKNOWN_USER_NAME:
     case SNMPERR_USM_UNKNOWNSECURITYNAME:
-        return failure(agent + " does not know the user",
+        return refusal(agent + " does not know the user",
                        "name a user that the agent's configuration creates (--snmp-user, or "
                        "defSecurityName in snmp.conf)");
     case SNMPERR_AUTHENTICATION_FAILURE:
     case SNMPERR_USM_AUTHENTICATIONFAILURE:
-        return failure("authentication failed at " + agent,
+        return refusal("authentication failed at " + agent,
                        "check the authentication protocol and passphrase against the agent's "
                        "createUser line");
     case SNMPERR_DECRYPTION_ERR:
     case SNMPERR_USM_DECRYPTIONERROR:
-        return failure(agent + " could not decrypt the request",
+        return refusal(agent + " could not decrypt the request",
                        "check the privacy protocol and passphrase against the agent's createUser "
                        "line");
     case SNMPERR_UNSUPPORTED_SEC_LEVEL:
     case SNMPERR_USM_UNSUPPORTEDSECURITYLEVEL:
-        return failure(agent + " does not support the security level for this user",
+        return refusal(agent + " does not support the security level for this user",
                        "ask for the level that the agent's configuration gives the user (--level, "
                        "or defSecurityLevel in snmp.conf)");
     case SNMPERR_NOT_IN_TIME_WINDOW:
     case SNMPERR_USM_NOTINTIMEWINDOW:
-        return failure("the request was outside the time window of " + agent,
+        return refusal("the request was outside the time window of " + agent,
                        "try again; if it stays, look whether two agents share one engine ID");
     case SNMPERR_BAD_ADDRESS:
     case SNMPERR_NO_SOCKET:
