@@ -184,7 +184,7 @@ SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
     }
     initLibrary();
     if (settings_.master) {
-        master_ = std::make_unique<AgentxMaster>(*settings_.master);
+        master_ = std::make_unique<AgentxMaster>(*settings_.master, log_);
         initSubagentModules();
     } else {
         init_mib_modules();

@@ -1,6 +1,7 @@
 #include "host/snmp/agentx_master.h"
 
 #include "host/platform/host_log.h"
+#include "host/platform/log_text.h"
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/net_snmp.h"
 
@@ -47,7 +48,9 @@ void AgentxMaster::enterRole()
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
 }
 
-AgentxMaster::AgentxMaster(AgentxAddress address) : address_(std::move(address))
+AgentxMaster::AgentxMaster(AgentxAddress address, LibraryLog& log)
+    : address_(std::move(address)),
+      log_(log)
 {
     current = this;
     snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG,
@@ -141,13 +144,31 @@ void AgentxMaster::connect(Time now)
         return;
     }
     state_ = State::Connected;
-    register_mib_reattach();
+    registerAll();
     if (state_ != State::Connected) {
         return;  // it has gone again meanwhile
     }
     hostLog()->info("AgentX master {}: connected, requests come through it", name());
     reported_ = false;
     pause_ = {};
+}
+
+/// The library tells of a refusal in its log only.
+void AgentxMaster::registerAll()
+{
+    log_.startKeeping();
+    register_mib_reattach();
+    const auto lines = log_.stopKeeping();
+    const auto isError = [](const LibraryLog::Line& line) {
+        return line.level == LibraryLog::Level::Error;
+    };
+    const auto first = std::find_if(lines.begin(), lines.end(), isError);
+    if (first != lines.end()) {
+        hostLog()->error("AgentX master {}: refuses {} of the subtrees of this agent ({}); if "
+                         "another subagent serves them, end that one and restart this agent",
+                         name(), std::count_if(lines.begin(), lines.end(), isError),
+                         oneLine(first->text));
+    }
 }
 
 void AgentxMaster::tryLater(const std::string& reason, Time now)

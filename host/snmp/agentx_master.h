@@ -2,6 +2,7 @@
 
 #include "host/loop_watcher.h"
 #include "host/snmp/agentx_address.h"
+#include "host/snmp/library_log.h"
 
 #include <chrono>
 #include <string>
@@ -20,8 +21,8 @@ public:
     /// Makes the library a subagent; before its `init_agent`.
     static void enterRole();
 
-    /// After the library's `init_agent`.
-    explicit AgentxMaster(AgentxAddress address);
+    /// After the library's `init_agent`. `log` outlives it.
+    AgentxMaster(AgentxAddress address, LibraryLog& log);
     ~AgentxMaster() override;
 
     /// From now on the master is looked for. After the library has read its configuration.
@@ -44,9 +45,11 @@ private:
     void startProbe(Time now);
     void goOnWithProbe(Time now);
     void connect(Time now);
+    void registerAll();
     void tryLater(const std::string& reason, Time now);
 
     const AgentxAddress address_;
+    LibraryLog& log_;
     State state_ = State::Idle;
     int probe_ = -1;         ///< a connection of its own
     bool asked_ = false;     ///< the sign of life was asked for

@@ -60,6 +60,14 @@ class AgentxMaster(AgentxTest):
             wait_until(lambda: not self.serves(master), "the table gone with the agent")
         self.assertEqual(self.lines("snmpget", master, EVERYTHING, SYS_DESCR), [DESCRIPTION])
 
+    def test_second_agent_says_that_it_is_not_served(self):
+        master = self.start_master()
+        self.start_subagent(master, state_dir=self.folder / "first")
+        second = self.start_subagent(master, state_dir=self.folder / "second", backend=f"unix:{self.folder / 'none'}")
+        self.assertIn("refuses 5 of the subtrees of this agent (registering pdu failed: 263!); if another subagent "
+                      "serves them, end that one", second.log())
+        self.assertEqual(self.walk(master, READER, TABLE), topology())  # the first one's, whose back end answers
+
     def test_master_over_tcp(self):
         with socket.socket() as probe:
             probe.bind(("127.0.0.1", 0))
