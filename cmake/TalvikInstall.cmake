@@ -49,7 +49,7 @@ install(FILES mibs/KEL-TALVIK-MIB.json "${mib}" DESTINATION ${TALVIK_INSTALL_DAT
 install(FILES "${mib}" DESTINATION share/snmp/mibs COMPONENT module)
 install(FILES etc/alarm-definitions.json etc/alarm-enumerations.json etc/talvik-device.xml
     DESTINATION ${TALVIK_INSTALL_DATADIR}/etc COMPONENT module)
-talvik_install_documents(module talvik-mib-module docs/alarm-catalogue.md)
+talvik_install_documents(module talvik-mib-module docs/alarm-catalogue.md docs/mib-reference.md)
 
 # --- agent -----------------------------------------------------------------------------------------------------------
 install(TARGETS talvik-agentd talvik-backendd DESTINATION sbin COMPONENT agent)
@@ -62,7 +62,8 @@ endforeach()
 talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvik-agentd.8" share/man/man8 talvik-agentd.8)
 talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvik-backendd.8" share/man/man8 talvik-backendd.8)
 talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvikctl.1" share/man/man1 talvikctl.1)
-talvik_install_documents(agent talvik-agent docs/operations.md docs/operating.md docs/trap-settings.md)
+talvik_install_documents(agent talvik-agent
+    docs/operations.md docs/operating.md docs/trap-settings.md docs/troubleshooting.md docs/talvikctl.md)
 
 # The system's agent has SNMP's own port; the sample has one that needs no privilege.
 file(READ etc/talvik-agentd.conf sample)

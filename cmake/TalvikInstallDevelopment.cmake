@@ -46,4 +46,5 @@ endforeach()
 install(FILES examples/README.md DESTINATION share/doc/talvik-dev/examples COMPONENT dev)
 install(FILES examples/host/CMakeLists.txt examples/host/Makefile examples/host/main.cpp
     DESTINATION share/doc/talvik-dev/examples/host COMPONENT dev)
-talvik_install_documents(dev talvik-dev docs/host-contract.md docs/tlv-format.md docs/backend-protocol.md)
+talvik_install_documents(dev talvik-dev
+    docs/integrating.md docs/host-contract.md docs/platform-symbols.md docs/tlv-format.md docs/backend-protocol.md)
