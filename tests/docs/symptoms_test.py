@@ -17,6 +17,7 @@ PAGE = "docs/troubleshooting.md"
 ROOMS = ("alarmconfig", "backend", "framework", "handlers", "host", "notify", "tools", "trap")
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 HOLE = re.compile(r"\{[^}]*\}|%[-0-9.]*(?:ll|z)?[a-z]")
+QUOTED = re.compile(r'"([^"]+ [^"]+)"')  # several words
 TEXTS_OF_THE_SYSTEM = ("No such file or directory", "Permission denied", "Connection refused")
 
 
@@ -63,9 +64,14 @@ class Quotations(unittest.TestCase):
     maxDiff = None
 
     def quotations(self):
-        page = read_page(PAGE, (SOURCE / PAGE).read_text(encoding="utf-8"))
-        return [(number, line) for block in page.blocks if block.language == "text"
-                for number, line in enumerate(block.lines, block.line)]
+        """What stands in blocks of text, and what stands between quotation marks elsewhere."""
+        text = (SOURCE / PAGE).read_text(encoding="utf-8")
+        page = read_page(PAGE, text)
+        inside = {number: line for block in page.blocks for number, line in enumerate(block.lines, block.line)}
+        quoted = [(number, match[1]) for number, line in enumerate(text.splitlines(), 1) if number not in inside
+                  for match in QUOTED.finditer(line)]
+        return quoted + [(number, line) for block in page.blocks if block.language == "text"
+                         for number, line in enumerate(block.lines, block.line)]
 
     def test_are_what_the_programs_say(self):
         quotations = self.quotations()
