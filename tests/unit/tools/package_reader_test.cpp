@@ -19,7 +19,6 @@ namespace {
 using namespace talvik::ctl;
 using talvik::test::WireBytes;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using Bytes = std::vector<unsigned char>;
 
 /// Keeps what it is told.
@@ -240,7 +239,7 @@ TEST(ReadPackagesProperty, AgreesWithTheCodecOnRandomAndOnDamagedPackages)
             bytes[upTo(static_cast<unsigned>(bytes.size() - 1))] =
                 static_cast<unsigned char>(upTo(255));
         }
-        bytes.resize(bytes.size() - upTo(1) * upTo(20) % bytes.size());
+        bytes.resize(bytes.size() - std::size_t{upTo(1)} * upTo(20) % bytes.size());
         expectSameAsCodec(bytes);
         if (HasFailure()) {
             FAIL() << "round " << round;
