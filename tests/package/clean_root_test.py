@@ -197,6 +197,15 @@ class CleanRoot(MadePackages):
         self.machine.shell(f"! {inside} touch /run/x 2>/dev/null")
         self.machine.shell(f"{inside} touch /var/lib/talvik/x && rm /var/lib/talvik/x")
 
+    def test_a_reload_reaches_the_agent_and_does_not_end_it(self):
+        self.install_agent()
+        before = self.process("talvik-agentd")
+
+        self.machine.run("systemctl", "reload", "talvik-agentd")
+
+        self.machine.wait_for("journalctl --unit talvik-agentd | grep -q SIGHUP", "the agent's line about SIGHUP")
+        self.assertEqual(self.process("talvik-agentd"), before)
+
     def test_an_upgrade_keeps_what_was_changed_and_restarts_the_agent(self):
         self.install_agent()
         self.let_operator_in()
