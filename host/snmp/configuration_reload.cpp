@@ -2,7 +2,7 @@
 
 #include "host/platform/host_log.h"
 #include "host/platform/log_text.h"
-#include "host/snmp/callback_guard.h"
+#include "host/snmp/configuration_words.h"
 #include "host/snmp/engine_state.h"
 #include "host/snmp/net_snmp.h"
 #include "host/snmp/net_snmp_persistence.h"
@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <functional>
 #include <utility>
 
@@ -23,8 +22,6 @@ namespace talvik {
 namespace {
 
 using Words = std::set<std::string>;
-using Handlers = std::vector<config_line>;
-using Lines = std::vector<std::pair<std::string, std::string>>;
 
 const Words& accessWords()
 {
@@ -47,61 +44,6 @@ constexpr const char* kUserWord = "createuser";
 /// An engine that nobody has, for trying a user out.
 constexpr std::array<unsigned char, 9> kNobodysEngine = {0x80, 0,   0x1F, 0x88, 5,
                                                          't',  'e', 's',  't'};
-
-std::string lowerCase(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
-Lines* collecting = nullptr;
-
-void collect(const char* word, char* rest)
-{
-    guardCallback("agent configuration", 0, [&] {
-        collecting->emplace_back(lowerCase(word), rest == nullptr ? "" : rest);
-        return 0;
-    });
-}
-
-void ignore(const char*, char*) {}
-
-/// The library's handlers of the agent's words: as they are for `words`, others do `instead`.
-Handlers handlersFor(const Words& words, void (*instead)(const char*, char*))
-{
-    Handlers handlers;
-    for (const auto* one = read_config_get_handlers(kApplicationName); one != nullptr;
-         one = one->next) {
-        handlers.push_back(*one);
-        if (words.count(lowerCase(one->config_token)) == 0) {
-            handlers.back().parse_line = instead;
-        }
-    }
-    for (std::size_t i = 0; i < handlers.size(); ++i) {
-        handlers[i].next = i + 1 < handlers.size() ? &handlers[i + 1] : nullptr;
-    }
-    return handlers;
-}
-
-bool readWith(Handlers handlers, const std::string& file)
-{
-    return read_config(file.c_str(), handlers.data(), NORMAL_CONFIG) == SNMPERR_SUCCESS;
-}
-
-/// Has the library take one line, as if it stood in a file.
-void takeLine(const std::string& word, std::string rest)
-{
-    const auto* handler = read_config_get_handlers(kApplicationName);
-    while (handler != nullptr && lowerCase(handler->config_token) != word) {
-        handler = handler->next;
-    }
-    if (handler != nullptr) {
-        rest.push_back('\0');
-        handler->parse_line(handler->config_token, rest.data());
-        wipe(rest);
-    }
-}
 
 /// Without the name of `file`, which whoever reports them tells.
 std::string errorsOf(const std::vector<LibraryLog::Line>& lines, const std::string& file)
@@ -175,12 +117,10 @@ void ConfigurationReload::remember(Content now)
 /// Nothing is taken over yet.
 std::optional<ConfigurationReload::Content> ConfigurationReload::read(std::string& fault)
 {
-    Lines lines;
-    collecting = &lines;
+    std::vector<Line> lines;
     log_.startKeeping();
-    const bool found = readWith(handlersFor({}, &collect), files_.configuration);
+    const bool found = collectLines(files_.configuration, lines);
     const auto kept = log_.stopKeeping();
-    collecting = nullptr;
     fault = found ? errorsOf(kept, files_.configuration) : "cannot be read";
     if (!fault.empty()) {
         return std::nullopt;
@@ -280,22 +220,13 @@ std::string ConfigurationReload::faultOf(const std::vector<User>& users)
 std::string ConfigurationReload::replaceAccess()
 {
     snmp_store(kApplicationName);
-    std::set<void (*)()> drops;
-    for (const auto* one = read_config_get_handlers(kApplicationName); one != nullptr;
-         one = one->next) {
-        if (accessWords().count(lowerCase(one->config_token)) != 0 && one->free_func != nullptr) {
-            drops.insert(one->free_func);
-        }
-    }
-    const auto dropAll = [&] {
-        for (auto* const drop : drops) {
-            drop();
-        }
+    const auto dropAll = [] {
+        dropWords(accessWords());
         vacm_standard_views(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, nullptr, nullptr);
     };
     dropAll();
     log_.startKeeping();
-    const bool found = readWith(handlersFor(accessWords(), &ignore), files_.configuration);
+    const bool found = takeWords(accessWords(), files_.configuration);
     const auto kept = log_.stopKeeping();
     const auto fault = found ? errorsOf(kept, files_.configuration) : "cannot be read";
     logWarnings(kept);
@@ -305,7 +236,7 @@ std::string ConfigurationReload::replaceAccess()
             takeLine(word, rest);
         }
     }
-    readWith(handlersFor(managersWords(), &ignore), files_.persistent);
+    takeWords(managersWords(), files_.persistent);
     return fault;
 }
 

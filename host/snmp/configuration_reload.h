@@ -1,12 +1,12 @@
 #pragma once
 
+#include "host/snmp/configuration_words.h"
 #include "host/snmp/library_log.h"
 
 #include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace talvik {
@@ -30,8 +30,7 @@ public:
     void run();
 
 private:
-    /// A word of the configuration, in small letters, and what stands behind it.
-    using Line = std::pair<std::string, std::string>;
+    using Line = ConfigurationLine;
 
     struct User {
         std::string name;
