@@ -15,8 +15,8 @@ PROGRAMS = {"talvikctl", "talvik-agentd", "talvik-backendd", "apt", "apt-get", "
             "snmpget", "snmpgetnext", "snmpset", "snmptable", "snmptranslate", "snmptrap", "snmptrapd", "snmptt", "snmpwalk",
             "sqlite3", "ss", "strace", "sudo", "systemctl", "tail", "tcpdump", "wget"}
 # First words of net-snmp's configuration; some are names of programs as well.
-SETTINGS = {"access", "agentAddress", "agentXPerms", "agentXTimeout", "agentaddress", "authCommunity", "authUser", "com2sec", "createUser", "disableAuthorization",
-            "group", "master", "rocommunity", "rouser", "rwcommunity", "rwuser", "sendMessageMaxSize", "sysContact",
+SETTINGS = {"access", "agentAddress", "agentXPerms", "agentXTimeout", "agentaddress", "authCommunity", "authUser",
+            "com2sec", "createUser", "disableAuthorization", "format2", "group", "master", "rocommunity", "rouser", "rwcommunity", "rwuser", "sendMessageMaxSize", "sysContact",
             "sysLocation", "traphandle", "view"}
 ASSIGNMENT = re.compile(r"^(?:export +)?[A-Za-z_]\w*=")
 ASSIGNED_FOR_ONE = re.compile(r"^(?:[A-Za-z_]\w*=(?:\"[^\"]*\"|'[^']*'|[^\s\"']+) +)+(?=\S)")

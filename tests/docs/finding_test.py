@@ -87,6 +87,7 @@ class TheList(unittest.TestCase):
         self.assertTrue(NotRun("./dev test", "", "", "").matches("./dev test"))
         self.assertFalse(NotRun("./dev test", "", "", "").matches("./dev test asan"))
         self.assertTrue(NotRun("./dev test*", "", "", "").matches("./dev test asan"))
+        self.assertTrue(NotRun("./dev test*", "", "", "").matches("A='b c' ./dev test asan"))
 
 
 if __name__ == "__main__":

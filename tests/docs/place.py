@@ -3,12 +3,15 @@
 What the pages write for everybody stands for something here: HOST:1161 is the agent's port, /run/talvik a folder.
 """
 
+import contextlib
 import json
 import os
 import pathlib
+import random
 import re
 import shutil
 import signal
+import socket
 import sqlite3
 import subprocess
 import sys
@@ -20,7 +23,7 @@ from pages import SOURCE
 sys.path.insert(0, str(SOURCE / "tests" / "e2e"))
 
 from backend_wire import BackendClient  # noqa: E402 (the path comes first)
-from talvik_e2e import AUTH, BIN, LIMIT, MODULE, PRIV, Daemon, free_port, wait_until  # noqa: E402
+from talvik_e2e import AUTH, BIN, LIMIT, MODULE, PRIV, Daemon, wait_until  # noqa: E402
 
 GOES_ON = ("talvikctl watch", "tail -f", "journalctl -f")
 OURS = ("talvik-agentd", "talvik-backendd", "talvikctl")
@@ -57,7 +60,7 @@ SHIM = """#!/bin/bash
 program={program}
 case "$(basename "$0") $*" in
     *--help* | *--version*) exec "$program" "$@" ;;
-    talvikctl\\ trap\\ list* | talvikctl\\ trap\\ add* | talvikctl\\ trap\\ modify* | talvikctl\\ trap\\ remove* | talvikctl\\ trap\\ show*)
+    talvikctl\\ trap\\ list* | talvikctl\\ trap\\ add* | talvikctl\\ trap\\ modify* | talvikctl\\ trap\\ remove*)
         case "$*" in *--agent*) ;; *) set -- "$@" --agent udp:127.0.0.1:{port} ;; esac ;;
     talvik-agentd*--check*) ;;
     talvik-agentd*)
@@ -77,6 +80,15 @@ exec bash {source}/tools/dev/run.sh --once --no-build --port {demo_port} --recei
 """
 
 
+def lasting_port():
+    """A UDP port that nobody has, below those that the system gives away: it is used only later, and more than once."""
+    while True:
+        port = random.randrange(16000, 32000)
+        with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe, contextlib.suppress(OSError):
+            probe.bind(("127.0.0.1", port))
+            return port
+
+
 class Done(NamedTuple):
     status: int
     lines: list  # what a terminal would show
@@ -88,7 +100,7 @@ class Place:
     def __init__(self, folder, user="admin", names=False):
         self.folder = pathlib.Path(folder)
         self.tree, self.shims, self.client = self.folder / "talvik", self.folder / "shims", self.folder / "client"
-        self.port, self.demo_port, self.receiver_port = free_port(), free_port(), free_port()
+        self.port, self.demo_port, self.receiver_port = (lasting_port() for _ in range(3))
         self.daemons, self.prelude, self.agent = [], [], None
         self._make_tree()
         self.state = self.tree / "build" / "release" / "var" / "lib" / "talvik"
@@ -196,7 +208,7 @@ class Place:
         return pathlib.PurePath(program).name in READY and not any(word in text.split() for word in ENDS_BY_ITSELF)
 
     def start(self, program, text):
-        """Starts what runs on, and waits until it is ready. An agent or a back end takes the place of the agent before it."""
+        """Starts what runs on, and waits until it is ready. An agent or a back end takes the place of the agent before."""
         name = pathlib.PurePath(program).name
         if name in ("talvik-agentd", "talvik-backendd") and self.agent:
             self.agent.stop()  # which has the folder's alarms

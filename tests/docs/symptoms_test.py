@@ -152,7 +152,8 @@ class Symptoms(unittest.TestCase):
         self.assert_said(SAID)
 
     def test_of_a_back_end_that_is_away(self):
-        back_end = self.place.start("talvik-backendd", "talvik-backendd --socket /run/talvik/backend.sock --state-dir /run/talvik/b")
+        back_end = self.place.start(
+            "talvik-backendd", "talvik-backendd --socket /run/talvik/backend.sock --state-dir /run/talvik/state")
         self.place.start("talvik-agentd", "talvik-agentd --backend unix:/run/talvik/backend.sock")
         back_end.stop()
 

@@ -23,7 +23,7 @@ CHARACTER, LINE, FONT_SIZE = 7.25, 16, 12  # pixels
 MARGIN, BAR = 14, 28
 
 STYLE = """\
-text { font-family: ui-monospace, "DejaVu Sans Mono", Menlo, Consolas, monospace; font-size: %dpx; fill: #dfe7ef; white-space: pre; }
+text { font-family: ui-monospace, "DejaVu Sans Mono", Menlo, Consolas, monospace; font-size: %dpx; fill: #dfe7ef; }
 .stage { fill: #8fd18f; font-weight: bold; }
 .typed { fill: #8fbff0; font-weight: bold; }
 @media (prefers-reduced-motion: no-preference) {
@@ -112,7 +112,9 @@ def svg_of(cast):
 {STYLE % (FONT_SIZE, chr(10).join(rules))}
 </style>
 <rect width="{width}" height="{height}" rx="8" fill="#1b2a3a"/>
-<circle cx="18" cy="14" r="5" fill="#e06c60"/><circle cx="36" cy="14" r="5" fill="#e5b567"/><circle cx="54" cy="14" r="5" fill="#7fb77e"/>
+<circle cx="18" cy="14" r="5" fill="#e06c60"/>
+<circle cx="36" cy="14" r="5" fill="#e5b567"/>
+<circle cx="54" cy="14" r="5" fill="#7fb77e"/>
 <svg x="{MARGIN}" y="{BAR}" width="{width - 2 * MARGIN}" height="{ROWS * LINE}">
 <g class="screen" transform="translate(0 {end})">
 {body}
