@@ -11,7 +11,7 @@ import unittest
 
 from commands import commands_of_page, differs, kind_of, program_of, unaccounted
 from pages import SOURCE, all_pages
-from place import GOES_ON, Place, write_files
+from place import GOES_ON, Place, lasting_port, write_files
 from scenes import MADE, NOT_RUN, OUTPUTS, OUTPUTS_ELSEWHERE, SCENES, SETTINGS_ELSEWHERE, Scene
 from talvik_e2e import wait_until
 
@@ -183,7 +183,7 @@ class Commands(unittest.TestCase):
     def check_receiver_settings(self, place, text, where):
         file = place.folder / "snmptrapd.conf"
         file.write_text(place.here(text.replace("0x80001F88...", "0x80001F8880E1CB37E90C54F12D")) + "\n")
-        daemon = place.start("snmptrapd", f"snmptrapd -f -Lo -n -C -c {file} udp:127.0.0.1:{place.receiver_port}")
+        daemon = place.start("snmptrapd", f"snmptrapd -f -Lo -n -C -c {file} udp:127.0.0.1:{lasting_port()}")
         daemon.stop()
         self.assertNotRegex(daemon.log(), "(?i)warning|error|unknown", where)
 
