@@ -82,7 +82,7 @@ SCENES = {
         "talvikctl alarm clear 17": alarm(17),
         "talvikctl trap test 1": receiver(1),
     }),
-    "docs/operating.md": Scene(before={
+    "docs/day-to-day.md": Scene(before={
         "cd STATE-FOLDER": damaged_file,
         "snmptable $M $SNMP -Ci -Cb HOST:1161 talvikAlarmTable": back_to_the_tree,
         "talvikctl trap test 5": receiver(5),

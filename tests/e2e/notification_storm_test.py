@@ -7,7 +7,7 @@ from talvik_e2e import TABLE, topology, wait_until
 
 ALARMS = 10000
 ARRIVAL_LIMIT = 200  # seconds
-GROWTH = 16 * 1024  # KiB, as docs/operating.md promises
+GROWTH = 16 * 1024  # KiB, as docs/day-to-day.md promises
 
 
 def is_sanitized(pid):

@@ -21,7 +21,7 @@ INTRODUCTION = f"""\
 
 Every object and notification of the private MIB. The page is made of `mibs/KEL-TALVIK-MIB.txt`, which managers load, and of
 `mibs/KEL-TALVIK-MIB.json`, which the agent loads; [mibs/README.md](../mibs/README.md) says how to load it, and
-[operating.md](operating.md) how to work with it. Tools show an Unsigned32 as Gauge32: in messages the two are one type."""
+[day-to-day.md](day-to-day.md) how to work with it. Tools show an Unsigned32 as Gauge32: in messages the two are one type."""
 FOOT = "[The guide](README.md) · Next: [Back-end protocol](backend-protocol.md)"
 
 
