@@ -1,4 +1,4 @@
-"""docs/mib-reference.md is what the MIB says now."""
+"""docs/mib-reference.md and docs/agent-mib-reference.md are what the MIBs say now."""
 
 import json
 import pathlib
@@ -8,7 +8,7 @@ import unittest
 
 from mib_facts import MIB_DESCRIPTION, MIB_TEXT, read_mib
 
-from mib_reference import COMMAND, REFERENCE, reference
+from mib_reference import AGENT_MIB, AGENT_REFERENCE, COMMAND, REFERENCE, agent_reference, reference
 
 
 class MibReference(unittest.TestCase):
@@ -20,6 +20,20 @@ class MibReference(unittest.TestCase):
     def test_is_up_to_date(self):
         current = REFERENCE.read_text() == reference()  # not assertEqual: two pages of differences help nobody
         self.assertTrue(current, f"{REFERENCE.name} is not what the MIB says now: run {COMMAND} and commit the result")
+
+    def test_of_the_agent_is_up_to_date_and_has_every_object(self):
+        page = AGENT_REFERENCE.read_text()
+        self.assertTrue(page == agent_reference(), f"{AGENT_REFERENCE.name} is not what the MIB says now: run {COMMAND}")
+        module = read_mib(AGENT_MIB)
+        self.assertGreater(len(module.objects()), 20)
+        for one in module.objects() + module.tables:
+            self.assertRegex(page, rf"(?m)^###+ {one.name}\n\n`{re.escape(one.oid)}`")
+
+    def test_of_the_agent_changes_with_its_text(self):
+        (self.folder / MIB_TEXT.name).write_text(MIB_TEXT.read_text())  # which it imports from
+        text = self.folder / AGENT_MIB.name
+        text.write_text(AGENT_MIB.read_text().replace("The version of the agent.", "The release of the agent."))
+        self.assertIn("The release of the agent.", agent_reference(text))
 
     def test_changes_with_the_text_and_with_the_description(self):
         text = self.folder / MIB_TEXT.name

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Makes docs/mib-reference.md of the MIB: its text, as libsmi reads it, and the description that the agent loads.
+"""Makes docs/mib-reference.md of the MIB: its text, as libsmi reads it, and the description that the agent loads; and
+docs/agent-mib-reference.md of the text of the MIB that tells the agent's health.
 
-Without arguments it writes the file. --check says whether the file is what it would write, and ends with 1 if not.
+Without arguments it writes both. --check says whether the files are what it would write, and ends with 1 if not.
 """
 
 import argparse
@@ -13,6 +14,8 @@ import textwrap
 from mib_text import MIB_DESCRIPTION, SOURCE, MibTextError, read_mib
 
 REFERENCE = SOURCE / "docs" / "mib-reference.md"
+AGENT_REFERENCE = SOURCE / "docs" / "agent-mib-reference.md"
+AGENT_MIB = SOURCE / "mibs" / "TALVIK-AGENT-MIB.txt"
 COMMAND = "tools/dev/mib_reference.py"
 WIDTH = 128
 
@@ -22,7 +25,13 @@ INTRODUCTION = f"""\
 Every object and notification of the private MIB. The page is made of `mibs/KEL-TALVIK-MIB.txt`, which managers load, and of
 `mibs/KEL-TALVIK-MIB.json`, which the agent loads; [mibs/README.md](../mibs/README.md) says how to load it, and
 [day-to-day.md](day-to-day.md) how to work with it. Tools show an Unsigned32 as Gauge32: in messages the two are one type."""
-FOOT = "[The guide](README.md) · Next: [Back-end protocol](backend-protocol.md)"
+FOOT = "[The guide](README.md) · Next: [MIB reference: the agent's health](agent-mib-reference.md)"
+AGENT_INTRODUCTION = f"""\
+<!-- Made by {COMMAND} of mibs/TALVIK-AGENT-MIB.txt. Change that and run it again. -->
+
+Every object of what the agent tells of itself. The page is made of `mibs/TALVIK-AGENT-MIB.txt`;
+[operations.md](operations.md#health-of-the-agent) says which of them are worth an alarm."""
+AGENT_FOOT = "[The guide](README.md) · Next: [Back-end protocol](backend-protocol.md)"
 
 
 def wrapped(text, start="", indent=""):
@@ -104,7 +113,7 @@ class Page:
     def tables(self):
         self.add("## Tables")
         for table in self.module.tables:
-            told = self.told[table.name]
+            told = self.told.get(table.name, {})
             parts = [f"`{table.oid}`", "index " + ", ".join(f"`{name}`" for name in table.index)]
             parts += [f"rows are created and deleted by `{told['rowStatus']}`"] if "rowStatus" in told else []
             if told.get("answerLifetimeMs"):
@@ -118,6 +127,8 @@ class Page:
             self.objects(table.columns)
 
     def notifications(self):
+        if not self.module.notifications:
+            return
         objects = {one.name: one for one in self.module.notification_objects}
         self.add("## Notifications")
         for one in self.module.notifications:
@@ -135,6 +146,8 @@ class Page:
             self.objects(members)
 
     def types(self):
+        if not self.module.conventions:
+            return
         self.add("## Textual conventions")
         for one in self.module.conventions:
             bounds = "".join(f", {low} to {high} octets" for low, high in one.syntax.own_bounds)
@@ -153,8 +166,8 @@ class Page:
         self.table(("Date (UTC)", "What changed"), [(date, self.inline(" ".join(text.split())))
                                                     for date, text in self.module.revisions])
 
-    def text(self):
-        self.add(f"# MIB reference: {self.module.name}", INTRODUCTION)
+    def text(self, introduction, foot):
+        self.add(f"# MIB reference: {self.module.name}", introduction)
         self.prose(self.module.description)
         self.overview()
         self.tables()
@@ -165,7 +178,7 @@ class Page:
         self.notifications()
         self.types()
         self.conformance()
-        self.add("---", FOOT)
+        self.add("---", foot)
         return "\n\n".join(self.parts) + "\n"
 
 
@@ -180,7 +193,12 @@ def first_sentence(text):
 def reference(path=None, description=None):
     """The page for the MIB in those files; those of the source tree if there are none."""
     module = read_mib(path) if path else read_mib()
-    return Page(module, json.loads((description or MIB_DESCRIPTION).read_text())).text()
+    return Page(module, json.loads((description or MIB_DESCRIPTION).read_text())).text(INTRODUCTION, FOOT)
+
+
+def agent_reference(path=AGENT_MIB):
+    """The page of the agent's health; the agent needs no description of it."""
+    return Page(read_mib(path), {"tables": []}).text(AGENT_INTRODUCTION, AGENT_FOOT)
 
 
 def main():
@@ -188,13 +206,14 @@ def main():
     parser.add_argument("--check", action="store_true", help="write nothing, say whether the file is up to date")
     arguments = parser.parse_args()
     try:
-        text = reference()
+        texts = {REFERENCE: reference(), AGENT_REFERENCE: agent_reference()}
     except MibTextError as error:
         sys.exit(f"mib_reference: {error}")
-    if not arguments.check:
-        REFERENCE.write_text(text)
-    elif not REFERENCE.exists() or REFERENCE.read_text() != text:
-        sys.exit(f"{REFERENCE.relative_to(SOURCE)} is not what the MIB says now; run {COMMAND}")
+    for page, text in texts.items():
+        if not arguments.check:
+            page.write_text(text)
+        elif not page.exists() or page.read_text() != text:
+            sys.exit(f"{page.relative_to(SOURCE)} is not what the MIB says now; run {COMMAND}")
 
 
 if __name__ == "__main__":
