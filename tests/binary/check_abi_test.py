@@ -14,6 +14,9 @@ parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--library", required=True, help="the library that names all types of the border")
 options = parser.parse_args()
 
+STORED = {"boundary.xml": "--description", "layout.txt": "--layout", "platform_symbols.txt": "--symbols",
+          "boundary_types.cpp": "--types"}
+
 
 class CheckAbi(unittest.TestCase):
     def report(self, what, stored, pattern, replacement):
@@ -21,12 +24,11 @@ class CheckAbi(unittest.TestCase):
         with open(os.path.join(HERE, stored), encoding="utf-8") as text:
             changed, count = re.subn(pattern, replacement, text.read(), count=1, flags=re.S)
         self.assertEqual(count, 1, "the stored form has no such place")
-        option = "--description" if what == "compare" else "--layout"
-        with tempfile.NamedTemporaryFile("w", suffix=".xml", encoding="utf-8") as file:
+        with tempfile.NamedTemporaryFile("w", suffix=f"-{stored}", encoding="utf-8") as file:
             file.write(changed)
             file.flush()
             done = subprocess.run([sys.executable, os.path.join(HERE, "check_abi.py"), what, "--library", options.library,
-                                   option, file.name], capture_output=True, text=True, check=False)
+                                   STORED[stored], file.name], capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 1, done.stdout + done.stderr)
         self.assertIn("./dev abi --update", done.stdout)
         return done.stdout
@@ -51,6 +53,22 @@ class CheckAbi(unittest.TestCase):
         told = self.report("layout", "layout.txt", r"CTLVCell::ETLVType: TLV_INT = 4", "CTLVCell::ETLVType: TLV_INT = 5")
         self.assertRegex(told, r"has, and \S+ lacks: CTLVCell::ETLVType: TLV_INT = 4")
         self.assertRegex(told, r"lacks: CTLVCell::ETLVType: TLV_INT = 5")
+
+    def test_tells_of_what_the_host_supplies_and_nothing_names(self):
+        for stored, pattern, replacement, expected in (
+                ("platform_symbols.txt", r"\nSnmpUtil::CheckTrapIndOK\(", r"\nSnmpUtil::CheckTrapFarOK(",
+                 r"has SnmpUtil::CheckTrapFarOK\(tTrapDestInfo&\), which \S+ does not describe: it must be named: "
+                 r"decltype\(&SnmpUtil::CheckTrapFarOK\)"),
+                ("platform_symbols.txt", r"\nCKELDebugKitMgr::~CKELDebugKitMgr", r"\nCKELOtherKit::~CKELOtherKit",
+                 r"CKELOtherKit::~CKELOtherKit\(\), which \S+ does not describe: the class must be named: CKELOtherKit\*"),
+                ("platform_symbols.txt", r"CSnmpTableBase::GetTableInfo\(", "CSnmpTableBase::GetOtherInfo(",
+                 r"decltype\(&CSnmpTableBase::GetOtherInfo\)"),
+                ("boundary_types.cpp", r"\ndecltype\(&memcpy_s\) copy;", "", r"has memcpy_s, .*: decltype\(&memcpy_s\)"),
+                ("boundary_types.cpp", r"decltype\(free\(&CTLVCell::set_i\)\)", "decltype(free(&CTLVCell::set_d))",
+                 r"decltype\(&CTLVCell::set_i\)"),
+                ("boundary.xml", r'var-decl name="copy"', 'var-decl name="other"', r"named \(copy\), but not stored")):
+            with self.subTest(expected):
+                self.assertRegex(self.report("named", stored, pattern, replacement), expected)
 
 
 if __name__ == "__main__":
