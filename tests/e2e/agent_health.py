@@ -2,17 +2,9 @@
 
 import re
 
-from talvik_e2e import EVERYTHING, HEALTH, SOURCE
+from talvik_e2e import EVERYTHING, HEALTH
 
-TEXT = SOURCE / "mibs" / "TALVIK-AGENT-MIB.txt"
 NEVER = "00 00 00 00 00 00 00 00"
-
-
-def objects_of_the_text():
-    """Name and syntax of each object that managers can read, in the order of the text."""
-    return [(name, syntax) for name, syntax, access in
-            re.findall(r"^(\w+) OBJECT-TYPE\s+SYNTAX\s+(\w+).*?MAX-ACCESS\s+(\S+)", TEXT.read_text(),
-                       re.MULTILINE | re.DOTALL) if access == "read-only"]
 
 
 class HealthReader:

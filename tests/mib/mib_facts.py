@@ -1,4 +1,4 @@
-"""What KEL-TALVIK-MIB says, fact by fact: from the text by libsmi and by net-snmp, and from the agent's description.
+"""What the MIBs say, fact by fact: from the text by libsmi and by net-snmp, and from the agent's description.
 
 A fact is a value under the name that it is about and what it tells of it, such as ("talvikTrapPort", "access").
 """
@@ -13,7 +13,7 @@ import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools" / "dev"))
 
-from mib_text import LIMIT, MIB_DESCRIPTION, MIB_TEXT, STUBS, read_mib  # noqa: E402
+from mib_text import AGENT_MIB_TEXT, LIMIT, MIB_DESCRIPTION, MIB_TEXT, STUBS, read_mib  # noqa: E402
 
 DATE_AND_TIME = "DateAndTime"
 
@@ -89,7 +89,7 @@ BLOCK = re.compile(r"^(?P<name>\w+) (?:OBJECT|NOTIFICATION)-TYPE\n(?P<clauses>.*
 
 def facts_of_net_snmp(names, path=MIB_TEXT):
     """As net-snmp's parser reads the objects and notifications of these names; it does not keep all that libsmi does."""
-    result = run_tool("snmptranslate", "-m", path, "-Td", *(f"KEL-TALVIK-MIB::{name}" for name in names), path=path)
+    result = run_tool("snmptranslate", "-m", path, "-Td", *(f"{path.stem}::{name}" for name in names), path=path)
     if result.returncode != 0:
         raise AssertionError(result.stderr)
     facts = {}

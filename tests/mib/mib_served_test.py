@@ -1,76 +1,18 @@
 """What a running agent serves, accepts and sends is what the MIB's text says."""
 
-import dataclasses
 import json
 import unittest
 
 from mib_agent import ALARMS, MibAgentTest, id_without_oid
-from mib_facts import DATE_AND_TIME, MIB_DESCRIPTION, read_mib
+from mib_facts import MIB_DESCRIPTION, read_mib
+from mib_walk import LETTERS, WIRE, altered, cells_of, name_of, value_faults, walk_faults, write_faults
 
 from notifications import DISK_FAILED, TRAP_OID, disk
 from snmp_wire import COUNTER64, GAUGE, INTEGER, NO_SUCH_OBJECT, OCTETS
 from talvik_e2e import HEALTH, ROOT, wait_until
 
-WIRE = {"INTEGER": INTEGER, "OCTET STRING": OCTETS, "Unsigned32": GAUGE, "Gauge32": GAUGE, "Counter64": COUNTER64}
-LETTERS = {INTEGER: "i", OCTETS: "s", GAUGE: "u"}
+CLEARS = [("talvikClearAlarm", ALARMS[0].serial)]  # what it has itself says nothing
 TRAP_TYPES = {"Hex-STRING": OCTETS, "INTEGER": INTEGER, "Gauge32": GAUGE, "Counter64": COUNTER64}
-READABLE = ("read-only", "read-write", "read-create")
-WRITABLE = ("read-write", "read-create")
-
-
-def name_of(one):
-    return f".{one.oid}"
-
-
-def value_faults(one, tag, value):
-    """What is wrong with a value of that object."""
-    if tag != WIRE[one.syntax.base]:
-        return [f"{one.name}: type {tag:#x} where the text has {one.syntax.base}"]
-    if one.syntax.labels:
-        known = value in one.syntax.labels.values()
-        return [] if known else [f"{one.name}: {value} is no number of its enumeration"]
-    bounds, measure = one.syntax.bounds, len(value) if tag == OCTETS else value
-    faults = []
-    if bounds and tag != COUNTER64 and not any(low <= measure <= high for low, high in bounds):
-        faults.append(f"{one.name}: {measure} is not within {bounds}")
-    if tag == OCTETS and one.syntax.written != DATE_AND_TIME:
-        try:
-            value.decode()
-        except UnicodeDecodeError:
-            faults.append(f"{one.name}: no UTF-8")
-    return faults
-
-
-def table_faults(table, cells):
-    """What is wrong with a table, given its cells on the wire; takes them away from there."""
-    rows, faults = {}, []
-    for column in table.columns:
-        start = name_of(column) + "."
-        mine = {name: cells.pop(name) for name in list(cells) if name.startswith(start)}
-        if mine and column.access not in READABLE:
-            faults.append(f"{column.name}: is served although it is {column.access}")
-        for name, (tag, value) in mine.items():
-            rows.setdefault(name[len(start):], {})[column.name] = value
-            faults += value_faults(column, tag, value)
-    if not rows:
-        faults.append(f"{table.name}: has no rows")
-    for suffix, row in rows.items():
-        missing = {column.name for column in table.columns if column.access in READABLE} - set(row)
-        faults += [f"{name}: is not served" for name in sorted(missing)]
-        index = [row.get(name) for name in table.index]
-        if suffix.split(".") != [str(value) for value in index]:
-            faults.append(f"{table.name}: row {suffix} has the index {index}")
-    return faults
-
-
-def walk_faults(module, cells):
-    """What is wrong with a walk over the whole module; `cells` are type and value by name."""
-    cells = dict(cells)
-    faults = [fault for table in module.tables for fault in table_faults(table, cells)]
-    for scalar in module.scalars:
-        found = cells.pop(name_of(scalar) + ".0", None)
-        faults += value_faults(scalar, *found) if found else [f"{scalar.name}: is not served"]
-    return faults + [f"{name}: is served, but the text has no object there" for name in cells]
 
 
 def notification_faults(module, notification):
@@ -86,22 +28,6 @@ def notification_faults(module, notification):
         faults.append(f"{definition.name}: its objects are {[name for name, *_ in bindings]}")
     for name, (_, kind, value) in zip(definition.members, bindings):
         faults += value_faults(objects[name], TRAP_TYPES[kind], value)
-    return faults
-
-
-def write_faults(module, manager, cells):
-    """What of a walk's cells can be written and should not, or cannot and should; each is set to what it has."""
-    faults = []
-    for name, (tag, value) in cells.items():
-        one = next(one for one in module.objects() if name.startswith(name_of(one) + "."))
-        if tag == COUNTER64:
-            faults += [f"{one.name}: no SET can carry a Counter64"] if one.access in WRITABLE else []
-            continue
-        if one.name == "talvikClearAlarm":
-            value = ALARMS[0].serial  # what it has says nothing
-        error = manager.set((name, LETTERS[tag], value)).error
-        if error != ("noError" if one.access in WRITABLE else "notWritable"):
-            faults.append(f"{one.name}: a SET of row {name[len(name_of(one)) + 1:]} is answered {error}")
     return faults
 
 
@@ -129,20 +55,6 @@ def limit_faults(module, manager):
     return faults
 
 
-def altered(module, name, **changes):
-    """The module with an object that is otherwise; among the changes those of its syntax."""
-    def change(one):
-        if one.name != name:
-            return one
-        of_syntax = {key: value for key, value in changes.items() if hasattr(one.syntax, key)}
-        others = {key: value for key, value in changes.items() if key not in of_syntax}
-        return dataclasses.replace(one, syntax=dataclasses.replace(one.syntax, **of_syntax), **others)
-
-    tables = [dataclasses.replace(table, columns=[change(column) for column in table.columns]) for table in module.tables]
-    return dataclasses.replace(module, tables=tables, scalars=[change(one) for one in module.scalars],
-                               notification_objects=[change(one) for one in module.notification_objects])
-
-
 class MibServed(MibAgentTest):
     @classmethod
     def setUpClass(cls):
@@ -150,8 +62,8 @@ class MibServed(MibAgentTest):
         cls.columns = {column.name: column for table in cls.module.tables for column in table.columns}
 
     def walk_of_all(self, agent):
-        return {one.name: (one.tag, int.from_bytes(one.value, "big") if one.tag == COUNTER64 else one.value)
-                for one in self.manager(agent).walk(ROOT) if not one.name.startswith(HEALTH)}
+        cells = cells_of(self.manager(agent), ROOT)
+        return {name: cell for name, cell in cells.items() if not name.startswith(HEALTH + ".")}
 
     def filled(self, **changes):
         self.receiver = self.trap_socket()
@@ -180,7 +92,7 @@ class MibServed(MibAgentTest):
     def test_what_can_be_written_is_what_the_text_says(self):
         agent = self.filled()
         manager, cells = self.manager(agent), self.walk_of_all(agent)
-        self.assertEqual(write_faults(self.module, manager, cells), [])
+        self.assertEqual(write_faults(self.module, manager, cells, CLEARS), [])
         self.assertEqual(limit_faults(self.module, manager), [])
 
     def test_the_row_status_takes_what_the_compliance_statement_says(self):
@@ -205,7 +117,7 @@ class MibServed(MibAgentTest):
         self.write(f"mibs/{MIB_DESCRIPTION.name}", json.dumps(description))
         agent = self.filled(mib_dir=self.folder / "mibs")
         manager, cells = self.manager(agent), self.walk_of_all(agent)
-        self.assertEqual(write_faults(self.module, manager, cells),
+        self.assertEqual(write_faults(self.module, manager, cells, CLEARS),
                          [f"talvikTrapUsableAddress: a SET of row {row} is answered notWritable" for row in (1, 2)])
         faults = limit_faults(self.module, manager)
         for expected in ("talvikTrapType: 3 is answered wrongValue", "talvikTrapPort: 1 is answered wrongValue",

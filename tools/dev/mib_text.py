@@ -1,4 +1,4 @@
-"""KEL-TALVIK-MIB as libsmi's smidump reads it; for the MIB reference and for tests."""
+"""The MIBs in mibs/ as libsmi's smidump reads them; for the MIB references and for tests."""
 
 import os
 import pathlib
@@ -10,6 +10,7 @@ from dataclasses import dataclass
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 MIB_TEXT = SOURCE / "mibs" / "KEL-TALVIK-MIB.txt"
+AGENT_MIB_TEXT = SOURCE / "mibs" / "TALVIK-AGENT-MIB.txt"
 MIB_DESCRIPTION = SOURCE / "mibs" / "KEL-TALVIK-MIB.json"
 STUBS = SOURCE / "tests" / "mib" / "stubs"
 
