@@ -11,11 +11,10 @@ import re
 import sys
 import textwrap
 
-from mib_text import MIB_DESCRIPTION, SOURCE, MibTextError, read_mib
+from mib_text import AGENT_MIB_TEXT, MIB_DESCRIPTION, SOURCE, MibTextError, read_mib
 
 REFERENCE = SOURCE / "docs" / "mib-reference.md"
 AGENT_REFERENCE = SOURCE / "docs" / "agent-mib-reference.md"
-AGENT_MIB = SOURCE / "mibs" / "TALVIK-AGENT-MIB.txt"
 COMMAND = "tools/dev/mib_reference.py"
 WIDTH = 128
 
@@ -196,7 +195,7 @@ def reference(path=None, description=None):
     return Page(module, json.loads((description or MIB_DESCRIPTION).read_text())).text(INTRODUCTION, FOOT)
 
 
-def agent_reference(path=AGENT_MIB):
+def agent_reference(path=AGENT_MIB_TEXT):
     """The page of the agent's health; the agent needs no description of it."""
     return Page(read_mib(path), {"tables": []}).text(AGENT_INTRODUCTION, AGENT_FOOT)
 
