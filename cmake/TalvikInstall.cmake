@@ -63,7 +63,8 @@ talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvik-agentd.8" sh
 talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvik-backendd.8" share/man/man8 talvik-backendd.8)
 talvik_install_compressed(agent "${TALVIK_PACKAGING_DIR}/man/talvikctl.1" share/man/man1 talvikctl.1)
 talvik_install_documents(agent talvik-agent
-    docs/operations.md docs/day-to-day.md docs/trap-settings.md docs/troubleshooting.md docs/talvikctl.md)
+    docs/operations.md docs/day-to-day.md docs/trap-settings.md docs/troubleshooting.md docs/talvikctl.md
+    docs/agent-mib-reference.md)
 
 # The system's agent has SNMP's own port; the sample has one that needs no privilege.
 file(READ etc/talvik-agentd.conf sample)
