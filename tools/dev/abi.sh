@@ -16,6 +16,7 @@ check() { python3 "$root/tests/binary/check_abi.py" "$@" --library "$library"; }
 say "abi: $what"
 status=0
 check "$what" || status=1
+check named || status=1
 symbols=check
 [ "$what" = compare ] || symbols=write
 python3 "$root/tests/binary/platform_table.py" "$symbols" --file "$root/build/release/lib/libSnmpTalvikMibModule.so" || status=1
