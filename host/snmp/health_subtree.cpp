@@ -1,5 +1,6 @@
 #include "host/snmp/health_subtree.h"
 
+#include "host/platform/utf8_text.h"
 #include "host/snmp/varbind.h"
 #include "platform/time_conversion.h"
 
@@ -25,10 +26,21 @@ constexpr unsigned long kServed = 2;
 constexpr unsigned long kTable = 1;
 constexpr unsigned long kEntry = 1;
 
+/// Cut where it is too long; between two characters, if it is UTF-8.
 SnmpValue text(std::string octets)
 {
     constexpr std::size_t kMost = 255;
-    octets.resize(std::min(octets.size(), kMost));
+    constexpr std::size_t kLongestCharacter = 4;
+    if (octets.size() > kMost) {
+        auto end = kMost;
+        for (auto at = kMost - kLongestCharacter + 1; at < kMost; ++at) {
+            if (at + utf8CharacterAt(octets, at).length > kMost) {
+                end = at;
+                break;
+            }
+        }
+        octets.resize(end);
+    }
     return {Syntax::OctetString, 0, std::move(octets)};
 }
 
@@ -130,7 +142,7 @@ void answerGet(const Instances& instances, netsnmp_agent_request_info* info,
     // Whatever begins as an object that is served lacks the instance, the rest the object.
     const auto depth = suffix.empty() || suffix.front() == kScalars ? 2U : 4U;
     const bool known = std::any_of(instances.begin(), instances.end(), [&](const Instance& one) {
-        return suffix.size() > depth &&
+        return std::min(suffix.size(), one.first.size()) > depth &&
                std::equal(suffix.begin(), suffix.begin() + depth, one.first.begin());
     });
     netsnmp_set_request_error(info, request, known ? SNMP_NOSUCHINSTANCE : SNMP_NOSUCHOBJECT);
