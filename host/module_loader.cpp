@@ -8,8 +8,10 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <list>
+#include <optional>
 #include <set>
 
 namespace talvik {
@@ -22,6 +24,27 @@ std::string loaderError()
 {
     const char* text = dlerror();
     return text == nullptr ? "unknown reason" : text;
+}
+
+using MadeHandlers = std::list<std::pair<const std::string, CSnmpHandler*>>;
+
+/// Takes over what a module has handed out, each object once, whatever is wrong with it. `shared`
+/// gets the OIDs of an object that stands under two.
+LoadedModule::Handlers takeOver(const MadeHandlers& made, std::optional<std::string>& shared)
+{
+    LoadedModule::Handlers handlers;
+    for (const auto& [id, handler] : made) {
+        const CSnmpHandler* const object = handler;
+        const auto owner = std::find_if(handlers.begin(), handlers.end(), [&](const auto& owned) {
+            return object != nullptr && owned.second.get() == object;
+        });
+        if (owner == handlers.end()) {
+            handlers.emplace_back(id, std::unique_ptr<CSnmpHandler>(handler));
+        } else {
+            shared = owner->first + " and " + id;
+        }
+    }
+    return handlers;
 }
 
 }  // namespace
@@ -86,14 +109,15 @@ std::string LoadedModule::mibFileName() const
 
 LoadedModule::Handlers LoadedModule::makeHandlers() const
 {
-    std::list<std::pair<const std::string, CSnmpHandler*>> made;
+    MadeHandlers made;
     const auto failure = callHandler([&] { module_->getSvcHandler(made); });
-    Handlers handlers;
-    for (const auto& [id, handler] : made) {
-        handlers.emplace_back(id, std::unique_ptr<CSnmpHandler>(handler));
-    }
+    std::optional<std::string> shared;
+    Handlers handlers = takeOver(made, shared);
     if (failure) {
         refuse("getSvcHandler failed: " + *failure);
+    }
+    if (shared) {
+        refuse("has one handler object for " + *shared + "; each takes one of its own");
     }
     if (handlers.empty()) {
         refuse("serves no subtree");

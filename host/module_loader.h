@@ -31,7 +31,7 @@ public:
     std::string mibFileName() const;
 
     /// New handlers for all subtrees of the module. Throws `StartupError` when the module fails, or
-    /// hands over no handler, a null one or two for one OID.
+    /// hands over no handler, a null one, one twice or two for one OID.
     Handlers makeHandlers() const;
 
     const std::string& path() const { return path_; }

@@ -24,6 +24,8 @@ BROKEN = [
     ("handlers_throw", "getSvcHandler failed: CKEL_Exception: no second handler"),
     ("no_handlers", "serves no subtree"),
     ("null_handler", f"has no handler for {TABLE.strip('.')}"),
+    ("one_handler_for_two_oids", f"has one handler object for {TABLE.strip('.')} and 1.3.6.1.4.1.99999.2.91.10.4.1",
+     "each takes one of its own"),
     ("two_handlers_for_one_oid", f"has two handlers for {TABLE.strip('.')}"),
     ("unknown_oid", "serves 1.3.6.1.4.1.99999.2.91.77.1", "describes no table or scalar there"),
 ]
