@@ -16,6 +16,7 @@
 #include <iostream>
 #include <list>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -26,6 +27,22 @@ namespace {
 const std::string kTopology = "1.3.6.1.4.1.99999.2.91.9.1";
 
 using Package = CTLVPackageV3<TLVMsgHeadV3>;
+
+/// Runs `call`, which goes into the module, and answers what it answers. Whatever it throws ends
+/// here, with its text copied: the exception is the module's, and its code goes when the module is
+/// unloaded.
+template <typename Call>
+auto inModule(const std::string& name, Call&& call)
+{
+    std::string reason = "an exception of an unknown type";
+    try {
+        return call();
+    } catch (const std::exception& error) {
+        reason = error.what();
+    } catch (...) {  // keeps its reason
+    }
+    throw std::runtime_error(name + " failed: " + reason);
+}
 
 /// The shared object, unloaded when this goes. Whatever the module made must be gone by then: its
 /// code goes with it.
@@ -56,8 +73,8 @@ public:
         if (factory == nullptr) {
             throw std::runtime_error(std::string("this is no MIB module: ") + dlerror());
         }
-        std::unique_ptr<CSNMP_Svc_Module> module(
-            reinterpret_cast<SNMP_SvcModuleCreatorType>(factory)());
+        std::unique_ptr<CSNMP_Svc_Module> module(inModule(
+            "SNMP_SvcModuleCreator", reinterpret_cast<SNMP_SvcModuleCreatorType>(factory)));
         if (!module) {
             throw std::runtime_error("the module could not be set up; its log lines say why");
         }
@@ -75,10 +92,23 @@ using Handlers = std::vector<std::pair<std::string, std::unique_ptr<CSnmpHandler
 Handlers handlersOf(CSNMP_Svc_Module& module)
 {
     std::list<std::pair<const std::string, CSnmpHandler*>> made;
-    module.getSvcHandler(made);
-    Handlers handlers;
+    std::string fault;
+    try {
+        inModule("getSvcHandler", [&] { module.getSvcHandler(made); });
+    } catch (const std::runtime_error& error) {
+        fault = error.what();
+    }
+    Handlers handlers;  // own what the module has made, each object once, also if there is a fault
+    std::set<const CSnmpHandler*> seen;
     for (const auto& [subtree, handler] : made) {
-        handlers.emplace_back(subtree, handler);  // from now on the handlers are this host's
+        if (handler != nullptr && seen.insert(handler).second) {
+            handlers.emplace_back(subtree, handler);
+        } else if (fault.empty()) {
+            fault = "the module has no handler of its own for " + subtree;
+        }
+    }
+    if (!fault.empty()) {
+        throw std::runtime_error(fault);
     }
     return handlers;
 }
@@ -119,7 +149,9 @@ void showTopology(const std::string& moduleFile, const std::string& deviceFile)
     context.pduType = 160;  // a Get
     const Package request;  // this table is answered whole, so there is nothing to ask for
     Package answer;
-    const int result = handlerOf(kTopology, handlers).OnQueryTable(context, request, answer);
+    auto& handler = handlerOf(kTopology, handlers);
+    const int result =
+        inModule("OnQueryTable", [&] { return handler.OnQueryTable(context, request, answer); });
     if (result != 0) {
         throw std::runtime_error("the query failed with result " + std::to_string(result));
     }
