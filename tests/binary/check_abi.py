@@ -20,6 +20,7 @@ import tempfile
 import xml.etree.ElementTree as xml
 
 import abi_description
+import check_binary
 import platform_table
 
 SKIPPED = 77
@@ -46,15 +47,8 @@ def compare(options):
     return 1
 
 
-def reviewed(path):
-    with open(path, encoding="utf-8") as lines:
-        entries = [line.split("#", 1)[0].strip() for line in lines]
-    return [entry for entry in entries if entry]
-
-
 def report(wanted, found, source, path):
-    extra = [entry for entry in found if entry not in wanted]
-    missing = [entry for entry in wanted if entry not in found]
+    extra, missing = check_binary.differences(found, wanted)
     for entry in extra:
         print(f"{source} has, and {path} lacks: {entry}")
     for entry in missing:
@@ -77,7 +71,7 @@ def compiled_in(options, classes):
 
 
 def layout(options):
-    wanted = reviewed(options.layout)
+    wanted = check_binary.reviewed(options.layout)
     classes = abi_description.layout(abi_description.reduced(abi_description.described(options.library)))
     found = [entry for entries in classes.values() for entry in entries]
     differences = report(wanted, found, options.library, options.layout)
@@ -135,7 +129,7 @@ def named(options):
     with open(options.types, encoding="utf-8") as text:
         variables = dict(re.findall(r"^decltype\((?:free\()?&([^)]+)\)+ (\w+);$", text.read(), re.M))
     described = described_names(options.description)
-    problems, symbols = [], reviewed(options.symbols)
+    problems, symbols = [], check_binary.reviewed(options.symbols)
     for symbol in symbols:
         kind, name = platform_table.kind_and_name(symbol)
         problem = problem_of(name, kind, variables, described)

@@ -6,6 +6,7 @@ round, so a list is always the whole truth.
 """
 
 import argparse
+import collections
 import os
 import re
 import subprocess
@@ -33,6 +34,12 @@ def reviewed(path):
     with open(path, encoding="utf-8") as lines:
         entries = [line.split("#", 1)[0].strip() for line in lines]
     return [entry for entry in entries if entry]
+
+
+def differences(found, wanted):
+    """What each of two lists has that the other lacks, or has less often."""
+    found, wanted = collections.Counter(found), collections.Counter(wanted)
+    return list((found - wanted).elements()), list((wanted - found).elements())
 
 
 def dynamic_symbols(file, which):
@@ -184,8 +191,7 @@ def main():
     if options.unoptimised:
         entries = [[entry for entry in some if entry not in LIBRARY_CALLS] for some in entries]
     found, wanted = entries
-    extra = [entry for entry in found if entry not in wanted]
-    missing = [entry for entry in wanted if entry not in found]
+    extra, missing = differences(found, wanted)
     for entry in extra:
         print(f"{options.file} has, and {options.list} lacks: {entry}")
     for entry in missing:

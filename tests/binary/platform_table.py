@@ -115,9 +115,9 @@ def contract_problems(found):
 def check(options, found):
     with open(os.path.join(SOURCE, PAGE), encoding="utf-8") as text:
         stored = text.read().splitlines()
-    current = page(found).splitlines()
-    problems = [f"{options.file} leaves open what {PAGE} lacks: {line}" for line in current if line not in stored]
-    problems += [f"{PAGE} has what {options.file} does not leave open: {line}" for line in stored if line not in current]
+    extra, missing = check_binary.differences(page(found).splitlines(), stored)
+    problems = [f"{options.file} leaves open what {PAGE} lacks: {line}" for line in extra]
+    problems += [f"{PAGE} has what {options.file} does not leave open: {line}" for line in missing]
     if problems:
         problems.append(f"If the change is meant, run ./dev abi --update and add to the table of {CONTRACT} what it is for.")
     problems += contract_problems(found)
