@@ -92,7 +92,9 @@ ConfigurationReload::ConfigurationReload(Files files, bool underMaster, LibraryL
       log_(log)
 {
     std::string fault;  // the library has found it by now
-    remember(read(fault).value_or(Content()));
+    auto start = read(fault).value_or(Content());
+    content_.others = std::move(start.others);  // these hold
+    remember(std::move(start));
     const auto engine = UsmUsers::ownEngineId();
     for (const auto* user = usm_get_userList(); user != nullptr; user = user->next) {
         if (std::string(user->engineID, user->engineID + user->engineIDLen) == engine) {
@@ -109,9 +111,6 @@ void ConfigurationReload::remember(Content now)
     }
     content_.access = std::move(now.access);
     content_.users = std::move(now.users);
-    if (content_.others.empty()) {  // the start's: these hold
-        content_.others = std::move(now.others);
-    }
 }
 
 /// Nothing is taken over yet.

@@ -14,7 +14,9 @@ namespace {
 
 using Words = std::set<std::string>;
 using Lines = std::vector<ConfigurationLine>;
-using Handlers = std::vector<config_line>;
+
+/// "[snmp]" in a file: what the library itself goes by, whatever the application.
+constexpr const char* kLibrarySection = "snmp";
 
 std::string lowerCase(std::string text)
 {
@@ -35,26 +37,46 @@ void collect(const char* word, char* rest)
 
 void ignore(const char*, char*) {}
 
-/// The library's handlers of the agent's words: as they are for `words`, others do `instead`.
-Handlers handlersFor(const Words& words, void (*instead)(const char*, char*))
-{
-    Handlers handlers;
-    for (const auto* one = read_config_get_handlers(kApplicationName); one != nullptr;
-         one = one->next) {
-        handlers.push_back(*one);
-        if (words.count(lowerCase(one->config_token)) == 0) {
-            handlers.back().parse_line = instead;
+using ParseLine = void (*)(const char*, char*);
+
+/// While this lives, the library does `instead` for every word but `words`. In the library's own
+/// lists: a section of a file, "[talvik-agentd]" for one, is read with these, whatever the rest of
+/// the file is read with.
+class OtherMeaning {
+public:
+    OtherMeaning(const Words& words, ParseLine instead)
+    {
+        for (const auto* section : {kApplicationName, kLibrarySection}) {
+            for (auto* one = read_config_get_handlers(section); one != nullptr; one = one->next) {
+                if (words.count(lowerCase(one->config_token)) == 0) {
+                    former_.emplace_back(one, one->parse_line);
+                }
+            }
+        }
+        for (const auto& one : former_) {
+            one.first->parse_line = instead;
         }
     }
-    for (std::size_t i = 0; i < handlers.size(); ++i) {
-        handlers[i].next = i + 1 < handlers.size() ? &handlers[i + 1] : nullptr;
-    }
-    return handlers;
-}
 
-bool readWith(Handlers handlers, const std::string& file)
+    ~OtherMeaning()
+    {
+        for (const auto& [handler, parse] : former_) {
+            handler->parse_line = parse;
+        }
+    }
+
+    OtherMeaning(const OtherMeaning&) = delete;
+    OtherMeaning& operator=(const OtherMeaning&) = delete;
+
+private:
+    std::vector<std::pair<config_line*, ParseLine>> former_;
+};
+
+bool readWith(const Words& words, ParseLine instead, const std::string& file)
 {
-    return read_config(file.c_str(), handlers.data(), NORMAL_CONFIG) == SNMPERR_SUCCESS;
+    const OtherMeaning meaning(words, instead);
+    return read_config(file.c_str(), read_config_get_handlers(kApplicationName), NORMAL_CONFIG) ==
+           SNMPERR_SUCCESS;
 }
 
 }  // namespace
@@ -62,14 +84,14 @@ bool readWith(Handlers handlers, const std::string& file)
 bool collectLines(const std::string& file, Lines& lines)
 {
     collecting = &lines;
-    const bool read = readWith(handlersFor({}, &collect), file);
+    const bool read = readWith({}, &collect, file);
     collecting = nullptr;
     return read;
 }
 
 bool takeWords(const Words& words, const std::string& file)
 {
-    return readWith(handlersFor(words, &ignore), file);
+    return readWith(words, &ignore, file);
 }
 
 void takeLine(const std::string& word, std::string rest)
