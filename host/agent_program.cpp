@@ -22,6 +22,7 @@
 #include "host/snmp/durable_file.h"
 #include "host/snmp/net_snmp_persistence.h"
 #include "host/snmp/standard_notifications.h"
+#include "host/start_files.h"
 #include "host/startup_error.h"
 #include "host/state_directory.h"
 #include "host/stop_signals.h"
@@ -189,6 +190,17 @@ std::unique_ptr<BackendLink> linkTo(const BackendChoice& choice,
     return std::make_unique<CountedLink>(makeBackendLink(choice, notOwned), counters);
 }
 
+/// Both outlive the last look at `health`.
+void follow(HealthSource& health, const SnmpAgent& agent, const NotificationService& notifications)
+{
+    health.follow([&agent](AgentHealth& now) {
+        now.master = agent.masterState();
+        now.objects = agent.served();
+    });
+    health.follow([&notifications](AgentHealth& now) { notifications.report(now); });
+    health.followNotifications([&notifications] { return notifications.subscribedSince(); });
+}
+
 /// An embedded back end's notifications come through the agent's own socket, so there is one way.
 NotificationService::Settings notificationSettings(const AgentOptions& options,
                                                    const BackendChoice& choice,
@@ -203,8 +215,25 @@ NotificationService::Settings notificationSettings(const AgentOptions& options,
             module.isThere()};
 }
 
+std::string absolute(const std::string& file)
+{
+    return std::filesystem::absolute(file).string();
+}
+
+/// The module, and the alarm catalogue that the device configuration names.
+void addModuleAndCatalogue(StartFiles& files, const AgentOptions& options,
+                           const DeviceConfigFile& device)
+{
+    files.add(absolute(options.moduleFile));
+    for (const auto* item : {"ALARM_INI_PATH", "ALARM_PARAM_ENUM_PATH"}) {
+        if (const auto* path = device.find("SNMP_CONF", item)) {
+            files.add(InstallationPaths::ofThisProgram().installationRoot() + "/" + *path);
+        }
+    }
+}
+
 /// What the agent's behaviour follows from, besides its own program.
-std::list<std::string> startFiles(const AgentOptions& options, const ChosenModule& module)
+std::list<std::string> behaviourFiles(const AgentOptions& options, const ChosenModule& module)
 {
     auto files = module.files();
     files.insert(files.end(), {options.configFile, options.deviceFile, options.trapSettings});
@@ -217,7 +246,10 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
 {
     allowManyDescriptors();
     checkSocket(options);
+    StartFiles startFiles;
+    startFiles.add(options.deviceFile);
     const auto device = DeviceConfigFile::load(options.deviceFile);
+    addModuleAndCatalogue(startFiles, options, device);
     installDeviceConfig(device);
     installInstallationRoot(InstallationPaths::ofThisProgram().installationRoot());
     const StateDirectory state(options.stateDir);
@@ -225,6 +257,9 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     ServedCommands served(choice, device, backend::alarmFileIn(options.stateDir));
     const InstalledTrapStore trapStore(options.stateDir);
     ChosenModule module(options);
+    for (const auto& file : module.files()) {  // its description is named by the module itself
+        startFiles.add(absolute(file));
+    }
     TableKeeper keeper;
 
     const auto persistentDir = persistentDirectory(options.stateDir);
@@ -238,18 +273,18 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     NotificationService notifications(notificationSettings(options, choice, device, module, keeper),
                                       trapStore.store(), served.commands(), served.work());
     const InstalledBackend backend(linkTo(choice, served.commands(), health.link()));
-    health.follow(agent);
-    health.follow(notifications);
+    follow(health, agent, notifications);
     health.setModuleLoaded(module.isThere());
     const auto where = agent.listen();
-    notifications.start(configurationMayHaveChanged(options.stateDir, startFiles(options, module)));
+    notifications.start(
+        configurationMayHaveChanged(options.stateDir, behaviourFiles(options, module)));
     health.start();
     hostLog()->info("SNMP engine ID {}, boots {}", toHex(engine.id), engine.boots);
     hostLog()->info("ready, {}", where);
     hostLog()->flush();
     auto watchers = notifications.watchers();
     watchers.push_back(&health);
-    Reload reload(options, device, module.files(), {agent, notifications, health});
+    Reload reload(options, startFiles, {agent, notifications, health});
     serveUntilStopped(agent, watchers, signals, reload);
 }
 

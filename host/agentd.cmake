@@ -16,6 +16,7 @@ add_executable(talvik-agentd
     receiver_commands.cpp
     reload.cpp
     served_module.cpp
+    start_files.cpp
     state_directory.cpp
     stop_signals.cpp
     table_keeper.cpp)

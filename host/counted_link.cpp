@@ -4,16 +4,18 @@
 
 namespace talvik {
 
+LinkCounters::LinkCounters(HealthClock clock) : clock_(std::move(clock)) {}
+
 void LinkCounters::add(bool works)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     ++values_.exchanges;
     values_.works = works;
     if (works) {
-        values_.answered = std::time(nullptr);
+        values_.answered = clock_.date();
     } else {
         ++values_.failures;
-        values_.failed = std::chrono::steady_clock::now();
+        values_.failed = clock_.steady();
     }
 }
 

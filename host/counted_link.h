@@ -5,12 +5,19 @@
 #include <chrono>
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
 namespace talvik {
+
+/// What the agent's health is told by. Callable from any thread.
+struct HealthClock {
+    std::function<std::chrono::steady_clock::time_point()> steady = &std::chrono::steady_clock::now;
+    std::function<std::time_t()> date = [] { return std::time(nullptr); };
+};
 
 /// What came of the exchanges with the back end since the start. Callable from any thread.
 class LinkCounters {
@@ -25,10 +32,13 @@ public:
         Time failed = Time::min();            ///< the latest failure
     };
 
+    explicit LinkCounters(HealthClock clock = {});
+
     void add(bool works);
     Values values() const;
 
 private:
+    const HealthClock clock_;
     mutable std::mutex mutex_;
     Values values_;  // under mutex_
 };

@@ -1,9 +1,7 @@
 #include "host/health_source.h"
 
-#include "host/notification_service.h"
 #include "host/platform/host_log.h"
 #include "host/platform/log_text.h"
-#include "host/snmp/agent.h"
 
 #include <fmt/format.h>
 
@@ -34,15 +32,20 @@ const char* textOf(Backend state)
 
 }  // namespace
 
-HealthSource::HealthSource(Facts facts) : facts_(std::move(facts)), started_(std::time(nullptr)) {}
+HealthSource::HealthSource(Facts facts, HealthClock clock)
+    : facts_(std::move(facts)),
+      clock_(std::move(clock)),
+      started_(clock_.date()),
+      link_(clock_)
+{
+}
 
 Backend HealthSource::backendState(const LinkCounters::Values& link) const
 {
     if (facts_.backendEmbedded) {
         return Backend::Embedded;
     }
-    const auto subscribed =
-        notifications_ == nullptr ? std::nullopt : notifications_->subscribedSince();
+    const auto subscribed = subscribedSince_ ? subscribedSince_() : std::nullopt;
     if (subscribed && (link.works.value_or(true) || *subscribed > link.failed)) {
         return Backend::Up;
     }
@@ -69,12 +72,8 @@ AgentHealth HealthSource::now() const
     health.backendAnswered = link.answered;
     health.backendCommands = link.exchanges;
     health.backendFailures = link.failures;
-    if (agent_ != nullptr) {
-        health.master = agent_->masterState();
-        health.objects = agent_->served();
-    }
-    if (notifications_ != nullptr) {
-        notifications_->report(health);
+    for (const auto& report : reports_) {
+        report(health);
     }
     return health;
 }
@@ -87,7 +86,7 @@ void HealthSource::start()
                     moduleLoaded_ ? "loaded" : "missing", oneLine(health.backendName),
                     health.objects.size(), health.receivers);
     lastLine_ = healthLine(health);
-    nextLine_ = std::chrono::steady_clock::now() + kBetweenLines;
+    nextLine_ = clock_.steady() + kBetweenLines;
 }
 
 void HealthSource::proceed(bool /*ready*/, Time now)

@@ -5,13 +5,13 @@
 #include "host/snmp/agent_health.h"
 
 #include <ctime>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace talvik {
-
-class NotificationService;
-class SnmpAgent;
 
 /// Gathers what the agent knows of its own health, and logs it: once at the start, and hourly when
 /// anything has changed. Nobody is asked or waited for. On the thread of the agent's loop.
@@ -25,19 +25,25 @@ public:
         bool backendEmbedded = true;
     };
 
-    explicit HealthSource(Facts facts);
+    /// Adds to the health what somebody else knows of it.
+    using Report = std::function<void(AgentHealth& health)>;
+
+    /// Since when the back end's notifications have come; nothing while they do not.
+    using Subscription = std::function<std::optional<Time>()>;
+
+    explicit HealthSource(Facts facts, HealthClock clock = {});
 
     /// What the link to the back end counts into.
     LinkCounters& link() { return link_; }
 
-    /// Whose health it is. Each outlives the last call of `now`.
-    void follow(const SnmpAgent& agent) { agent_ = &agent; }
-    void follow(const NotificationService& notifications) { notifications_ = &notifications; }
+    /// Whose health it is. What they know of outlives the last call of `now`.
+    void follow(Report report) { reports_.push_back(std::move(report)); }
+    void followNotifications(Subscription since) { subscribedSince_ = std::move(since); }
 
     void setModuleLoaded(bool loaded) { moduleLoaded_ = loaded; }
 
     /// Notes that files have been read again.
-    void reloaded() { reloaded_ = std::time(nullptr); }
+    void reloaded() { reloaded_ = clock_.date(); }
 
     AgentHealth now() const;
 
@@ -52,12 +58,13 @@ private:
     AgentHealth::Backend backendState(const LinkCounters::Values& link) const;
 
     const Facts facts_;
+    const HealthClock clock_;
     const std::time_t started_;
     std::optional<std::time_t> reloaded_;
     bool moduleLoaded_ = false;
     LinkCounters link_;
-    const SnmpAgent* agent_ = nullptr;
-    const NotificationService* notifications_ = nullptr;
+    std::vector<Report> reports_;
+    Subscription subscribedSince_;
     Time nextLine_ = Time::max();
     std::string lastLine_;
 };
