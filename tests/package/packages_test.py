@@ -3,10 +3,11 @@
 
 import os
 import re
+import shutil
 import subprocess
 import unittest
 
-from package_kit import BUILD, SOURCE, PackageTest, run
+from package_kit import BUILD, SOURCE, PackageTest, library_folder, run, topology_of_the_example
 
 NAMES = ["talvik-agent", "talvik-agent-dbgsym", "talvik-dev", "talvik-mib-module", "talvik-mib-module-dbgsym"]
 LIBRARIES = SOURCE / "packaging" / "deb" / "shared-libraries.txt"
@@ -59,6 +60,24 @@ class Packages(unittest.TestCase):
             self.assertIn(f"talvik-mib-module (= {version})", self.field(name, "Depends"))
         for name in ("talvik-agent", "talvik-mib-module"):
             self.assertEqual(self.field(f"{name}-dbgsym", "Depends"), f"{name} (= {version})")
+
+    def test_for_hosts_depend_on_what_their_build_files_ask_for(self):
+        self.assertIn("pkg-config", self.field("talvik-dev", "Depends").split(", "))
+
+    def test_are_enough_to_build_and_run_the_example(self):
+        root = self.place.folder / "root"
+        for name in ("talvik-mib-module", "talvik-dev"):
+            run("dpkg-deb", "--extract", self.file(name), root)
+        prefix = root / "usr"
+        example = self.place.folder / "example"
+        shutil.copytree(prefix / "share" / "doc" / "talvik-dev" / "examples" / "host", example)
+
+        run("cmake", "-S", example, "-B", example / "build", f"-DCMAKE_PREFIX_PATH={prefix}")
+        run("cmake", "--build", example / "build")
+        run("make", "-C", example, env=dict(os.environ, PKG_CONFIG_PATH=str(library_folder(prefix) / "pkgconfig")))
+
+        for program in (example / "build" / "topology-host", example / "topology-host"):
+            self.assertEqual(run(program).splitlines(), topology_of_the_example(), program)
 
     def test_need_the_libraries_of_the_list_that_cross_builds_go_by(self):
         found = []
