@@ -1,8 +1,20 @@
 #!/usr/bin/env bash
-# make-packages.sh BUILD OUT [VERSION]: cpack's packages of the build tree BUILD, in the empty or new folder OUT.
+# make-packages.sh BUILD OUT [VERSION]: cpack's packages of the build tree BUILD, in the folder OUT, which is new, empty or has
+# packages of an earlier call only; these go.
 set -euo pipefail
 
 build=$1 out=$2 version=${3:-}
+refuse()
+{
+    echo "make-packages: $out $1; name an empty folder, or one that does not exist yet" >&2
+    exit 1
+}
+# OUT is emptied, so it must hold nothing but what this makes.
+if [ -e "$out" ]; then
+    [ -d "$out" ] || refuse "is no folder"
+    foreign=$(find "$out" -mindepth 1 -maxdepth 1 ! -name 'talvik-*deb' ! -name .cpack.log ! -name _CPack_Packages)
+    [ -z "$foreign" ] || refuse "holds what this did not make: ${foreign%%$'\n'*}"
+fi
 rm -rf "$out"
 mkdir -p "$out"
 # cpack works beside its results; what it works with goes when it is done.
