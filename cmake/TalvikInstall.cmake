@@ -1,7 +1,7 @@
 # What is installed, in three components: the module, the agent with its back end and tool, and what hosts
 # outside this tree are built with (dev). docs/operations.md has the places; host/installation_paths.h is how programs find them.
 #
-# With the prefix /usr, units, settings and configuration go to /lib, /etc/default and /etc/talvik too. What is there
+# With the prefix /usr, units, settings and configuration go to /lib, /etc/default and /etc/talvik too. What is in /etc
 # already stays: it is the administrator's. Other prefixes get the configuration as samples in share/talvik/etc.
 
 # Debian's place of an architecture's libraries, whatever the prefix: packages and other installations look alike.
@@ -28,8 +28,12 @@ endfunction()
 # talvik_install_system_file(COMPONENT SOURCE DIRECTORY): SOURCE in DIRECTORY of the system, for the prefix /usr only.
 function(talvik_install_system_file component source directory)
     get_filename_component(name "${source}" NAME)
+    set(unless_kept "")
+    if(directory MATCHES "^/etc/")
+        set(unless_kept "AND NOT EXISTS \"\$ENV{DESTDIR}${directory}/${name}\"")
+    endif()
     install(CODE "
-        if(\"\${CMAKE_INSTALL_PREFIX}\" STREQUAL /usr AND NOT EXISTS \"\$ENV{DESTDIR}${directory}/${name}\")
+        if(\"\${CMAKE_INSTALL_PREFIX}\" STREQUAL /usr ${unless_kept})
             file(INSTALL \"${source}\" DESTINATION \"${directory}\"
                 PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
         endif()" COMPONENT ${component})
@@ -50,6 +54,10 @@ install(FILES "${mib}" DESTINATION share/snmp/mibs COMPONENT module)
 install(FILES etc/alarm-definitions.json etc/alarm-enumerations.json etc/talvik-device.xml
     DESTINATION ${TALVIK_INSTALL_DATADIR}/etc COMPONENT module)
 talvik_install_documents(module talvik-mib-module docs/alarm-catalogue.md docs/mib-reference.md)
+
+if(TALVIK_PLATFORM_DIR)
+    return()  # there is nothing else
+endif()
 
 # --- agent -----------------------------------------------------------------------------------------------------------
 install(TARGETS talvik-agentd talvik-backendd DESTINATION sbin COMPONENT agent)

@@ -29,16 +29,19 @@ class InstalledTree(PackageTest):
         reviewed = [line for line in LIST.read_text().splitlines() if line and not line.startswith("#")]
         self.assertEqual(files_below(prefix), reviewed)
 
-    def test_leaves_what_the_administrator_has_changed(self):
+    def test_leaves_what_the_administrator_has_changed_and_renews_the_rest(self):
         environment = dict(os.environ, DESTDIR=str(self.folder))
         once_more = ["cmake", "--install", BUILD, "--prefix", "/usr", "--component", "agent"]
         run(*once_more, env=environment)
         changed = self.folder / "etc" / "talvik" / "talvik-agentd.conf"
         changed.write_text("# mine\n")
+        unit = self.folder / "lib" / "systemd" / "system" / "talvik-agentd.service"
+        unit.write_text("# of an earlier version\n")
 
         run(*once_more, env=environment)
 
         self.assertEqual(changed.read_text(), "# mine\n")
+        self.assertEqual(unit.read_text(), (SOURCE / "packaging" / "systemd" / unit.name).read_text())
 
     def test_listens_on_the_loopback_alone_until_told_otherwise(self):
         run("cmake", "--install", BUILD, "--prefix", "/usr", "--component", "agent",

@@ -62,6 +62,20 @@ class PlatformChoice(unittest.TestCase):
         self.assertTrue(os.path.exists(module))
         self.assertFalse(os.path.exists(os.path.join(build, "bin")))
 
+    def test_exports_what_the_module_of_this_tree_exports(self):
+        done = run(sys.executable, "-B", os.path.join(SOURCE, "tests", "binary", "check_binary.py"), "exports", "--file", module,
+                   "--list", os.path.join(SOURCE, "tests", "binary", "exported_symbols.txt"))
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+
+    def test_installs_the_module_and_its_data(self):
+        prefix = os.path.join(options.work, "installed")
+        shutil.rmtree(prefix, ignore_errors=True)
+        done = run(options.cmake, "--install", build, "--prefix", prefix)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        for name in ("lib/talvik/libSnmpTalvikMibModule.so", "share/talvik/mibs/KEL-TALVIK-MIB.json"):
+            self.assertTrue(os.path.isfile(os.path.join(prefix, name)), name)
+        self.assertFalse(os.path.exists(os.path.join(prefix, "sbin")))
+
     def test_leaves_open_what_the_headers_declare(self):
         left_open = set(run("nm", "-DC", "--undefined-only", "--format=just-symbols", module).stdout.splitlines())
         self.assertIn("vendor_checked_copy", left_open)
