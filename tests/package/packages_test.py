@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """What cpack makes: control fields, files, modes, and debug symbols that are found by build id."""
 
+import gzip
 import os
 import re
 import shutil
@@ -78,6 +79,23 @@ class Packages(unittest.TestCase):
 
         for program in (example / "build" / "topology-host", example / "topology-host"):
             self.assertEqual(run(program).splitlines(), topology_of_the_example(), program)
+
+    def test_have_a_changelog_that_begins_with_their_version(self):
+        version = self.field("talvik-mib-module", "Version")
+        for name in ("talvik-agent", "talvik-dev", "talvik-mib-module"):
+            with gzip.open(self.extracted(name) / "usr/share/doc" / name / "changelog.gz", "rt") as lines:
+                self.assertEqual(lines.readline().split(";")[0], f"talvik ({version}) unstable",
+                                 "bring packaging/deb/changelog up to the version of CMakeLists.txt")
+
+    def test_go_into_no_folder_that_holds_something_else(self):
+        folder = self.place.folder / "someone's"
+        folder.mkdir()
+        (folder / "notes").write_text("kept")
+        done = subprocess.run(["bash", SOURCE / "packaging" / "make-packages.sh", BUILD, folder], capture_output=True, text=True,
+                              timeout=60, check=False)
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn(f"{folder} holds what this did not make: {folder}/notes; name an empty folder", done.stderr)
+        self.assertEqual((folder / "notes").read_text(), "kept")
 
     def test_need_the_libraries_of_the_list_that_cross_builds_go_by(self):
         found = []
