@@ -145,5 +145,10 @@ NOT_RUN = [
            "dev_checks_test.py"),
     NotRun("tools/dev/mib_reference.py*", "writes into the tree", "tests/mib/mib_reference_test.py", "reference()"),
     NotRun("cmake -S examples/host*", "takes what is installed", "tests/package/example_host_test.py", '"cmake", "-S"'),
+    NotRun("cmake -S . -B build/kit*", "builds the module", "tests/platform_choice/platform_choice_test.py",
+           'options.cmake, "-S"'),
+    NotRun("cmake --build build/kit*", "the same", "tests/platform_choice/platform_choice_test.py", '"--build"'),
+    NotRun("cmake --install build/kit*", "the same", "tests/platform_choice/platform_choice_test.py", '"--install"'),
+    NotRun("cmake --preset aarch64 *", "the same with another compiler", ".ci/run", "./dev test aarch64"),
     NotRun("make -C examples/host*", "takes what is installed", "tests/package/example_host_test.py", '"make", "-C"'),
 ]
