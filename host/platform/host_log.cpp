@@ -54,6 +54,9 @@ std::vector<spdlog::sink_ptr> sinksOf(const LogSettings& settings)
         sinks.push_back(std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
             settings.file, settings.maxFileBytes, settings.maxFiles));
     }
+    for (const auto& sink : sinks) {  // before any thread writes to it
+        sink->set_pattern(kPattern);
+    }
     return sinks;
 }
 
@@ -80,7 +83,6 @@ void configureLog(const LogSettings& settings)
     } catch (const spdlog::spdlog_ex& error) {
         throw StartupError("cannot open the log file " + settings.file + ": " + error.what());
     }
-    sharedSink()->set_pattern(kPattern);
     spdlog::set_level(level);
     // A log that grows only in the buffer is of no use to who follows it.
     spdlog::flush_on(settings.file.empty() ? spdlog::level::warn : spdlog::level::info);
