@@ -188,15 +188,15 @@ Instances healthInstances(const AgentHealth& health)
 {
     Instances instances;
     unsigned long number = 0;
-    for (auto& value : scalarsOf(health)) {
-        instances.push_back({{kScalars, ++number, 0}, std::move(value)});
+    for (const auto& value : scalarsOf(health)) {
+        instances.push_back({{kScalars, ++number, 0}, value});
     }
     unsigned long row = 0;
     for (const auto& object : health.objects) {
         ++row;
         unsigned long column = 1;
-        for (auto& value : columnsOf(object)) {
-            instances.push_back({{kServed, kTable, kEntry, ++column, row}, std::move(value)});
+        for (const auto& value : columnsOf(object)) {
+            instances.push_back({{kServed, kTable, kEntry, ++column, row}, value});
         }
     }
     std::sort(instances.begin(), instances.end(),

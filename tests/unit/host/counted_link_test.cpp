@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -131,10 +132,15 @@ TEST_F(CountedLinkOver, AnotherLinkHasItsName)
 
 TEST_F(CountedLinkOver, ThreadsLoseNoExchange)
 {
+    std::atomic<int> ready{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([this, i] {
-            for (int each = 0; each < 10000; ++each) {
+        threads.emplace_back([this, &ready, i] {
+            ++ready;
+            while (ready < 4) {
+                std::this_thread::yield();
+            }
+            for (int each = 0; each < 50000; ++each) {
                 counters.add(i % 2 == 0);
             }
         });
@@ -143,8 +149,8 @@ TEST_F(CountedLinkOver, ThreadsLoseNoExchange)
         thread.join();
     }
 
-    EXPECT_EQ(counters.values().exchanges, 40000U);
-    EXPECT_EQ(counters.values().failures, 20000U);
+    EXPECT_EQ(counters.values().exchanges, 200000U);
+    EXPECT_EQ(counters.values().failures, 100000U);
 }
 
 }  // namespace
