@@ -70,4 +70,11 @@ configureAndBuild()
         fail "the build of preset \"$preset\" failed (messages above); it is in build/$preset"
 }
 
+# isRecent FILE: whether what FILE marks was made in the last week; what is older may lack Debian's updates.
+isRecent() { [ -n "$(find "$1" -mtime -7 2>/dev/null)" ]; }
+
+# What the packages are made of; everything else that is built is for tests and benchmarks.
+packageTargets=(SnmpTalvikMibModule talvik-agentd talvik-backendd talvikctl
+    talvik_framework talvik_reference_platform talvik_snmp_types)
+
 mkdir -p "$root/build"

@@ -9,7 +9,7 @@ case $preset in
     *) misuse "packages are made of the presets release and aarch64, not of \"$preset\"" ;;
 esac
 setup
-configureAndBuild "$preset"
+configureAndBuild "$preset" "${packageTargets[@]}"
 
 # No file of a package is younger than the commit that it was made from.
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct)} ||
@@ -22,5 +22,6 @@ bash "$root/packaging/make-packages.sh" "$root/build/$preset" "$root/build/$pres
 say "lintian"
 mapfile -t packages < <(find "$root/build/$preset/packages" -maxdepth 1 -name '*.deb' | sort)
 must lintian --allow-root --fail-on error,warning "${packages[@]}"
+must python3 -B "$root/tests/package/check_packages.py" "$root/build/$preset"
 say "packages: build/$preset/packages"
 printf '%s\n' "${packages[@]##*/}"

@@ -1,19 +1,11 @@
 #!/usr/bin/env bash
-# ./dev reproduce [--quick] [BUILD-DIRECTORY]: whether a second build, elsewhere and under other circumstances, makes the same
-# files bit for bit as build/release (or BUILD-DIRECTORY, which is taken as it is): module, programs and packages. With --quick
-# only the module is built a second time, and both times the packages are made of the first build.
+# ./dev reproduce [BUILD-DIRECTORY]: whether a second build, elsewhere and under other circumstances, makes the same files bit
+# for bit as build/release (or BUILD-DIRECTORY, which is taken as it is): module, programs, static libraries and packages.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-usage="usage: ./dev reproduce [--quick] [BUILD-DIRECTORY]"
-files=(lib/libSnmpTalvikMibModule.so bin/talvik-agentd bin/talvik-backendd bin/talvikctl)
-targets=()
-quick=false
-if [ "${1:-}" = --quick ]; then
-    quick=true
-    files=("${files[0]}")
-    targets=(SnmpTalvikMibModule)
-    shift
-fi
+usage="usage: ./dev reproduce [BUILD-DIRECTORY]"
+files=(lib/libSnmpTalvikMibModule.so bin/talvik-agentd bin/talvik-backendd bin/talvikctl
+    lib/libtalvik_framework.a lib/libtalvik_reference_platform.a lib/libtalvik_snmp_types.a)
 [ $# -le 1 ] || misuse "$usage"
 case "${1:-}" in -*) misuse "$usage" ;; esac
 setup
@@ -22,7 +14,7 @@ if [ $# = 1 ]; then
     [ -f "$first/CMakeCache.txt" ] || fail "$first is no build directory"
 else
     first="$root/build/release"
-    configureAndBuild release
+    configureAndBuild release "${packageTargets[@]}"
 fi
 
 work=$(mktemp -d)
@@ -51,7 +43,7 @@ elsewhere cmake --preset release -S "$copy" -DTALVIK_BUILD_TESTS=OFF -DTALVIK_BU
     cat "$work/configure.log" >&2
     fail "cmake cannot configure the second build (messages above)"
 }
-elsewhere cmake --build "$second" --parallel "$((jobs + 1))" ${targets[@]:+--target "${targets[@]}"} >"$work/build.log" 2>&1 || {
+elsewhere cmake --build "$second" --parallel "$((jobs + 1))" --target "${packageTargets[@]}" >"$work/build.log" 2>&1 || {
     tail -n 40 "$work/build.log" >&2
     fail "the second build failed (messages above)"
 }
@@ -70,12 +62,11 @@ compare()
 
 comparePackages()
 {
-    local package other="$second"
-    [ $quick = false ] || other="$first"
+    local package
     bash "$root/packaging/make-packages.sh" "$first" "$work/first-packages" ||
         fail "the packages of $first could not be made (messages above)"
-    elsewhere bash "$copy/packaging/make-packages.sh" "$other" "$work/second-packages" ||
-        fail "the packages of $other could not be made a second time (messages above)"
+    elsewhere bash "$copy/packaging/make-packages.sh" "$second" "$work/second-packages" ||
+        fail "the packages of $second could not be made a second time (messages above)"
     for package in "$work"/first-packages/*.deb; do
         compare "$package" "$work/second-packages/${package##*/}"
     done
