@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Makes build/sysroot-aarch64, the libraries that the aarch64 preset is built and run with: Debian's arm64 packages, unpacked.
 # They cannot be installed beside the machine's own, and this takes no root: apt keeps its lists and packages in the build
-# folder and never looks at what is installed here. A second call is instant until the list of packages changes.
+# folder and never looks at what is installed here. A second call is instant until the list of packages changes or the
+# sysroot is a week old; then it is made anew, or stays if the network is away.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 [ $# = 0 ] || misuse "sysroot takes no argument"
@@ -20,11 +21,20 @@ packages()
 mapfile -t wanted < <(packages)
 stamp=$(printf '%s\n' "${wanted[@]}" | cat - "${BASH_SOURCE[0]}" | sha256sum | cut -d ' ' -f 1)
 upToDate() { [ "$(cat "$sysroot/.stamp" 2>/dev/null)" = "$stamp" ]; }
-if upToDate; then exit 0; fi
+if upToDate && isRecent "$sysroot/.stamp"; then exit 0; fi
 
 exec 9>"$root/build/.sysroot-aarch64.lock"
 flock -w "$seconds" 9 || fail "another ./dev still makes $sysroot; wait for it, or end it, and try again"
-if upToDate; then exit 0; fi
+if upToDate && isRecent "$sysroot/.stamp"; then exit 0; fi
+
+# Ends the script: with the sysroot that is there, if nothing but its age is against it.
+cannotRenew()
+{
+    upToDate || fail "$@"
+    echo "sysroot: $* Going on with that of $(date -r "$sysroot/.stamp" +%F), which may lack updates." >&2
+    rm -rf "$work"
+    exit 0
+}
 
 # The machine's sources, keys, proxies and preferences hold; its hooks, lists and packages are left alone. apt reads the main
 # file last, so what stands here wins.
@@ -75,11 +85,11 @@ makeLinksRelative()
 }
 
 say "sysroot: unpacking Debian's arm64 packages in build/sysroot-aarch64"
-rm -rf "$work" "$sysroot"
+rm -rf "$work"
 configureApt
 aptGet update || echo "sysroot: not every list of packages could be read (above); going on with what there is" >&2
 aptGet install --download-only "${wanted[@]}" ||
-    fail "apt cannot load the arm64 packages: ${wanted[*]} (messages above). Check the network, and that the apt sources of" \
+    cannotRenew "apt cannot load the arm64 packages: ${wanted[*]} (messages above). Check the network, and that the apt sources of" \
         "this machine offer arm64: a source with \"Architectures: amd64\" or [arch=amd64] does not. Then try again."
 mkdir -p "$work/root"
 # Programs of arm64 and their settings: the emulator would take them for this machine's.
@@ -91,5 +101,6 @@ for package in "$work"/archives/*.deb; do
 done
 makeLinksRelative
 echo "$stamp" >"$work/root/.stamp"
+rm -rf "$sysroot"
 mv "$work/root" "$sysroot"
 rm -rf "$work"
