@@ -250,4 +250,34 @@ TEST_F(RequestBridgeOn, AChangeIsSeenByTheNextRequestAtOnce)
     EXPECT_EQ(*after.variable().val.integer, 7);
 }
 
+TEST_F(RequestBridgeOn, AllCallsForOneRequestCountOnce)
+{
+    HandMadeRequest get(table.id);
+    get.numbered(1).add(name(2, 1)).add(name(3, 1)).run(MODE_GET);
+    get.run(MODE_GET);
+    HandMadeRequest set(table.id);
+    set.numbered(2).add(name(2, 5), gauge(1162)).add(name(3, 5), integer(4));
+    for (const int phase : {MODE_SET_RESERVE1, MODE_SET_RESERVE2, MODE_SET_ACTION}) {
+        set.run(phase);
+    }
+
+    const auto counters = bridge.served().front().counters;
+
+    EXPECT_EQ(counters.requests, 2U);
+    EXPECT_EQ(counters.sets, 1U);
+}
+
+TEST_F(RequestBridgeOn, AnErrorOfARequestCountsOnce)
+{
+    HandMadeRequest set(table.id);
+    set.numbered(1).add(name(99, 1), gauge(1)).add(name(99, 1), gauge(1));
+    set.run(MODE_SET_RESERVE1);
+    set.run(MODE_SET_FREE);
+
+    const auto counters = bridge.served().front().counters;
+
+    EXPECT_EQ(counters.requests, 1U);
+    EXPECT_EQ(counters.errors, 1U);
+}
+
 }  // namespace

@@ -94,6 +94,13 @@ public:
         return *this;
     }
 
+    /// The number that all calls for one request of a manager share.
+    HandMadeRequest& numbered(long transaction)
+    {
+        pdu_.transid = transaction;
+        return *this;
+    }
+
     /// Another subtree's part of the request has failed.
     void failElsewhere(int error, int position)
     {
