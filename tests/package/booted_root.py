@@ -8,7 +8,7 @@ import time
 
 CONTROL_GROUPS = pathlib.Path("/sys/fs/cgroup")
 HERE = pathlib.Path(__file__).resolve().parent
-TO_BOOT = 30  # seconds
+TO_BOOT = 120  # seconds
 COMMAND = 120  # seconds that a command inside may take
 
 
