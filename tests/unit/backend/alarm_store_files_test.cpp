@@ -46,7 +46,7 @@ void change(const std::string& file, const char* sql)
 /// The size of a file and how it begins: one of the damages is a file of a gigabyte, all holes.
 std::pair<std::uintmax_t, std::string> sizeAndBegin(const std::string& file)
 {
-    constexpr std::uintmax_t kBegin = 64 * 1024;
+    constexpr std::uintmax_t kBegin = 65536;
     const auto size = fs::file_size(file);
     std::string begin(std::min(size, kBegin), '\0');
     std::ifstream(file, std::ios::binary)
