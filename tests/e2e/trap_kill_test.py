@@ -87,8 +87,7 @@ class TrapKill(TrapTest):
 
     def check_every_step(self, before, variables, after):
         seen = self.kill_at_every_step(before, variables, after)
-        # First as it was, from some step on as it will be.
-        self.assertEqual(seen, sorted(seen))
+        # Step n of one run need not be step n of the next, as timers make calls too; so only that both were met.
         self.assertIn(False, seen)
         self.assertIn(True, seen)
 
