@@ -6,13 +6,14 @@ logs="$root/build/test-logs"
 mkdir -p "$logs"
 
 # The labels of the tests that a preset runs; none stands for every test. The sanitizers watch the code in one process, and the
-# address sanitizer the module across its border too; the other tests are about the built release.
+# address sanitizer the module across its border too, the thread sanitizer what has threads; the other tests are about the built
+# release.
 testLabels()
 {
     case $1 in
-        asan) echo "unit fuzz contract" ;;
-        tsan) echo "unit fuzz" ;;
-        aarch64) echo "unit fuzz contract e2e" ;;
+        asan) echo "unit tool fuzz contract" ;;
+        tsan) echo "unit" ;;
+        aarch64) echo "unit tool fuzz contract e2e" ;;
     esac
 }
 
