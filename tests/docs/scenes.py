@@ -118,7 +118,7 @@ MADE = {
 
 # Configuration of other programs, in the same form.
 SETTINGS_ELSEWHERE = {
-    ("docs/operations.md", "master agentx"): ("tests/e2e/agentx_master.py", "master agentx"),
+    ("docs/operations.md", "master agentx"): ("tests/docs/snmpd_test.py", '"master agentx"'),
 }
 
 NOT_RUN = [
