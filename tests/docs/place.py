@@ -89,6 +89,11 @@ def lasting_port():
             return port
 
 
+def names_for_the_tools():
+    """The line of the snmp.conf for stock tools that has them load the MIBs."""
+    return re.search(r"(?m)^mibs .*", (SOURCE / "contrib" / "net-snmp" / "snmp.conf").read_text(encoding="utf-8"))[0]
+
+
 class Done(NamedTuple):
     status: int
     lines: list  # what a terminal would show
@@ -105,7 +110,7 @@ class Place:
         self._make_tree()
         self.state = self.tree / "build" / "release" / "var" / "lib" / "talvik"
         self.config = self._write(self.folder / "agent.conf", AGENT)
-        self._write(self.client / "snmp.conf", CLIENT.format(mibs="mibs KEL-TALVIK-MIB" if names else "mibs :", user=user,
+        self._write(self.client / "snmp.conf", CLIENT.format(mibs=names_for_the_tools() if names else "mibs :", user=user,
                                                             AUTH=AUTH, PRIV=PRIV))
         (self.client / "cert_indexes").mkdir()  # the tools tell when they make it
         self._make_shims()
@@ -153,6 +158,7 @@ class Place:
 
     def here(self, text):
         text = text.replace("HOST:1161", "127.0.0.1:1161").replace("STATE-FOLDER", "/var/lib/talvik")
+        text = text.replace("<this repository>", str(self.folder / "repository"))
         text = re.sub(r"-A AUTH\b", f"-A {AUTH}", re.sub(r"-X PRIV\b", f"-X {PRIV}", text))
         text = re.sub(r"(FILL-IN-)?AUTHENTICATION-PASSPHRASE", AUTH, text)
         text = re.sub(r"(FILL-IN-)?PRIVACY-PASSPHRASE", PRIV, text).replace("COMMUNITY", COMMUNITY)

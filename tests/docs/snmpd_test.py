@@ -50,9 +50,9 @@ def stock_settings():
     return re.sub(r"(?m)^(agentaddress|includeDir)\s.*$", "", text)
 
 
-def command_lines():
-    """What the page shows of --agentx, without the comments."""
-    lines = [line for block in page().blocks for line in block.lines if line.startswith("talvik-agentd --agentx")]
+def command_lines(start):
+    """The commands of the page that begin so, without the comments."""
+    lines = [line for block in page().blocks for line in block.lines if line.startswith(start)]
     return [line.split("#")[0].strip() for line in lines]
 
 
@@ -100,7 +100,7 @@ class UnderSnmpd(TalvikTest):
     def test_serves_managers_through_it(self):
         self.make_folder_as_the_page_says()
         snmpd = self.start_snmpd()
-        lines = command_lines()
+        lines = command_lines("talvik-agentd --agentx")
         self.assertEqual([NAMED in line for line in lines], [False, True])
 
         for line in lines:
@@ -118,7 +118,7 @@ class UnderSnmpd(TalvikTest):
     def test_is_out_of_reach_while_the_folder_is_closed(self):
         self.start_snmpd()
 
-        agent = self.start_agent_by(command_lines()[1])
+        agent = self.start_agent_by(command_lines("talvik-agentd --agentx")[1])
 
         agent.wait_for_log("cannot be reached: Permission denied")
         self.make_folder_as_the_page_says()
