@@ -198,7 +198,7 @@ class Commands(unittest.TestCase):
 
     def check_receiver_settings(self, place, text, where):
         file = place.folder / "snmptrapd.conf"
-        file.write_text(place.here(text.replace("0x80001F88...", "0x80001F8880E1CB37E90C54F12D")) + "\n")
+        file.write_text(place.here(text.replace("0x8001869F...", "0x8001869F05DA644CEA8508AD23")) + "\n")
         daemon = place.start("snmptrapd", f"snmptrapd -f -Lo -n -C -c {file} udp:127.0.0.1:{lasting_port()}")
         daemon.stop()
         self.assertNotRegex(daemon.log(), "(?i)warning|error|unknown", where)
