@@ -173,6 +173,20 @@ Json::Value jsonOf(const std::vector<OptionEntry>& options)
     return list;
 }
 
+const std::string kManualEnd = R"(.SH FILES
+.TP
+.I /var/lib/talvik/agent.sock
+The socket of the system's agent; only root and the user talvik may connect.
+.TP
+.IR /etc/snmp/snmp.conf ", " ~/.snmp/snmp.conf
+Users, passphrases and communities for what is asked through SNMP.
+.SH SEE ALSO
+.BR talvik-agentd (8),
+.BR talvik-backendd (8),
+.BR snmp.conf (5),
+.I /usr/share/doc/talvik-agent/
+)";
+
 }  // namespace
 
 std::string manualPage(const CommandEntry& command)
@@ -181,13 +195,13 @@ std::string manualPage(const CommandEntry& command)
     std::transform(title.begin(), title.end(), title.begin(), [](unsigned char c) {
         return c == ' ' ? '-' : static_cast<char>(std::toupper(c));
     });
-    auto text = ".TH " + roff(title) + " 1\n.SH NAME\n" + roff(command.path) + " \\- " +
-                roff(command.description) + "\n.SH SYNOPSIS\n.B " + roff(usageOf(command)) +
-                "\n.SH COMMANDS\n";
+    auto text = ".TH " + roff(title) + " 1 \"\" talvik \"User commands\"\n.SH NAME\n" +
+                roff(command.path) + " \\- " + roff(command.description) + "\n.SH SYNOPSIS\n.B " +
+                roff(usageOf(command)) + "\n.SH COMMANDS\n";
     for (const auto* each : allCommands(command)) {
         text += roffCommand(*each);
     }
-    return text;
+    return text + kManualEnd;
 }
 
 std::string markdownPage(const CommandEntry& command)

@@ -88,11 +88,11 @@ class CtlHelp(TalvikTest):
 
     def test_the_manual_page_has_every_command(self):
         page = self.ctl("help", "--format", "man")
-        self.assertTrue(page.startswith(".TH TALVIKCTL 1\n.SH NAME\n"))
+        self.assertTrue(page.startswith('.TH TALVIKCTL 1 "" talvik "User commands"\n.SH NAME\n'))
         for entry in commands_of(self.tree()):
             self.assertIn(f"\n.SS {entry['path']}".replace("-", "\\-"), page)
         for line in page.splitlines():
-            self.assertRegex(line, r"^(\.(TH|SH|SS|TP|PP|B|nf|fi)( |$)|[^.']|$|\\&)")
+            self.assertRegex(line, r"^(\.(TH|SH|SS|TP|PP|B|BR|I|IR|nf|fi)( |$)|[^.']|$|\\&)")
 
     def test_output_that_cannot_be_written_is_a_failure(self):
         with open("/dev/full", "w") as full:
