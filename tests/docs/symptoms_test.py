@@ -18,7 +18,7 @@ PAGE = "docs/troubleshooting.md"
 ROOMS = ("alarmconfig", "backend", "framework", "handlers", "host", "notify", "tools", "trap")
 LITERAL = re.compile(r'"((?:[^"\\\n]|\\.)*)"')
 HOLE = re.compile(r"\{[^}]*\}|%[-0-9.]*(?:ll|z)?[a-z]")
-QUOTED = re.compile(r'"([^"]+\s[^"]+)"')  # several words
+QUOTED = re.compile(r'"([^"]*)"')
 
 
 def texts_of(source):
@@ -49,7 +49,8 @@ def pattern(quotation):
 
 
 def quotations_of(text):
-    """Line and text of each quotation: what stands in blocks of text, and between quotation marks in one paragraph or table row."""
+    """Line and text of each quotation: what stands in blocks of text, and several words between quotation marks in one paragraph or
+    table row."""
     page = read_page(PAGE, text)
     inside = {number for block in page.blocks for number, _ in enumerate(block.lines, block.line)}
     prose = "\n".join("" if number in inside or line.startswith("```") else line
@@ -57,7 +58,8 @@ def quotations_of(text):
     found = [(number, line) for block in page.blocks if block.language == "text"
              for number, line in enumerate(block.lines, block.line) if line.strip()]
     for part in re.finditer(r"(?m)^[|#].*$|(?:^(?![|#]).+\n?)+", prose):
-        found += [(prose.count("\n", 0, part.start()) + 1, " ".join(match[1].split())) for match in QUOTED.finditer(part[0])]
+        line = prose.count("\n", 0, part.start()) + 1
+        found += [(line, " ".join(words)) for quoted in QUOTED.findall(part[0]) if len(words := quoted.split()) > 1]
     return found
 
 
@@ -183,7 +185,7 @@ class Quotations(unittest.TestCase):
                          [f"{PAGE}:7: nothing says 'cannot frobnicate ...: why not'"])
 
     def test_are_found_wherever_they_stand(self):
-        text = 'It says "one\nthing" and\n\n| "in a row" | "a |\n| "word" |\n\n```text\nin a block\n```\n'
+        text = 'It says "one\nthing" and\n\n| "word" | or | "in a row" |\n| "word" |\n\n```text\nin a block\n```\n'
         self.assertEqual(quotations_of(text), [(8, "in a block"), (1, "one thing"), (4, "in a row")])
 
     def test_texts_of_sources_are_joined(self):
