@@ -284,7 +284,10 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     hostLog()->flush();
     auto watchers = notifications.watchers();
     watchers.push_back(&health);
-    Reload reload(options, startFiles, {agent, notifications, health});
+    Reload reload(options.log, startFiles,
+                  {[&agent] { agent.reloadConfiguration(); },
+                   [&notifications] { notifications.readSettingsAgain(); },
+                   [&health] { health.reloaded(); }});
     serveUntilStopped(agent, watchers, signals, reload);
 }
 

@@ -1,18 +1,16 @@
 #include "host/reload.h"
 
-#include "host/health_source.h"
-#include "host/notification_service.h"
-#include "host/platform/host_log.h"
-#include "host/snmp/agent.h"
 #include "host/start_files.h"
 #include "host/startup_error.h"
 
+#include <utility>
+
 namespace talvik {
 
-Reload::Reload(const AgentOptions& options, const StartFiles& files, Parts parts)
-    : options_(options),
+Reload::Reload(const LogSettings& log, const StartFiles& files, Parts parts)
+    : log_(log),
       files_(files),
-      parts_(parts)
+      parts_(std::move(parts))
 {
 }
 
@@ -20,23 +18,23 @@ void Reload::run()
 {
     reopenLog();
     hostLog()->info("SIGHUP: reading again what can be read while the agent runs");
-    parts_.agent.reloadConfiguration();
-    parts_.notifications.readSettingsAgain();
+    parts_.agentConfiguration();
+    parts_.trapSettings();
     files_.report();
     hostLog()->info("SIGHUP: options of the command line, listening addresses and the state "
                     "directory stay as they are until a restart");
-    parts_.health.reloaded();
+    parts_.done();
     hostLog()->flush();
 }
 
 void Reload::reopenLog() const
 {
-    if (options_.log.file.empty()) {
+    if (log_.file.empty()) {
         return;
     }
     try {
-        configureLog(options_.log);
-        hostLog()->info("SIGHUP: log file {}: opened anew", options_.log.file);
+        configureLog(log_);
+        hostLog()->info("SIGHUP: log file {}: opened anew", log_.file);
     } catch (const StartupError& error) {
         hostLog()->error("SIGHUP: {}; lines go on to the file that was open", error.what());
     }

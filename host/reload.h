@@ -1,33 +1,33 @@
 #pragma once
 
-#include "host/agent_options.h"
+#include "host/platform/host_log.h"
+
+#include <functional>
 
 namespace talvik {
 
-class HealthSource;
-class NotificationService;
-class SnmpAgent;
 class StartFiles;
 
 /// What SIGHUP does: reads again what can be read while the agent runs, and says for each thing
 /// what came of it or that it takes a restart. On the thread of the agent's loop.
 class Reload {
 public:
+    /// What others do at it. Each says in the log what came of it.
     struct Parts {
-        SnmpAgent& agent;
-        NotificationService& notifications;
-        HealthSource& health;
+        std::function<void()> agentConfiguration;
+        std::function<void()> trapSettings;
+        std::function<void()> done;  ///< says nothing
     };
 
-    /// All of these outlive it.
-    Reload(const AgentOptions& options, const StartFiles& files, Parts parts);
+    /// All that is referred to outlives it.
+    Reload(const LogSettings& log, const StartFiles& files, Parts parts);
 
     void run();
 
 private:
     void reopenLog() const;
 
-    const AgentOptions& options_;
+    const LogSettings& log_;
     const StartFiles& files_;
     const Parts parts_;
 };

@@ -216,7 +216,7 @@ AgentHealth::Master SnmpAgent::masterState() const
     if (!master_) {
         return AgentHealth::Master::None;
     }
-    return master_->isConnected() ? AgentHealth::Master::Connected : AgentHealth::Master::Away;
+    return master_->isServing() ? AgentHealth::Master::Connected : AgentHealth::Master::Away;
 }
 
 std::vector<std::string> SnmpAgent::configure()
@@ -246,7 +246,7 @@ std::vector<std::string> SnmpAgent::configure()
         hostLog()->warn("{}", oneLine(warning));
     }
     reload_ = std::make_unique<ConfigurationReload>(
-        ConfigurationReload::Files{settings_.configFile, persistentFileIn(settings_.persistentDir)},
+        ConfigurationReload::Files{settings_.configFile, settings_.persistentDir},
         settings_.master.has_value(), log_);
     return warnings;
 }

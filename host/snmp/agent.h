@@ -54,7 +54,7 @@ public:
     /// What `serve` took, and what came of the requests for it.
     std::vector<ServedObject> served() const { return bridge_->served(); }
 
-    /// Whether there is an AgentX master, and whether it is connected.
+    /// Whether there is an AgentX master, and whether managers reach anything here through it.
     AgentHealth::Master masterState() const;
 
     /// Reads the configuration. Returns the library's warnings about its lines (unknown words, for

@@ -11,8 +11,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 // Exported by the library, declared in none of its headers.
 extern "C" {
@@ -24,6 +26,7 @@ namespace talvik {
 
 namespace {
 
+constexpr int kRegister = 1;      ///< the library's SNMPD_CALLBACK_REGISTER_OID
 constexpr int kSessionEnds = 11;  ///< the library's SNMPD_CALLBACK_INDEX_STOP
 
 constexpr std::chrono::milliseconds kFirstPause{100};
@@ -35,6 +38,58 @@ constexpr std::array<unsigned char, 20> kPing = {1, 13, 0x10, 0};
 
 /// The one instance. The library would free a callback's argument when it shuts down.
 AgentxMaster* current = nullptr;
+
+/// What came of one subtree.
+struct Offer {
+    bool taken = false;
+    std::string reason;  ///< of a refusal
+};
+
+/// The library tells what came of it in its log and in `snmp_errno` only.
+Offer offer(netsnmp_subtree& subtree, LibraryLog& log)
+{
+    register_parameters what{};
+    what.name = subtree.name_a;
+    what.namelen = subtree.namelen;
+    what.priority = subtree.priority;
+    what.range_subid = subtree.range_subid;
+    what.range_ubound = subtree.range_ubound;
+    what.timeout = subtree.timeout;
+    what.flags = subtree.flags;
+    const auto* registered = subtree.reginfo;
+    const bool hasContext = registered != nullptr && registered->contextName != nullptr;
+    what.contextName = hasContext ? registered->contextName : "";
+    log.startKeeping();
+    snmp_errno = SNMPERR_SUCCESS;
+    snmp_call_callbacks(SNMP_CALLBACK_APPLICATION, kRegister, &what);
+    for (const auto& line : log.stopKeeping()) {
+        if (line.level == LibraryLog::Level::Error) {
+            return {false, line.text};
+        }
+    }
+    return snmp_errno == SNMPERR_TIMEOUT ? Offer{false, "no answer"} : Offer{true, ""};
+}
+
+/// Those that can be offered to a master, as `register_mib_reattach` would.
+std::vector<netsnmp_subtree*> subtrees()
+{
+    std::vector<netsnmp_subtree*> all;
+    for (auto* context = get_top_context_cache(); context != nullptr; context = context->next) {
+        for (auto* one = context->first_subtree; one != nullptr; one = one->next) {
+            for (auto* part = one; part != nullptr; part = part->children) {
+                if (part->namelen > 1) {
+                    all.push_back(part);
+                }
+            }
+        }
+    }
+    return all;
+}
+
+bool isTaken(const netsnmp_subtree* subtree)
+{
+    return (subtree->flags & SUBTREE_ATTACHED) != 0;
+}
 
 bool mustWait(int error)
 {
@@ -81,14 +136,16 @@ void AgentxMaster::begin()
 
 LoopWatcher::Time AgentxMaster::deadline() const
 {
-    return state_ == State::Away || state_ == State::Probing ? next_ : Time::max();
+    const bool waits = state_ == State::Away || state_ == State::Probing ||
+                       (state_ == State::Connected && refused_.value_or(0) != 0);
+    return waits ? next_ : Time::max();
 }
 
 void AgentxMaster::proceed(bool /*ready*/, Time now)
 {
     if (state_ == State::Probing) {
         goOnWithProbe(now);
-    } else if (state_ == State::Away && now >= next_) {
+    } else if (now >= deadline()) {
         startProbe(now);
     }
 }
@@ -105,13 +162,13 @@ void AgentxMaster::startProbe(Time now)
     const int family = address_.socket.ss_family;
     probe_ = ::socket(family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (probe_ < 0) {
-        tryLater(std::strerror(errno), now);
+        goOnLater(std::strerror(errno), now);
         return;
     }
     const auto* const socket = reinterpret_cast<const sockaddr*>(&address_.socket);
     // A local socket whose queue is full says so at once (EAGAIN) and never becomes connected.
     if (::connect(probe_, socket, address_.size) != 0 && errno != EINPROGRESS) {
-        tryLater(errno == EAGAIN ? "it takes no connection" : std::strerror(errno), now);
+        goOnLater(errno == EAGAIN ? "it takes no connection" : std::strerror(errno), now);
         return;
     }
     state_ = State::Probing;
@@ -126,49 +183,101 @@ void AgentxMaster::goOnWithProbe(Time now)
         asked_ ? ::recv(probe_, answer.data(), answer.size(), MSG_DONTWAIT)
                : ::send(probe_, kPing.data(), kPing.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (count > 0 && asked_) {
-        connect(now);
+        closeProbe();
+        if (session_) {
+            offerSubtrees(now);
+        } else {
+            connect(now);
+        }
     } else if (count > 0) {
         asked_ = true;
     } else if (count == 0 || !mustWait(errno)) {
-        tryLater(count == 0 ? "it closed the connection" : std::strerror(errno), now);
+        goOnLater(count == 0 ? "it closed the connection" : std::strerror(errno), now);
     } else if (now >= next_) {
-        tryLater("it does not answer", now);
+        goOnLater("it does not answer", now);
     }
 }
 
 void AgentxMaster::connect(Time now)
 {
-    closeProbe();
     if (subagent_open_master_session() != 0) {
         tryLater("it opens no session", now);
         return;
     }
-    state_ = State::Connected;
-    registerAll();
-    if (state_ != State::Connected) {
-        return;  // it has gone again meanwhile
-    }
-    hostLog()->info("AgentX master {}: connected, requests come through it", name());
+    session_ = true;
     reported_ = false;
+    taken_ = 0;
+    refused_.reset();
     pause_ = {};
+    offerSubtrees(now);
 }
 
-/// The library tells of a refusal in its log only.
-void AgentxMaster::registerAll()
+/// Those that the master has not taken yet. A master may log each refusal, so of those that it has
+/// refused before, it gets one, a different one each time, and the others once it takes that.
+void AgentxMaster::offerSubtrees(Time now)
 {
-    log_.startKeeping();
-    register_mib_reattach();
-    const auto lines = log_.stopKeeping();
-    const auto isError = [](const LibraryLog::Line& line) {
-        return line.level == LibraryLog::Level::Error;
-    };
-    const auto first = std::find_if(lines.begin(), lines.end(), isError);
-    if (first != lines.end()) {
-        hostLog()->error("AgentX master {}: refuses {} of the subtrees of this agent ({}); if "
-                         "another subagent serves them, end that one and restart this agent",
-                         name(), std::count_if(lines.begin(), lines.end(), isError),
-                         oneLine(first->text));
+    state_ = State::Connected;
+    const auto all = subtrees();
+    auto left = all;
+    left.erase(std::remove_if(left.begin(), left.end(), &isTaken), left.end());
+    const bool again = refused_.has_value();
+    if (again && !left.empty()) {
+        const auto first = static_cast<std::ptrdiff_t>(turn_++ % left.size());
+        std::rotate(left.begin(), left.begin() + first, left.end());
     }
+    std::string reason;
+    for (auto* subtree : left) {
+        const auto result = offer(*subtree, log_);
+        if (!session_) {
+            return;  // it has gone meanwhile
+        }
+        if (result.taken) {
+            subtree->flags |= SUBTREE_ATTACHED;
+            continue;
+        }
+        reason = result.reason;
+        if (again) {
+            break;
+        }
+    }
+    taken_ = static_cast<std::size_t>(std::count_if(all.begin(), all.end(), &isTaken));
+    report(all.size() - taken_, reason);
+    pauseFrom(now);
+}
+
+/// Says what has changed since the last offer.
+void AgentxMaster::report(std::size_t refused, const std::string& reason)
+{
+    if (std::exchange(refused_, refused) == refused) {
+        return;
+    }
+    if (refused == 0) {
+        hostLog()->info("AgentX master {}: connected, requests come through it", name());
+    } else {
+        hostLog()->error("AgentX master {}: connected, but refuses {} of the {} subtrees of this "
+                         "agent ({}), so nobody can ask this agent for them; if another subagent "
+                         "serves them, end that one. They are offered again, at least every {} s",
+                         name(), refused, taken_ + refused, oneLine(reason),
+                         std::chrono::duration_cast<std::chrono::seconds>(kLongestPause).count());
+    }
+}
+
+/// As long as there is a session, its end is told by the library.
+void AgentxMaster::goOnLater(const std::string& reason, Time now)
+{
+    if (!session_) {
+        tryLater(reason, now);
+        return;
+    }
+    closeProbe();
+    state_ = State::Connected;
+    pauseFrom(now);
+}
+
+void AgentxMaster::pauseFrom(Time now)
+{
+    pause_ = std::clamp(2 * pause_, kFirstPause, kLongestPause);
+    next_ = now + pause_;
 }
 
 void AgentxMaster::tryLater(const std::string& reason, Time now)
@@ -179,16 +288,16 @@ void AgentxMaster::tryLater(const std::string& reason, Time now)
                         "it can",
                         name(), reason);
     }
+    session_ = false;
     state_ = State::Away;
-    pause_ = std::clamp(2 * pause_, kFirstPause, kLongestPause);
-    next_ = now + pause_;
+    pauseFrom(now);
 }
 
 /// The session with the master has ended.
 int AgentxMaster::onLost(int, int, void*, void*)
 {
     return guardCallback("AgentX", SNMPERR_GENERR, [] {
-        if (current != nullptr && current->state_ == State::Connected) {
+        if (current != nullptr && current->session_) {
             current->tryLater("it has ended the session", std::chrono::steady_clock::now());
         }
         return SNMPERR_SUCCESS;

@@ -5,6 +5,8 @@
 #include "host/snmp/library_log.h"
 
 #include <chrono>
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace talvik {
@@ -14,8 +16,9 @@ namespace talvik {
 ///
 /// The library would do so by itself, but waits for a master that does not accept, for as long as
 /// that takes. So the master is first asked for a sign of life on a connection of its own, without
-/// waiting; the library's own exchanges with it then take a second each at most. On the agent's
-/// thread only, one instance a process.
+/// waiting; the library's own exchanges with it then take a second each at most. Subtrees that the
+/// master refuses, because another subagent serves them, are offered to it again and again, too. On
+/// the agent's thread only, one instance a process.
 class AgentxMaster : public LoopWatcher {
 public:
     /// Makes the library a subagent; before its `init_agent`.
@@ -28,7 +31,9 @@ public:
     /// From now on the master is looked for. After the library has read its configuration.
     void begin();
 
-    bool isConnected() const { return state_ == State::Connected; }
+    /// Whether managers reach anything of this agent.
+    bool isServing() const { return session_ && taken_ != 0; }
+
     const std::string& name() const { return address_.text; }
 
     int descriptor() const override { return probe_; }
@@ -45,15 +50,22 @@ private:
     void startProbe(Time now);
     void goOnWithProbe(Time now);
     void connect(Time now);
-    void registerAll();
+    void offerSubtrees(Time now);
+    void report(std::size_t refused, const std::string& reason);
+    void goOnLater(const std::string& reason, Time now);
     void tryLater(const std::string& reason, Time now);
+    void pauseFrom(Time now);
 
     const AgentxAddress address_;
     LibraryLog& log_;
     State state_ = State::Idle;
-    int probe_ = -1;         ///< a connection of its own
-    bool asked_ = false;     ///< the sign of life was asked for
-    bool reported_ = false;  ///< the log says that the master is away
+    int probe_ = -1;                      ///< a connection of its own
+    bool asked_ = false;                  ///< the sign of life was asked for
+    bool reported_ = false;               ///< the log says that the master is away
+    bool session_ = false;                ///< the library has one with the master
+    std::size_t taken_ = 0;               ///< subtrees that the master passes requests for
+    std::optional<std::size_t> refused_;  ///< the others, once all have been offered
+    std::size_t turn_ = 0;                ///< whose turn it is to be offered again
     std::chrono::milliseconds pause_{0};
     Time next_ = Time::max();  ///< when to try again, or how long to wait for a sign of life
 };

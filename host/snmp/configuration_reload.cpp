@@ -6,12 +6,12 @@
 #include "host/snmp/engine_state.h"
 #include "host/snmp/net_snmp.h"
 #include "host/snmp/net_snmp_persistence.h"
-#include "host/snmp/trap_settings.h"
 #include "host/snmp/usm_users.h"
 
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <string_view>
 #include <utility>
 
 // Exported by the library, declared in none of its headers: makes the views "_all_" and "_none_".
@@ -59,13 +59,30 @@ std::string errorsOf(const std::vector<LibraryLog::Line>& lines, const std::stri
     return text;
 }
 
-void logWarnings(const std::vector<LibraryLog::Line>& lines)
+std::vector<std::string> warningsOf(const std::vector<LibraryLog::Line>& lines)
 {
+    std::vector<std::string> warnings;
     for (const auto& line : lines) {
         if (line.level == LibraryLog::Level::Warning) {
-            hostLog()->warn("{}", oneLine(line.text));
+            warnings.push_back(line.text);
         }
     }
+    return warnings;
+}
+
+void logWarnings(const std::vector<std::string>& warnings,
+                 const std::vector<std::string>& logged = {})
+{
+    for (const auto& warning : warnings) {
+        if (std::find(logged.begin(), logged.end(), warning) == logged.end()) {
+            hostLog()->warn("{}", oneLine(warning));
+        }
+    }
+}
+
+std::size_t digestOf(const SecretText& text)
+{
+    return std::hash<std::string_view>()(text.view());
 }
 
 usmUser* findUser(std::string engineId, std::string name)
@@ -73,14 +90,11 @@ usmUser* findUser(std::string engineId, std::string name)
     return usm_get_user(reinterpret_cast<u_char*>(engineId.data()), engineId.size(), name.data());
 }
 
-std::string wordAt(const std::string& line, std::size_t number)
+/// The first word of a line, which is no passphrase.
+std::string firstWord(const SecretText& line)
 {
     std::array<char, 256> word{};
-    const char* rest = line.c_str();
-    for (std::size_t i = 0; i <= number && rest != nullptr; ++i) {
-        word.front() = '\0';
-        rest = copy_nword_const(rest, word.data(), static_cast<int>(word.size()));
-    }
+    copy_nword_const(line.data(), word.data(), static_cast<int>(word.size()));
     return word.data();
 }
 
@@ -91,8 +105,7 @@ ConfigurationReload::ConfigurationReload(Files files, bool underMaster, LibraryL
       underMaster_(underMaster),
       log_(log)
 {
-    std::string fault;  // the library has found it by now
-    auto start = read(fault).value_or(Content());
+    auto start = read().content;                // the library has told by now what is wrong with it
     content_.others = std::move(start.others);  // these hold
     remember(std::move(start));
     const auto engine = UsmUsers::ownEngineId();
@@ -106,50 +119,53 @@ ConfigurationReload::ConfigurationReload(Files files, bool underMaster, LibraryL
 void ConfigurationReload::remember(Content now)
 {
     for (auto& user : now.users) {
-        wipe(user.line);
-        user.line.clear();
+        user.line = SecretText();
     }
     content_.access = std::move(now.access);
     content_.users = std::move(now.users);
 }
 
 /// Nothing is taken over yet.
-std::optional<ConfigurationReload::Content> ConfigurationReload::read(std::string& fault)
+ConfigurationReload::Reading ConfigurationReload::read()
 {
     std::vector<Line> lines;
     log_.startKeeping();
     const bool found = collectLines(files_.configuration, lines);
     const auto kept = log_.stopKeeping();
-    fault = found ? errorsOf(kept, files_.configuration) : "cannot be read";
-    if (!fault.empty()) {
-        return std::nullopt;
+    Reading reading;
+    reading.fault = found ? errorsOf(kept, files_.configuration) : "cannot be read";
+    reading.warnings = warningsOf(kept);
+    if (!reading.fault.empty()) {
+        return reading;
     }
-    Content content;
-    for (auto& line : lines) {
-        if (accessWords().count(line.first) != 0) {
-            content.access.push_back(std::move(line));
-        } else if (line.first == kUserWord && wordAt(line.second, 0) != "-e") {
-            const auto digest = std::hash<std::string>()(line.second);
-            content.users.push_back({wordAt(line.second, 0), line.second, digest});
-            wipe(line.second);
+    auto& content = reading.content;
+    for (auto& [word, rest] : lines) {
+        if (accessWords().count(word) != 0) {
+            content.access.emplace_back(std::move(word), std::move(rest));
+        } else if (word == kUserWord && firstWord(rest) != "-e") {
+            const auto digest = digestOf(rest);
+            auto name = firstWord(rest);
+            content.users.push_back({std::move(name), std::move(rest), digest});
         } else {
-            content.others.push_back(std::move(line));
+            content.others.emplace_back(std::move(word), digestOf(rest));
         }
     }
-    return content;
+    return reading;
 }
 
 void ConfigurationReload::run()
 {
-    std::string fault;
-    auto now = read(fault);
-    const auto users = now ? changedUsers(*now) : std::vector<User>();
-    const bool accessChanged = now && !underMaster_ && now->access != content_.access;
+    auto reading = read();
+    auto& now = reading.content;
+    logWarnings(reading.warnings);
+    auto fault = std::move(reading.fault);
+    const auto users = changedUsers(now);
+    const bool accessChanged = !underMaster_ && now.access != content_.access;
     if (fault.empty()) {
         fault = faultOf(users);
     }
     if (fault.empty() && accessChanged) {
-        fault = replaceAccess();
+        fault = replaceAccess(reading.warnings);
     }
     if (!fault.empty()) {
         hostLog()->error("SIGHUP: agent configuration {}: {}; access control and users stay as "
@@ -157,9 +173,9 @@ void ConfigurationReload::run()
                          files_.configuration, oneLine(fault));
         return;
     }
-    for (const auto& user : users) {
-        takeLine(kUserWord, user.line);
-        ownUsers_.insert(user.name);
+    for (const auto* user : users) {
+        takeLine(kUserWord, user->line);
+        ownUsers_.insert(user->name);
     }
     hostLog()->info("SIGHUP: agent configuration {}: access control {}, users changed or new: {}",
                     files_.configuration,
@@ -167,58 +183,75 @@ void ConfigurationReload::run()
                     : accessChanged ? "taken over"
                                     : "unchanged",
                     users.size());
-    reportOthers(*now);
-    remember(std::move(*now));
-    snmp_store(kApplicationName);
+    reportOthers(now);
+    remember(std::move(now));
+    if (const auto unwritten = store(); !unwritten.empty()) {
+        hostLog()->error("SIGHUP: {}; what was taken over holds, but what managers have changed "
+                         "since the file was written may be lost at the next start",
+                         oneLine(unwritten));
+    }
 }
 
-std::vector<ConfigurationReload::User> ConfigurationReload::changedUsers(const Content& now) const
+std::vector<const ConfigurationReload::User*>
+ConfigurationReload::changedUsers(const Content& now) const
 {
-    std::vector<User> changed;
+    std::vector<const User*> changed;
     for (const auto& user : now.users) {
         const bool known =
             std::any_of(content_.users.begin(), content_.users.end(), [&](const User& before) {
                 return before.name == user.name && before.digest == user.digest;
             });
         if (!known) {
-            changed.push_back(user);
+            changed.push_back(&user);
         }
     }
     return changed;
 }
 
 /// Makes each of them for an engine that nobody has, and takes it away again.
-std::string ConfigurationReload::faultOf(const std::vector<User>& users)
+std::string ConfigurationReload::faultOf(const std::vector<const User*>& users)
 {
     const std::string engine(kNobodysEngine.begin(), kNobodysEngine.end());
-    for (const auto& user : users) {
-        if (ownUsers_.count(user.name) == 0 &&
-            findUser(UsmUsers::ownEngineId(), user.name) != nullptr) {
-            return "user \"" + user.name +
+    for (const auto* user : users) {
+        const auto& name = user->name;
+        if (ownUsers_.count(name) == 0 && findUser(UsmUsers::ownEngineId(), name) != nullptr) {
+            return "user \"" + name +
                    "\" is one of the trap settings already; give one of "
                    "them another name";
         }
         log_.startKeeping();
-        takeLine(kUserWord, "-e 0x" + toHex(engine) + " " + user.line);
+        takeLine(kUserWord, SecretText{"-e 0x", toHex(engine), " ", user->line.view()});
         const auto errors = errorsOf(log_.stopKeeping(), files_.configuration);
-        auto* made = findUser(engine, user.name);
+        auto* made = findUser(engine, name);
         if (made != nullptr) {
             usm_remove_user(made);
             usm_free_user(made);
         }
         if (made == nullptr || !errors.empty()) {
             const auto text = errors.rfind("Error: ");
-            return "createUser " + user.name + ": " +
+            return "createUser " + name + ": " +
                    (text == std::string::npos ? "cannot be used" : errors.substr(text + 7));
         }
     }
     return "";
 }
 
-/// Returns what is wrong, with the former access control in place again.
-std::string ConfigurationReload::replaceAccess()
+/// What managers have written, into the library's file. Returns what is wrong.
+std::string ConfigurationReload::store()
 {
-    snmp_store(kApplicationName);
+    log_.startKeeping();
+    auto fault = storeForNextStart(files_.persistentDir);
+    log_.stopKeeping();  // the library's words for the same
+    return std::move(fault).value_or("");
+}
+
+/// Returns what is wrong, with the former access control in place again; says nothing of `warned`.
+std::string ConfigurationReload::replaceAccess(const std::vector<std::string>& warned)
+{
+    auto unwritten = store();  // or what managers have written would be gone
+    if (!unwritten.empty()) {
+        return unwritten;
+    }
     const auto dropAll = [] {
         dropWords(accessWords());
         vacm_standard_views(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, nullptr, nullptr);
@@ -228,21 +261,21 @@ std::string ConfigurationReload::replaceAccess()
     const bool found = takeWords(accessWords(), files_.configuration);
     const auto kept = log_.stopKeeping();
     const auto fault = found ? errorsOf(kept, files_.configuration) : "cannot be read";
-    logWarnings(kept);
+    logWarnings(warningsOf(kept), warned);
     if (!fault.empty()) {
         dropAll();
         for (const auto& [word, rest] : content_.access) {
             takeLine(word, rest);
         }
     }
-    takeWords(managersWords(), files_.persistent);
+    takeWords(managersWords(), persistentFileIn(files_.persistentDir));
     return fault;
 }
 
 void ConfigurationReload::reportOthers(const Content& now) const
 {
     Words changed;
-    const auto compare = [&](const std::vector<Line>& some, const std::vector<Line>& others) {
+    const auto compare = [&](const auto& some, const auto& others) {
         for (const auto& line : some) {
             if (std::count(some.begin(), some.end(), line) !=
                 std::count(others.begin(), others.end(), line)) {

@@ -2,11 +2,12 @@
 
 #include "host/snmp/configuration_words.h"
 #include "host/snmp/library_log.h"
+#include "host/snmp/secret_text.h"
 
 #include <cstddef>
-#include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace talvik {
@@ -19,7 +20,8 @@ class ConfigurationReload {
 public:
     struct Files {
         std::string configuration;
-        std::string persistent;  ///< has what managers have written to the access control
+        std::string persistentDir;  ///< of the library's persistent file, which has what managers
+                                    ///< have written to the access control
     };
 
     /// After the library has read its files, and before anybody but these makes users. Under an
@@ -34,20 +36,28 @@ private:
 
     struct User {
         std::string name;
-        std::string line;    ///< has passphrases; empty where they are not needed any more
+        SecretText line;     ///< empty where it is not needed any more
         std::size_t digest;  ///< tells another line
     };
 
     struct Content {
         std::vector<Line> access;
         std::vector<User> users;
-        std::vector<Line> others;  ///< hold from the next start on
+        std::vector<std::pair<std::string, std::size_t>>
+            others;  ///< word and digest; these hold from the next start on
     };
 
-    std::optional<Content> read(std::string& fault);
-    std::vector<User> changedUsers(const Content& now) const;
-    std::string faultOf(const std::vector<User>& users);
-    std::string replaceAccess();
+    struct Reading {
+        std::string fault;  ///< empty, or there is no content
+        std::vector<std::string> warnings;
+        Content content;
+    };
+
+    Reading read();
+    std::vector<const User*> changedUsers(const Content& now) const;
+    std::string faultOf(const std::vector<const User*>& users);
+    std::string store();
+    std::string replaceAccess(const std::vector<std::string>& warned);
     void reportOthers(const Content& now) const;
     void remember(Content now);
 

@@ -3,7 +3,6 @@
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/net_snmp.h"
 #include "host/snmp/net_snmp_persistence.h"
-#include "host/snmp/trap_settings.h"
 
 #include <algorithm>
 #include <cctype>
@@ -30,7 +29,7 @@ Lines* collecting = nullptr;
 void collect(const char* word, char* rest)
 {
     guardCallback("agent configuration", 0, [&] {
-        collecting->emplace_back(lowerCase(word), rest == nullptr ? "" : rest);
+        collecting->emplace_back(lowerCase(word), SecretText{rest == nullptr ? "" : rest});
         return 0;
     });
 }
@@ -94,16 +93,15 @@ bool takeWords(const Words& words, const std::string& file)
     return readWith(words, &ignore, file);
 }
 
-void takeLine(const std::string& word, std::string rest)
+void takeLine(const std::string& word, const SecretText& rest)
 {
     const auto* handler = read_config_get_handlers(kApplicationName);
     while (handler != nullptr && lowerCase(handler->config_token) != word) {
         handler = handler->next;
     }
     if (handler != nullptr) {
-        rest.push_back('\0');
-        handler->parse_line(handler->config_token, rest.data());
-        wipe(rest);
+        SecretText line{rest.view()};  // the library cuts it up
+        handler->parse_line(handler->config_token, line.data());
     }
 }
 

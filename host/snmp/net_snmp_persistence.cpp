@@ -4,6 +4,7 @@
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/durable_file.h"
 #include "host/snmp/net_snmp.h"
+#include "host/startup_error.h"
 
 #include <algorithm>
 #include <charconv>
@@ -83,6 +84,16 @@ bool tellsTheEngine(const std::string& line)
     return line.rfind("engineBoots ", 0) == 0 || line.rfind("oldEngineID ", 0) == 0;
 }
 
+/// The library tells of a full disk nowhere, and leaves a file that it cannot replace as it was.
+bool isWritten(const std::filesystem::path& file)
+{
+    try {
+        return isComplete(readFile(file));
+    } catch (const StartupError&) {
+        return false;
+    }
+}
+
 int writeEndMark(int, int, void*, void*)
 {
     return guardCallback("net-snmp's persistent file", SNMPERR_GENERR, [] {
@@ -148,6 +159,29 @@ void storeForLibrary(const std::string& directory, const EngineState& engine)
     content += "engineBoots " + std::to_string(engine.boots - 1) + "\n";
     content += "oldEngineID 0x" + toHex(engine.id) + "\n";
     writeDurably(file, content + kEndMark + "\n");
+}
+
+std::optional<std::string> storeForNextStart(const std::string& directory)
+{
+    const auto file = persistentFile(directory);
+    const auto former = backupFile(directory, 0);
+    std::error_code error;
+    if (!isWritten(file) && isWritten(former)) {  // what an earlier failure has left
+        std::filesystem::rename(former, file, error);
+    }
+    std::filesystem::rename(file, former, error);
+    if (error && error != std::errc::no_such_file_or_directory) {
+        return file.string() + " cannot be written: " + error.message();
+    }
+    snmp_save_persistent(kApplicationName);
+    snmp_call_callbacks(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_STORE_DATA, nullptr);
+    if (isWritten(file)) {
+        snmp_clean_persistent(kApplicationName);
+        return std::nullopt;
+    }
+    std::filesystem::rename(former, file, error);
+    return file.string() + " cannot be written whole; look whether the disk is full" +
+           (error ? "; the former one is " + former.string() : "");
 }
 
 void markPersistentFileComplete()

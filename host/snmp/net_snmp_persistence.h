@@ -33,6 +33,11 @@ std::string persistentFileIn(const std::string& directory);
 /// `StartupError`.
 void storeForLibrary(const std::string& directory, const EngineState& engine);
 
+/// Has the library write its persistent file anew, as `snmp_store` does. Returns what is wrong,
+/// with the former file in place again; nothing once the new one is there in whole. After
+/// `markPersistentFileComplete`.
+std::optional<std::string> storeForNextStart(const std::string& directory);
+
 /// Makes the library end its persistent file with a mark, from which a complete file is known.
 /// Once, after everything else that stores something is set up.
 void markPersistentFileComplete();

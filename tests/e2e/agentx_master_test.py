@@ -9,7 +9,7 @@ from agentx_master import AgentxTest
 from alarm_table import ALARMS
 from fake_backend import FakeBackend
 from notifications import ALARM_TRAP, DISK_FAILED, disk
-from talvik_e2e import (BIN, CLEAR_ALARM_LINE, CONFIG, EVERYTHING, LIMIT, READER, ROOT, TABLE, free_port, topology,
+from talvik_e2e import (BIN, CLEAR_ALARM_LINE, CONFIG, EVERYTHING, HEALTH, LIMIT, READER, ROOT, TABLE, free_port, topology,
                         wait_until)
 from trap_table import TRAPS, Destination, create, walk_of
 
@@ -60,13 +60,23 @@ class AgentxMaster(AgentxTest):
             wait_until(lambda: not self.serves(master), "the table gone with the agent")
         self.assertEqual(self.lines("snmpget", master, EVERYTHING, SYS_DESCR), [DESCRIPTION])
 
-    def test_second_agent_says_that_it_is_not_served(self):
+    def test_second_agent_says_that_it_is_not_served_and_takes_over_from_the_first(self):
         master = self.start_master()
-        self.start_subagent(master, state_dir=self.folder / "first")
-        second = self.start_subagent(master, state_dir=self.folder / "second", backend=f"unix:{self.folder / 'none'}")
-        self.assertIn("refuses 5 of the subtrees of this agent (registering pdu failed: 263!); if another subagent "
-                      "serves them, end that one", second.log())
+        first = self.start_subagent(master, state_dir=self.folder / "first")
+        second = self.start_subagent(master, connected=False, state_dir=self.folder / "second",
+                                     backend=f"unix:{self.folder / 'none'}")
+        refused = ("refuses 5 of the 5 subtrees of this agent (registering pdu failed: 263!), so nobody can ask this agent "
+                   "for them; if another subagent serves them, end that one")
+        second.wait_for_log(refused)
         self.assertEqual(self.walk(master, READER, TABLE), topology())  # the first one's, whose back end answers
+        tries = master.log().count("duplicate registration")
+        wait_until(lambda: master.log().count("duplicate registration") >= tries + 2, "further tries")
+        first.stop()
+        second.wait_for_log(": connected, requests come through it")
+        self.assertEqual(self.walk(master, READER, TABLE), topology(2))  # the second one's, without a back end
+        self.assertEqual(second.log().count("refuses"), 1, second.log())
+        self.assertIn(f"{HEALTH}.1.6.0 = INTEGER: 2", self.lines("snmpget", master, EVERYTHING, f"{HEALTH}.1.6.0"))
+        self.assertEqual(second.stop(), 0)
 
     def test_master_over_tcp(self):
         with socket.socket() as probe:

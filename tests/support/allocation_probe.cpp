@@ -44,7 +44,11 @@ void* allocate(std::size_t size)
         ++watch.live;
         watch.largest = std::max(watch.largest, size);
     }
-    return std::malloc(size == 0 ? 1 : size);
+    auto* block = std::malloc(size == 0 ? 1 : size);
+    if (watch.active && watch.byteCount != 0 && block != nullptr) {
+        std::memset(block, 0, malloc_usable_size(block));  // what C code has left there counts not
+    }
+    return block;
 }
 
 void* allocateOrThrow(std::size_t size)

@@ -1,106 +1,21 @@
 #include "host/snmp/configuration_reload.h"
 
-#include "host/snmp/usm_users.h"
-#include "tests/support/temp_dir.h"
-#include "tests/unit/host_snmp/configuration_kit.h"
-#include "tests/unit/host_snmp/log_kit.h"
-#include "tests/unit/host_snmp/sender_kit.h"
+#include "tests/unit/host_snmp/configuration_reload_kit.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace {
 
-using talvik::ConfigurationReload;
-using talvik::test::FakeWords;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 const std::string kReader = "rocommunity reader\n";
 const std::string kUser = "createUser reloaded SHA-256 authentication\n";
 
-/// Access control is words that only note what is taken, users are the library's.
-class ConfigurationReloadOf : public testing::Test {
-protected:
-    ConfigurationReloadOf()
-    {
-        register_config_handler(talvik::kApplicationName, "createUser", &usm_parse_create_usmUser,
-                                nullptr, nullptr);
-    }
-
-    ~ConfigurationReloadOf() override
-    {
-        unregister_config_handler(talvik::kApplicationName, "createUser");
-        while (auto* user = known("reloaded")) {
-            usm_remove_user(user);
-            usm_free_user(user);
-        }
-    }
-
-    static usmUser* known(const std::string& name)
-    {
-        const auto engine = talvik::UsmUsers::ownEngineId();
-        return usm_get_user(reinterpret_cast<const u_char*>(engine.data()), engine.size(),
-                            name.c_str());
-    }
-
-    static std::string keyOf(const std::string& name)
-    {
-        const auto* user = known(name);
-        return user == nullptr ? "" : std::string(user->authKey, user->authKey + user->authKeyLen);
-    }
-
-    /// The agent has read `text` and goes on.
-    void start(const std::string& text, bool underMaster = false)
-    {
-        const auto file = folder.write("agent.conf", text);
-        read_config(file.c_str(), read_config_get_handlers(talvik::kApplicationName),
-                    NORMAL_CONFIG);
-        reload = std::make_unique<ConfigurationReload>(
-            ConfigurationReload::Files{file, folder.path("persistent.conf")}, underMaster, library);
-    }
-
-    /// The file is `text` by now: what the agent says to SIGHUP.
-    std::vector<std::string> becomes(const std::string& text)
-    {
-        folder.write("agent.conf", text);
-        return again();
-    }
-
-    std::vector<std::string> again()
-    {
-        const talvik::test::LoggerCapture log("host");
-        reload->run();
-        return log.lines();
-    }
-
-    static auto done(const std::string& access, int users)
-    {
-        return HasSubstr(": access control " + access +
-                         ", users changed or new: " + std::to_string(users));
-    }
-
-    static auto refused(const std::string& reason)
-    {
-        return AllOf(HasSubstr(reason), HasSubstr("; access control and users stay as they were"));
-    }
-
-    static auto nextStart(const std::string& word)
-    {
-        return HasSubstr(": " + word + " has changed; it takes effect at the next start");
-    }
-
-    const talvik::test::TempDir folder;
-    FakeWords words{{"rocommunity", "view", "sysLocation", "agentAddress", "vacmView"}};
-    talvik::LibraryLog library;
-    std::unique_ptr<ConfigurationReload> reload;
-};
+using ConfigurationReloadOf = talvik::test::ConfigurationReloadTest;
 
 TEST_F(ConfigurationReloadOf, AnUnchangedFileDropsNothing)
 {
@@ -220,7 +135,8 @@ TEST_F(ConfigurationReloadOf, UnderAMasterAccessControlIsTheMasters)
 
 TEST_F(ConfigurationReloadOf, WhatManagersWroteIsReadAgainWithTheAccessControl)
 {
-    folder.write("persistent.conf", "vacmView theirs\nrocommunity no\n");
+    const talvik::test::StoredLine line("vacmView theirs");
+    const talvik::test::StoredLine other("rocommunity no");
     start(kReader);
 
     becomes("rocommunity writer\n");
@@ -228,17 +144,28 @@ TEST_F(ConfigurationReloadOf, WhatManagersWroteIsReadAgainWithTheAccessControl)
     EXPECT_THAT(words.taken(), ElementsAre("rocommunity writer", "vacmView theirs"));
 }
 
-TEST_F(ConfigurationReloadOf, PassphrasesAreInNoLine)
-{
-    start(kReader);
+const std::string kUnknownWord = "nonsense here\n";
 
-    for (const std::string& rest :
-         {std::string("SHA-256 top-secret-words\n"), std::string("SHA-333 top-secret-words\n"),
-          std::string("SHA-256 top-secret-words AES tiny\n")}) {
-        for (const auto& line : becomes(kReader + "createUser reloaded " + rest)) {
-            EXPECT_THAT(line, Not(HasSubstr("secret")));
-        }
-    }
+TEST_F(ConfigurationReloadOf, AnUnknownWordIsToldAtEachReadingOnce)
+{
+    const auto unknown = HasSubstr("line 2: Warning: Unknown token: nonsense.");
+    start(kReader + kUnknownWord);
+
+    EXPECT_THAT(again(), ElementsAre(unknown, done("unchanged", 0)));
+    EXPECT_THAT(becomes(kReader + kUnknownWord + "view all\n"),
+                ElementsAre(unknown, done("taken over", 0)));
+    EXPECT_THAT(becomes(kReader + kUnknownWord + kUser),
+                ElementsAre(unknown, done("taken over", 1)));
+    EXPECT_THAT(becomes(kReader + kUnknownWord + "view is wrong\n"),
+                ElementsAre(unknown, refused("line 3: Error: that is wrong")));
+}
+
+TEST_F(ConfigurationReloadOf, AnUnknownWordIsToldUnderAMasterToo)
+{
+    start(kReader, true);
+
+    EXPECT_THAT(becomes(kReader + kUnknownWord), ElementsAre(HasSubstr("Unknown token: nonsense."),
+                                                             done("is the AgentX master's", 0)));
 }
 
 }  // namespace

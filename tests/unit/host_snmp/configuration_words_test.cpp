@@ -12,6 +12,7 @@
 namespace {
 
 using talvik::ConfigurationLine;
+using talvik::SecretText;
 using talvik::test::FakeWords;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -89,8 +90,8 @@ TEST_F(ConfigurationWordsOf, OfAListAreTakenAndOthersPassedOver)
 
 TEST_F(ConfigurationWordsOf, OneLineIsTakenWhateverItsWordLooksLike)
 {
-    talvik::takeLine("syslocation", "the cellar");
-    talvik::takeLine("nonsense", "x");
+    talvik::takeLine("syslocation", SecretText{"the cellar"});
+    talvik::takeLine("nonsense", SecretText{"x"});
 
     EXPECT_THAT(words.taken(), ElementsAre("sysLocation the cellar"));
 }
@@ -109,7 +110,7 @@ TEST_F(ConfigurationWordsOf, AreTheLibrarysOwnAgainAfterwards)
     collect("rocommunity a\n");
     talvik::takeWords({"view"}, folder.path("file"));
 
-    talvik::takeLine("rocommunity", "a");
+    talvik::takeLine("rocommunity", SecretText{"a"});
 
     EXPECT_THAT(words.taken(), SizeIs(1));
 }
