@@ -74,7 +74,7 @@ configureAndBuild()
 isRecent() { [ -n "$(find "$1" -mtime -7 2>/dev/null)" ]; }
 
 # What the packages are made of; everything else that is built is for tests and benchmarks.
-packageTargets=(SnmpTalvikMibModule talvik-agentd talvik-backendd talvikctl
+packageTargets=(SnmpTalvikMibModule talvik-agentd talvik-backendd talvikctl talvik-printed-files
     talvik_framework talvik_reference_platform talvik_snmp_types)
 
 mkdir -p "$root/build"
