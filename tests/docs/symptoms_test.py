@@ -5,7 +5,9 @@ A quotation is what stands in a block of text or between quotation marks, with "
 the sources, or has a row of ROWS below: a command that is run here and prints it. Each row stands on the page.
 """
 
+import pathlib
 import re
+import signal
 import tempfile
 import unittest
 from typing import NamedTuple
@@ -161,7 +163,18 @@ SMALL = [
     Said("many variables", f"snmpget {PUBLIC} HOST:1161" + f" {STATUS}" * 40,
          "(tooBig) Response message would have been too large."),
 ]
-ROWS = SAID + THERE + AWAY + SMALL
+# Of an agent that is told to read its configuration again.
+REFUSED = [
+    Said("a wrong line", "", "SIGHUP: agent configuration ...: ...; access control and users stay as they were"),
+]
+MISSPELT = [
+    Said("a misspelt word", "", "...: line ...: Warning: Unknown token: ..."),
+    Said("an address", "", "SIGHUP: agent configuration ...: ... has changed; it takes effect at the next start"),
+]
+FULL = [
+    Said("a folder that is a file", "", "cannot be written: ", "net-snmp/talvik-agentd.conf cannot be written: Not a directory"),
+]
+ROWS = SAID + THERE + AWAY + SMALL + REFUSED + MISSPELT + FULL
 
 
 class Quotations(unittest.TestCase):
@@ -235,6 +248,27 @@ class Symptoms(unittest.TestCase):
         self.place.start_agent()
 
         self.assert_said(SMALL)
+
+    def reload_with(self, text):
+        with open(self.place.config, "a", encoding="ascii") as config:
+            config.write(text)
+        self.place.agent.send(signal.SIGHUP)
+
+    def test_of_a_configuration_that_is_read_again(self):
+        self.place.start_agent()
+        good = self.place.config.read_text(encoding="ascii")
+        self.reload_with("view talvik sideways .1\n")
+        self.assert_said(REFUSED)
+
+        self.place.config.write_text(good, encoding="ascii")
+        self.reload_with("misspelt word\nagentAddress udp:1\n")
+        self.assert_said(MISSPELT)
+
+        state = pathlib.Path(self.place.here("/var/lib/talvik/net-snmp"))
+        state.rename(state.with_name("moved"))
+        state.write_text("", encoding="ascii")
+        self.reload_with("rocommunity late 127.0.0.1\n")
+        self.assert_said(FULL)
 
 
 if __name__ == "__main__":
