@@ -198,7 +198,7 @@ void follow(HealthSource& health, const SnmpAgent& agent, const NotificationServ
         now.objects = agent.served();
     });
     health.follow([&notifications](AgentHealth& now) { notifications.report(now); });
-    health.followNotifications([&notifications] { return notifications.subscribedSince(); });
+    health.followNotifications([&notifications] { return notifications.subscription(); });
 }
 
 /// An embedded back end's notifications come through the agent's own socket, so there is one way.

@@ -45,17 +45,12 @@ Backend HealthSource::backendState(const LinkCounters::Values& link) const
     if (facts_.backendEmbedded) {
         return Backend::Embedded;
     }
-    const auto subscribed = subscribedSince_ ? subscribedSince_() : std::nullopt;
-    if (subscribed && (link.works.value_or(true) || *subscribed > link.failed)) {
-        return Backend::Up;
+    const auto subscription = subscription_();
+    if (!subscription.works) {  // not known yet, or not wanted for want of a module
+        return !link.works ? Backend::Unknown : *link.works ? Backend::Up : Backend::Down;
     }
-    if (moduleLoaded_) {
-        return Backend::Down;  // or notifications would come, which the agent wants all the time
-    }
-    if (!link.works) {
-        return Backend::Unknown;
-    }
-    return *link.works ? Backend::Up : Backend::Down;
+    const bool answers = link.works.value_or(true) || subscription.since > link.failed;
+    return *subscription.works && answers ? Backend::Up : Backend::Down;
 }
 
 AgentHealth HealthSource::now() const

@@ -28,8 +28,11 @@ public:
     /// Adds to the health what somebody else knows of it.
     using Report = std::function<void(AgentHealth& health)>;
 
-    /// Since when the back end's notifications have come; nothing while they do not.
-    using Subscription = std::function<std::optional<Time>()>;
+    /// Whether the back end's notifications come.
+    struct Subscription {
+        std::optional<bool> works;  ///< nothing before the first attempt to have them has ended
+        Time since = Time::min();   ///< when they last began to come, if they do
+    };
 
     explicit HealthSource(Facts facts, HealthClock clock = {});
 
@@ -38,7 +41,10 @@ public:
 
     /// Whose health it is. What they know of outlives the last call of `now`.
     void follow(Report report) { reports_.push_back(std::move(report)); }
-    void followNotifications(Subscription since) { subscribedSince_ = std::move(since); }
+    void followNotifications(std::function<Subscription()> subscription)
+    {
+        subscription_ = std::move(subscription);
+    }
 
     void setModuleLoaded(bool loaded) { moduleLoaded_ = loaded; }
 
@@ -64,7 +70,7 @@ private:
     bool moduleLoaded_ = false;
     LinkCounters link_;
     std::vector<Report> reports_;
-    Subscription subscribedSince_;
+    std::function<Subscription()> subscription_ = [] { return Subscription(); };
     Time nextLine_ = Time::max();
     std::string lastLine_;
 };

@@ -113,11 +113,12 @@ void NotificationService::report(AgentHealth& health) const
     health.receivers = receivers_->count();
     health.traps = sender_.totals();
     health.notificationsTaken = channel_.received();
+    health.notificationHandlers = dispatcher_.handlers();
 }
 
-std::optional<LoopWatcher::Time> NotificationService::subscribedSince() const
+HealthSource::Subscription NotificationService::subscription() const
 {
-    return channel_.isSubscribed() ? std::optional(channel_.subscribedSince()) : std::nullopt;
+    return {channel_.works(), channel_.subscribedSince()};
 }
 
 std::vector<LoopWatcher*> NotificationService::watchers()

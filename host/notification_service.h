@@ -3,6 +3,7 @@
 #include "backend/background_work.h"
 #include "backend/command_server.h"
 #include "backend/server_thread.h"
+#include "host/health_source.h"
 #include "host/link/notification_channel.h"
 #include "host/loop_calls.h"
 #include "host/platform/device_config_file.h"
@@ -54,11 +55,11 @@ public:
     /// Reads the trap settings, even if they look unchanged.
     void readSettingsAgain() { sender_.readSettingsAgain(); }
 
-    /// Adds to `health` what is known of receivers and notifications.
+    /// Adds to `health` what is known of receivers, notifications and their handlers.
     void report(AgentHealth& health) const;
 
-    /// Since when the back end's notifications have come here; nothing while they do not.
-    std::optional<LoopWatcher::Time> subscribedSince() const;
+    /// Whether the back end's notifications come here.
+    HealthSource::Subscription subscription() const;
 
     /// What the loop has to serve.
     std::vector<LoopWatcher*> watchers();

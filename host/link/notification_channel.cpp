@@ -116,6 +116,12 @@ LoopWatcher::Time NotificationChannel::deadline() const
     return canGoOn ? kAtOnce : holdEnd_;
 }
 
+std::optional<bool> NotificationChannel::works() const
+{
+    const bool known = isSubscribed() || !reported_.empty();
+    return known ? std::optional(isSubscribed()) : std::nullopt;
+}
+
 void NotificationChannel::proceed(bool ready, Time now)
 {
     try {

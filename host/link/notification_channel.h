@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 class CTLVRecordV3;
@@ -50,7 +51,10 @@ public:
     /// True while the back end's notifications come here.
     bool isSubscribed() const { return state_ == State::Subscribed; }
 
-    /// When they began to.
+    /// Whether they do, as far as is known: nothing before the first attempt has ended.
+    std::optional<bool> works() const;
+
+    /// When they last began to come.
     Time subscribedSince() const { return subscribedSince_; }
 
     /// How many notifications came since the start, repeats included.

@@ -26,6 +26,19 @@ struct ServedObject {
     RequestCounters counters;
 };
 
+/// What came of the alarms and events that one notification handler was offered since the agent
+/// started.
+struct NotificationHandlerCounters {
+    std::uint64_t built = 0;    ///< a notification was made, whether or not anybody receives it
+    std::uint64_t refused = 0;  ///< none was made, or one that cannot be sent
+};
+
+/// One notification handler that the module registered.
+struct NotificationHandlerHealth {
+    ObjectId base;  ///< that the objects of its notifications hang under; empty when it failed
+    NotificationHandlerCounters counters;
+};
+
 /// What came of all notifications since the agent started.
 struct TrapTotals {
     std::uint64_t sent = 0;
@@ -57,6 +70,7 @@ struct AgentHealth {
     std::uint64_t notificationsTaken = 0;
     TrapTotals traps;
     std::vector<ServedObject> objects;
+    std::vector<NotificationHandlerHealth> notificationHandlers;  ///< as they are asked
 };
 
 /// The sum over all objects.

@@ -20,10 +20,12 @@ using Instances = std::vector<Instance>;
 /// What a request keeps until it ends.
 constexpr const char* kKey = "talvik:health";
 
-// Below the root: .1 the scalars, .2.1 the table of served objects.
+// Below the root: .1 the scalars, .2.1 the table of served objects, .2.2 that of the notification
+// handlers.
 constexpr unsigned long kScalars = 1;
 constexpr unsigned long kServed = 2;
-constexpr unsigned long kTable = 1;
+constexpr unsigned long kObjects = 1;
+constexpr unsigned long kNotificationHandlers = 2;
 constexpr unsigned long kEntry = 1;
 
 /// Cut where it is too long; between two characters, if it is UTF-8.
@@ -112,6 +114,26 @@ std::vector<SnmpValue> columnsOf(const ServedObject& object)
             counter(object.counters.errors)};
 }
 
+std::vector<SnmpValue> columnsOf(const NotificationHandlerHealth& handler)
+{
+    return {text(toText(handler.base)), counter(handler.counters.built),
+            counter(handler.counters.refused)};
+}
+
+/// Appends a row for each, numbered from 1.
+template <typename Rows>
+void appendTable(Instances& instances, unsigned long table, const Rows& rows)
+{
+    unsigned long row = 0;
+    for (const auto& one : rows) {
+        ++row;
+        unsigned long column = 1;
+        for (const auto& value : columnsOf(one)) {
+            instances.push_back({{kServed, table, kEntry, ++column, row}, value});
+        }
+    }
+}
+
 const Instances& instancesFor(netsnmp_agent_request_info* info,
                               const std::function<AgentHealth()>& source)
 {
@@ -191,14 +213,8 @@ Instances healthInstances(const AgentHealth& health)
     for (const auto& value : scalarsOf(health)) {
         instances.push_back({{kScalars, ++number, 0}, value});
     }
-    unsigned long row = 0;
-    for (const auto& object : health.objects) {
-        ++row;
-        unsigned long column = 1;
-        for (const auto& value : columnsOf(object)) {
-            instances.push_back({{kServed, kTable, kEntry, ++column, row}, value});
-        }
-    }
+    appendTable(instances, kObjects, health.objects);
+    appendTable(instances, kNotificationHandlers, health.notificationHandlers);
     std::sort(instances.begin(), instances.end(),
               [](const Instance& a, const Instance& b) { return a.first < b.first; });
     return instances;

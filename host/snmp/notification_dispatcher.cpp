@@ -158,6 +158,22 @@ void NotificationDispatcher::dispatch(const CTLVRecordV3& record, const Delivery
     }
 }
 
+std::vector<NotificationHandlerHealth> NotificationDispatcher::handlers() const
+{
+    std::vector<NotificationHandlerHealth> all;
+    for (auto* const handler : CNotifyHandler::instance()->handlers()) {
+        NotificationHandlerHealth health;
+        const auto ignored = callHandler([&] { health.base = toObjectId(handler->getBaseOid()); });
+        static_cast<void>(ignored);  // an empty base says it
+        const auto found = counters_.find(handler);
+        if (found != counters_.end()) {
+            health.counters = found->second;
+        }
+        all.push_back(std::move(health));
+    }
+    return all;
+}
+
 void NotificationDispatcher::offer(INotifyMsgHandler& handler, const CTLVRecordV3& record,
                                    const Delivery& delivery)
 {
@@ -165,13 +181,13 @@ void NotificationDispatcher::offer(INotifyMsgHandler& handler, const CTLVRecordV
     const bool sendable =
         answer.build(handler, record) && answer.complete(handler, record, receivers_);
     if (!sendable) {
-        ++refused_;
+        ++counters_[&handler].refused;
         if (!answer.problem().empty() && lines_.take()) {
             hostLog()->error("no trap for {}: {}", alarmOf(record), oneLine(answer.problem()));
         }
         return;
     }
-    ++built_;
+    ++counters_[&handler].built;
     if (!answer.trap().receivers.empty()) {
         sink_(std::move(answer.trap()), delivery);
     }

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "host/snmp/agent_health.h"
 #include "host/snmp/line_budget.h"
 #include "host/snmp/trap.h"
 
-#include <cstdint>
 #include <functional>
 #include <list>
 #include <map>
 #include <string>
+#include <vector>
 
 class CTLVRecordV3;
 class INotifyMsgHandler;
@@ -31,9 +32,8 @@ public:
     /// own.
     void dispatch(const CTLVRecordV3& record, const Delivery& delivery);
 
-    /// How many notifications went to the sink, and how many handlers made none of a record.
-    std::uint64_t built() const { return built_; }
-    std::uint64_t refused() const { return refused_; }
+    /// The registered handlers in their order, with what came of them so far.
+    std::vector<NotificationHandlerHealth> handlers() const;
 
 private:
     void offer(INotifyMsgHandler& handler, const CTLVRecordV3& record, const Delivery& delivery);
@@ -41,8 +41,7 @@ private:
     const Sink sink_;
     std::map<std::string, tTrapDestInfo> receivers_;
     LineBudget lines_;  ///< of notifications that cannot be sent
-    std::uint64_t built_ = 0;
-    std::uint64_t refused_ = 0;
+    std::map<const INotifyMsgHandler*, NotificationHandlerCounters> counters_;
 };
 
 }  // namespace talvik

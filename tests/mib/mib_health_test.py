@@ -7,12 +7,16 @@ from mib_agent import ALARMS, MibAgentTest
 from mib_facts import AGENT_MIB_TEXT, DATE_AND_TIME, differences, facts_of_net_snmp, facts_of_text, read_mib, run_tool
 from mib_walk import READABLE, altered, cells_of, name_of, walk_faults, write_faults
 
+from notifications import DISK_FAILED, disk
 from snmp_wire import NO_SUCH_OBJECT
-from talvik_e2e import EVERYTHING, HEALTH, SOURCE, free_port
+from talvik_e2e import EVERYTHING, HEALTH, SOURCE, free_port, wait_until
 
 NAME = "TALVIK-AGENT-MIB"
 SERVED = 4  # objects of the module, a row each
 ROW = ["Name", "Id", "Access", "Requests", "Sets", "Errors"]
+HANDLERS = 2  # of notifications, a row each
+HANDLER_ROW = ["Base", "Built", "Refused"]
+ROWS = {"talvikAgentObjectTable": SERVED, "talvikAgentHandlerTable": HANDLERS}
 
 
 class MibHealth(MibAgentTest):
@@ -36,8 +40,9 @@ class MibHealth(MibAgentTest):
         self.assertEqual([one for one, value in facts.items() if one[1] == "is described" and not value], [])
 
     def test_every_object_is_in_a_group_that_agents_must_have(self):
-        compliance, = self.module.compliances
-        self.assertEqual(compliance.members, [group.name for group in self.module.groups])
+        self.assertEqual([one.name for one in self.module.compliances],
+                         ["talvikAgentCompliance", "talvikAgentFullCompliance"])
+        self.assertEqual(self.module.compliances[-1].members, [group.name for group in self.module.groups])
         self.assertEqual(sorted(name for group in self.module.groups for name in group.members),
                          sorted(one.name for one in self.module.objects() if one.access in READABLE))
 
@@ -51,7 +56,7 @@ class MibHealth(MibAgentTest):
 
     def test_a_walk_shows_what_the_text_says(self):
         cells = cells_of(self.manager(self.start_with_receiver(free_port())), HEALTH)
-        self.assertEqual(len(cells), len(self.module.scalars) + len(ROW) * SERVED)
+        self.assertEqual(len(cells), len(self.module.scalars) + len(ROW) * SERVED + len(HANDLER_ROW) * HANDLERS)
         self.assertEqual(walk_faults(self.module, cells), [])
 
         for name, changes, fault in (
@@ -64,6 +69,9 @@ class MibHealth(MibAgentTest):
                 ("talvikAgentObjectNumber", {"access": "read-only"}, "talvikAgentObjectNumber: is not served"),
                 ("talvikAgentObjectName", {"access": "not-accessible"},
                  "talvikAgentObjectName: is served although it is not-accessible"),
+                ("talvikAgentHandlerBuilt", {"base": "Gauge32"},
+                 "talvikAgentHandlerBuilt: type 0x46 where the text has Gauge32"),
+                ("talvikAgentHandlerRefused", {"oid": f"{HEALTH[1:]}.2.2.1.5"}, "talvikAgentHandlerRefused: is not served"),
                 ("talvikAgentErrors", {"oid": f"{HEALTH[1:]}.1.22"}, "talvikAgentErrors: is not served"),
                 ("talvikAgentErrors", {"oid": f"{HEALTH[1:]}.1.22"},
                  f"{HEALTH}.1.14.0: is served, but the text has no object there")):
@@ -74,9 +82,11 @@ class MibHealth(MibAgentTest):
         manager = self.manager(self.start_with_receiver(free_port()))
         self.assertEqual({one.access for one in self.module.objects()}, {"read-only", "not-accessible"})
         self.assertEqual(write_faults(self.module, manager, cells_of(manager, HEALTH)), [])
-        index, = [one for one in self.module.objects() if one.access not in READABLE]
-        self.assertEqual(manager.get(f"{name_of(index)}.1").bindings[0].tag, NO_SUCH_OBJECT)
-        self.assertEqual(manager.set((f"{name_of(index)}.1", "u", 1)).error, "notWritable")
+        indexes = [one for one in self.module.objects() if one.access not in READABLE]
+        self.assertEqual(len(indexes), len(ROWS))
+        for index in indexes:
+            self.assertEqual(manager.get(f"{name_of(index)}.1").bindings[0].tag, NO_SUCH_OBJECT)
+            self.assertEqual(manager.set((f"{name_of(index)}.1", "u", 1)).error, "notWritable")
 
     def test_snmptranslate_knows_every_name(self):
         oids = {name: oid for (name, aspect), oid in facts_of_text(AGENT_MIB_TEXT).items() if aspect == "oid"}
@@ -90,7 +100,7 @@ class MibHealth(MibAgentTest):
                  for line in self.ask(self.start_with_receiver(free_port()), "snmpwalk", HEALTH)]
         names = [one.name for one in self.module.scalars]
         names += [one.name for table in self.module.tables for one in table.columns if one.access in READABLE
-                  for _ in range(SERVED)]
+                  for _ in range(ROWS[table.name])]
         self.assertEqual([line and line[1] for line in shown], names)
         objects = {one.name: one.syntax for one in self.module.objects()}
         for name, _, kind, value in (line.groups() for line in shown):
@@ -110,9 +120,12 @@ class MibHealth(MibAgentTest):
                                   ({**without, **nobody}, ["missing(2)", "none(1)", "unknown(4)"])):
             with self.subTest(expected):
                 agent = self.start(**changes)
-                shown = [line.split(": ")[1] for line in self.ask(agent, "snmpget", *names)]
+
+                def shown():
+                    return [line.split(": ")[1] for line in self.ask(agent, "snmpget", *names)]
+
+                wait_until(lambda: shown() == expected, "the states")
                 agent.stop()
-                self.assertEqual(shown, expected)
 
     def test_snmptable_shows_what_is_served(self):
         agent = self.start_with_receiver(free_port())
@@ -125,6 +138,22 @@ class MibHealth(MibAgentTest):
                                 ["2", "talvikAlarmTable", root + "10.1.1", "readOnly", "1", "0", "0"],
                                 ["3", "talvikClearAlarm", root + "10.1.2", "writable", "0", "0", "0"],
                                 ["4", "talvikTrapTable", root + "10.4.1", "writable", "2", "2", "0"]])
+
+    def test_snmptable_shows_what_notification_handlers_made(self):
+        agent = self.start()
+        table = ["snmptable", "talvikAgentHandlerTable"]
+
+        def rows():
+            _, _, heading, *found = self.ask(agent, *table, options=["-Cf", "|", "-Cb", "-Ci"])
+            self.assertEqual(heading.split("|"), ["index", *HANDLER_ROW])
+            return [line.replace(" notifications", "").split("|") for line in found]
+
+        bases = ["1.3.6.1.4.1.99999.2.91.10.3.1.1", "1.3.6.1.4.1.99999.2.251.20.1.3"]
+        self.assertEqual(rows(), [["1", bases[0], "0", "0"], ["2", bases[1], "0", "0"]])
+        client = self.client()
+        client.raise_alarm(DISK_FAILED, disk(7))
+        client.raise_alarm(1)  # not in the catalogue: nobody can say what it is
+        wait_until(lambda: rows() == [["1", bases[0], "1", "1"], ["2", bases[1], "1", "1"]], "both alarms counted")
 
 
 if __name__ == "__main__":

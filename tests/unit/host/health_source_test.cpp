@@ -35,7 +35,7 @@ protected:
             health.notificationsTaken = taken;
             health.traps = traps;
         });
-        source.followNotifications([this] { return subscribed; });
+        source.followNotifications([this] { return subscription; });
     }
 
     Backend backend() const { return source.now().backend; }
@@ -58,7 +58,7 @@ protected:
     std::uint64_t receivers = 0;
     std::uint64_t taken = 0;
     talvik::TrapTotals traps;
-    std::optional<LoopWatcher::Time> subscribed;
+    HealthSource::Subscription subscription;
     HealthSource source{{"1.2.3", "/a/module.so", "unix:/b.sock", false}, clock.clock()};
     talvik::test::LoggerCapture log{"host"};
 };
@@ -111,9 +111,18 @@ TEST_F(HealthOf, OthersIsWhatTheyReportNow)
     EXPECT_EQ(health.objects.size(), 2U);
 }
 
-TEST_F(HealthOf, ABackEndWithoutAModuleIsAsTheLatestExchangeTells)
+TEST_F(HealthOf, ABackEndIsUnknownUntilAnythingIsKnownOfIt)
 {
-    EXPECT_EQ(backend(), Backend::Unknown) << "before the first";
+    EXPECT_EQ(backend(), Backend::Unknown);
+    source.setModuleLoaded(true);
+    EXPECT_EQ(backend(), Backend::Unknown) << "with a module as without";
+
+    subscription.works = false;
+    EXPECT_EQ(backend(), Backend::Down) << "it was not there when notifications were asked for";
+}
+
+TEST_F(HealthOf, ABackEndIsAsTheLatestCommandTellsWhileNothingIsKnownOfNotifications)
+{
     source.link().add(true);
     EXPECT_EQ(backend(), Backend::Up);
     source.link().add(false);
@@ -124,21 +133,18 @@ TEST_F(HealthOf, ABackEndWithoutAModuleIsAsTheLatestExchangeTells)
 
 TEST_F(HealthOf, ABackEndWhoseNotificationsDoNotComeIsDownWhateverItAnswers)
 {
-    source.setModuleLoaded(true);
-
-    EXPECT_EQ(backend(), Backend::Down);
+    subscription.works = false;
     source.link().add(true);
     EXPECT_EQ(backend(), Backend::Down);
-    subscribed = clock.steady();
+    subscription = {true, clock.steady()};
     EXPECT_EQ(backend(), Backend::Up);
-    subscribed.reset();
+    subscription.works = false;
     EXPECT_EQ(backend(), Backend::Down);
 }
 
 TEST_F(HealthOf, ABackEndThatFailsAfterItsNotificationsCameIsDownUntilItAnswers)
 {
-    source.setModuleLoaded(true);
-    subscribed = clock.steady();
+    subscription = {true, clock.steady()};
     EXPECT_EQ(backend(), Backend::Up) << "before the first exchange";
 
     clock.advance(1s);
@@ -151,13 +157,12 @@ TEST_F(HealthOf, ABackEndThatFailsAfterItsNotificationsCameIsDownUntilItAnswers)
 
 TEST_F(HealthOf, ABackEndWhoseNotificationsCameAgainSinceItFailedIsUp)
 {
-    source.setModuleLoaded(true);
     source.link().add(false);
-    subscribed = clock.steady();
+    subscription = {true, clock.steady()};
     EXPECT_EQ(backend(), Backend::Down) << "at the same moment";
 
     clock.advance(1s);
-    subscribed = clock.steady();
+    subscription.since = clock.steady();
 
     EXPECT_EQ(backend(), Backend::Up);
 }
@@ -240,13 +245,12 @@ TEST_F(HealthOf, AnHourWithAChangeIsOneLineWithAllCounters)
 
 TEST_F(HealthOf, AStateAloneIsAChange)
 {
-    source.setModuleLoaded(true);
-    subscribed = clock.steady();
+    subscription = {true, clock.steady()};
     source.start();
 
-    subscribed.reset();
+    subscription.works = false;
     EXPECT_THAT(nextHour(), ElementsAre(HasSubstr("back end down, ")));
-    subscribed = clock.steady();
+    subscription.works = true;
     EXPECT_THAT(nextHour(), ElementsAre(HasSubstr("back end up, ")));
 }
 

@@ -248,6 +248,28 @@ TEST_F(ChannelTest, DropsABackEndThatDoesNotAnswerTheSubscription)
     EXPECT_THAT(log_.text(), HasSubstr("no answer to the subscription within 5000 ms"));
 }
 
+TEST_F(ChannelTest, KnowsWhetherItWorksOnceAnAttemptHasEnded)
+{
+    FakePeer peer(path());
+    EXPECT_EQ(channel_.works(), std::nullopt) << "before the first";
+    turn();
+    auto silent = peer.accept();
+    EXPECT_EQ(channel_.works(), std::nullopt) << "on its way";
+    now_ += limits_.subscribe;
+    channel_.proceed(false, now_);
+    EXPECT_EQ(channel_.works(), false);
+
+    now_ = channel_.deadline();
+    auto stream = subscribe(peer);
+    EXPECT_EQ(channel_.works(), true);
+    stream.close();
+    turn();
+    EXPECT_EQ(channel_.works(), false);
+    now_ = channel_.deadline();
+    turn();
+    EXPECT_EQ(channel_.works(), false) << "the next attempt has not ended";
+}
+
 TEST_F(ChannelTest, TellsWhenAnotherAgentIsSubscribed)
 {
     FakePeer peer(path());

@@ -41,6 +41,7 @@ AgentHealth sample()
     health.notificationsTaken = 13;
     health.traps = {14, 15, 16, 17, 18};
     health.objects = {{"one", {1, 2}, false, {19, 20, 21}}, {"two", {1, 3}, true, {22, 23, 24}}};
+    health.notificationHandlers = {{{1, 4}, {25, 26}}, {{}, {27, 28}}};
     return health;
 }
 
@@ -100,13 +101,17 @@ TEST(HealthInstances, EveryColumnHasItsNumber)
     EXPECT_EQ(valueAt(sample(), {2, 1, 1, 5, 2}).number, 22);
     EXPECT_EQ(valueAt(sample(), {2, 1, 1, 6, 2}).number, 23);
     EXPECT_EQ(valueAt(sample(), {2, 1, 1, 7, 2}).number, 24);
+    EXPECT_EQ(valueAt(sample(), {2, 2, 1, 2, 1}).octets, "1.4");
+    EXPECT_EQ(valueAt(sample(), {2, 2, 1, 2, 2}).octets, "") << "it did not tell";
+    EXPECT_EQ(valueAt(sample(), {2, 2, 1, 3, 1}).number, 25);
+    EXPECT_EQ(valueAt(sample(), {2, 2, 1, 4, 2}).number, 28);
 }
 
 TEST(HealthInstances, AscendAndAreAll)
 {
     const auto instances = healthInstances(sample());
 
-    ASSERT_EQ(instances.size(), 21U + 2 * 6);
+    ASSERT_EQ(instances.size(), 21U + 2 * 6 + 2 * 3);
     for (std::size_t i = 1; i < instances.size(); ++i) {
         EXPECT_LT(instances[i - 1].first, instances[i].first);
     }
@@ -168,7 +173,7 @@ protected:
 TEST_F(HealthSubtreeOn, AGetOfWhatIsNotThereSaysWhatIsMissing)
 {
     for (const ObjectId& instance :
-         {ObjectId{1, 1, 1}, {1, 21, 0, 0}, {2, 1, 1, 2, 3}, {2, 1, 1, 7, 1, 1}}) {
+         {ObjectId{1, 1, 1}, {1, 21, 0, 0}, {2, 1, 1, 2, 3}, {2, 1, 1, 7, 1, 1}, {2, 2, 1, 4, 3}}) {
         EXPECT_EQ(typeAt(instance), SNMP_NOSUCHINSTANCE) << talvik::toText(instance);
     }
     for (const ObjectId& object : {ObjectId{},
@@ -180,6 +185,9 @@ TEST_F(HealthSubtreeOn, AGetOfWhatIsNotThereSaysWhatIsMissing)
                                    {2, 1, 1, 1, 1},
                                    {2, 1, 1, 8, 1},
                                    {2, 1, 2, 2, 1},
+                                   {2, 2, 1, 1, 1},
+                                   {2, 2, 1, 5, 1},
+                                   {2, 3, 1, 2, 1},
                                    {3, 1, 0}}) {
         EXPECT_EQ(typeAt(object), SNMP_NOSUCHOBJECT) << talvik::toText(object);
     }

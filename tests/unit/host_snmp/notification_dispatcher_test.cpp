@@ -14,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -48,7 +49,7 @@ public:
         return trapOid;
     }
 
-    Oidx& getBaseOid() override { return trapOid; }
+    Oidx& getBaseOid() override { return base ? *base : throw std::runtime_error("no base"); }
     int getTrapVbLen() override { return count; }
 
     void filterTrapMap(const std::map<std::string, tTrapDestInfo>& all,
@@ -73,6 +74,7 @@ public:
 
     std::function<int(const CTLVRecordV3&, Vbx*&)> construct = twoBindings;
     Oidx trapOid = Snmp_pp::Oid("1.3.6.1.9");
+    std::optional<Oidx> base = Oidx("1.3.6.1.8");
     int count = 2;
     unsigned type = 1;
     std::vector<std::string> askedFor;
@@ -152,7 +154,7 @@ TEST_F(DispatcherTest, HandsOnWhatAHandlerBuilt)
     EXPECT_EQ(traps_[0].bindings[1].value.octets, "two");
     EXPECT_THAT(indexes(traps_[0]), ElementsAre("1"));
     EXPECT_EQ(deliveries_[0], delivery);
-    EXPECT_EQ(dispatcher_.built(), 1U);
+    EXPECT_EQ(dispatcher_.handlers().at(0).counters.built, 1U);
 }
 
 TEST_F(DispatcherTest, AsksEachHandlerInTurn)
@@ -197,6 +199,39 @@ TEST_F(DispatcherTest, ForgetsReceiversThatAreGone)
     EXPECT_THAT(traps_, IsEmpty()) << "nobody receives it";
 }
 
+TEST_F(DispatcherTest, CountsWhatEachHandlerMadeOfARecord)
+{
+    addHandler();
+    addHandler().construct = [](const CTLVRecordV3&, Vbx*&) { return -1; };
+    auto& third = addHandler();
+    third.trapOid = Snmp_pp::Oid("1");  // which no notification can have
+    third.base.reset();
+    dispatcher_.setReceivers({receiver("1", 1)});
+
+    dispatcher_.dispatch(*alarm(), nullptr);
+    dispatcher_.dispatch(*alarm(), nullptr);
+
+    const auto handlers = dispatcher_.handlers();
+    ASSERT_EQ(handlers.size(), 3U);
+    EXPECT_EQ(handlers[0].base, (ObjectId{1, 3, 6, 1, 8}));
+    EXPECT_EQ(handlers[2].base, ObjectId()) << "it threw";
+    EXPECT_EQ(handlers[0].counters.built, 2U);
+    EXPECT_EQ(handlers[0].counters.refused, 0U);
+    for (const auto at : {1U, 2U}) {
+        EXPECT_EQ(handlers[at].counters.built, 0U);
+        EXPECT_EQ(handlers[at].counters.refused, 2U);
+    }
+}
+
+TEST_F(DispatcherTest, KnowsHandlersBeforeTheyAreOffered)
+{
+    EXPECT_THAT(dispatcher_.handlers(), IsEmpty());
+    addHandler();
+
+    ASSERT_EQ(dispatcher_.handlers().size(), 1U);
+    EXPECT_EQ(dispatcher_.handlers()[0].counters.built, 0U);
+}
+
 TEST_F(DispatcherTest, TellsTheCategory)
 {
     auto& handler = addHandler();
@@ -234,7 +269,7 @@ TEST_F(DispatcherTest, AHandlerThatRefusesLeavesTheOthersTheirTurn)
     dispatcher_.setReceivers({receiver("1", 1)});
     dispatcher_.dispatch(*alarm(), nullptr);
     EXPECT_EQ(traps_.size(), 1U);
-    EXPECT_EQ(dispatcher_.refused(), 1U);
+    EXPECT_EQ(dispatcher_.handlers().at(0).counters.refused, 1U);
     EXPECT_THAT(log_.lines(), IsEmpty()) << "the handler says why by itself";
 }
 
@@ -308,7 +343,7 @@ TEST_F(DispatcherTest, DoesNotFloodTheLog)
     for (int sent = 0; sent < kAlarms; ++sent) {
         dispatcher_.dispatch(*alarm(), nullptr);
     }
-    EXPECT_EQ(dispatcher_.refused(), static_cast<std::uint64_t>(kAlarms));
+    EXPECT_EQ(dispatcher_.handlers().at(0).counters.refused, static_cast<std::uint64_t>(kAlarms));
     EXPECT_LT(log_.lines().size(), static_cast<std::size_t>(kAlarms) / 10);
 }
 
@@ -318,7 +353,7 @@ TEST_F(DispatcherTest, AHandlerThatMakesNothingMakesNoTrap)
     dispatcher_.setReceivers({receiver("1", 1)});
     dispatcher_.dispatch(*alarm(), nullptr);
     EXPECT_THAT(traps_, IsEmpty());
-    EXPECT_EQ(dispatcher_.refused(), 1U);
+    EXPECT_EQ(dispatcher_.handlers().at(0).counters.refused, 1U);
 }
 
 TEST_F(DispatcherTest, TheDispatcherDeletesItsHandlers)
