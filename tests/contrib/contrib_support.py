@@ -1,5 +1,7 @@
 """What the tests of contrib/ share: an agent with alarms whose texts are not all ASCII, and the programs of others."""
 
+import importlib.machinery
+import importlib.util
 import os
 import pathlib
 import shutil
@@ -14,6 +16,7 @@ from notifications import DISK_FAILED  # noqa: E402
 from talvik_e2e import AUTH, LIMIT, PRIV, SOURCE, Daemon  # noqa: E402
 
 CONTRIB = SOURCE / "contrib"
+MIBS = "KEL-TALVIK-MIB:TALVIK-AGENT-MIB"
 MIB_FOLDERS = f"{SOURCE / 'mibs'}:{SOURCE / 'tests' / 'mib' / 'stubs'}"
 
 DISK_SLOW = 501010007
@@ -45,6 +48,14 @@ def filled_in(text, **others):
     return text
 
 
+def script(path):
+    """A script of contrib/ as a module."""
+    loader = importlib.machinery.SourceFileLoader(path.name.replace("-", "_"), str(path))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
+    loader.exec_module(module)
+    return module
+
+
 def run(*command, **environment):
     """Runs a program to its end and returns what it printed; fails if it does."""
     done = subprocess.run([str(part) for part in command], stdin=subprocess.DEVNULL, capture_output=True, text=True,
@@ -61,6 +72,11 @@ class ContribTest(AlarmTableTest):
         super().setUp()
         users = (CONTRIB / "net-snmp" / "users.conf").read_text()
         self.config.write_text(filled_in(users, **{FILL_IN_AUTH: AUTH, FILL_IN_PRIV: PRIV}) + COMMUNITIES)
+
+    def hide_health(self):
+        """Takes the agent's own health out of the view of all users in contrib/."""
+        line = "view talvikView excluded 1.3.6.1.4.1.99999.2.91.20\n"
+        self.config.write_text(self.config.read_text() + line)
 
     def daemon(self, name, *command, **environment):
         return self.keep(Daemon(self.folder, name, command, {**os.environ, "LC_ALL": "C.UTF-8", **environment}))

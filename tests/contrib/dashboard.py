@@ -12,9 +12,14 @@ def load():
     return json.loads(DASHBOARD.read_text())
 
 
+def panels_in(dashboard):
+    """The panels that show something: rows are headings."""
+    return [panel for panel in dashboard["panels"] if panel["type"] != "row"]
+
+
 def expressions_in(dashboard):
     """The panels' queries as they stand there, with the variables."""
-    return [target["expr"] for panel in dashboard["panels"] for target in panel["targets"]]
+    return [target["expr"] for panel in panels_in(dashboard) for target in panel["targets"]]
 
 
 def chosen(expression, instance=".*"):

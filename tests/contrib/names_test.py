@@ -1,11 +1,9 @@
-"""Whatever contrib/ calls by name or number is in the MIB's text under that name, with that number."""
+"""Whatever contrib/ calls by name or number is in the texts of the MIBs under that name, with that number."""
 
-import importlib.machinery
-import importlib.util
 import re
 import unittest
 
-from contrib_support import CONTRIB, needs
+from contrib_support import CONTRIB, needs, script
 from dashboard import expressions_in, load
 from mib import enumeration, mib_nodes
 
@@ -16,14 +14,6 @@ FILES = sorted(path for path in CONTRIB.rglob("*") if path.is_file() and "__pyca
 # Names that the configurations give things of their own.
 OWN_NAMES = {"talvikView", "talvikReceivers"}
 SNMPTT_EVENT = re.compile(r"^EVENT (\w+) ", re.MULTILINE)
-
-
-def script(path):
-    """A script of contrib/ as a module."""
-    loader = importlib.machinery.SourceFileLoader(path.name.replace("-", "_"), str(path))
-    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
-    loader.exec_module(module)
-    return module
 
 
 @needs("snmptranslate")
@@ -45,7 +35,7 @@ class ContribNames(unittest.TestCase):
                     metric = name.removesuffix("_info")  # of the exporter
                     self.assertTrue({name, metric} & (set(self.nodes) | tails | own) or name == "ReportingAlarm",
                                     f"{name} in {path}")
-        self.assertLessEqual({"talvikAlarmLevel", "talvikTopologyStatus", "talvikClearAlarm"}, found)
+        self.assertLessEqual({"talvikAlarmLevel", "talvikTopologyStatus", "talvikClearAlarm", "talvikAgentBackendState"}, found)
 
     def test_every_oid_is_in_the_mib(self):
         known = set(self.nodes.values())
@@ -67,8 +57,12 @@ class ContribNames(unittest.TestCase):
         self.assertEqual({name: oid.lstrip(".") for name, oid in handler.MODULE_NAMES.items()},
                          {name: self.nodes[name] for name in handler.MODULE_NAMES})
         plugin = script(CONTRIB / "nagios" / "check_talvik_alarms")
-        self.assertEqual((plugin.LEVEL, plugin.STATUS),
-                         tuple("." + self.nodes[name] for name in ("talvikAlarmLevel", "talvikTopologyStatus")))
+        self.assertEqual((plugin.LEVEL, plugin.STATUS, plugin.AGENT),
+                         tuple("." + self.nodes[name] for name in ("talvikAlarmLevel", "talvikTopologyStatus",
+                                                                   "talvikAgentObjects")))
+        of_agent = {name: self.nodes["talvikAgent" + name].rpartition(".") for name in plugin.FACTS.values()}
+        self.assertEqual({int(number): name for name, (_, _, number) in of_agent.items()}, plugin.FACTS)
+        self.assertEqual({parent for parent, _, _ in of_agent.values()}, {plugin.AGENT[1:]})
 
     def test_enumerations_agree(self):
         handler = script(CONTRIB / "snmptrapd" / "talvik-trap-handler")
@@ -77,6 +71,8 @@ class ContribNames(unittest.TestCase):
         plugin = script(CONTRIB / "nagios" / "check_talvik_alarms")
         self.assertEqual(plugin.LEVELS, enumeration("talvikAlarmLevel"))
         self.assertEqual(enumeration("talvikTopologyStatus")[plugin.ONLINE], "online")
+        self.assertEqual(plugin.MODULES, enumeration("talvikAgentModuleState"))
+        self.assertEqual(plugin.BACK_ENDS, enumeration("talvikAgentBackendState"))
         self.assertEqual(enumeration("talvikAlarmLevel"), self.levels)
 
     def test_snmptt_knows_every_value_once(self):

@@ -31,6 +31,8 @@ class NetSnmp(ContribTest):
         self.assertEqual(self.ask("snmptranslate", "-On", "KEL-TALVIK-MIB::talvikAlarmTitle.7"),
                          ".1.3.6.1.4.1.99999.2.91.10.1.1.1.4.7\n")
         self.assertEqual(self.ask("snmptranslate", ".1.3.6.1.4.1.99999.2.91.10.2.1.0.1"), "KEL-TALVIK-MIB::talvikAlarm\n")
+        self.assertEqual(self.ask("snmptranslate", "-On", "TALVIK-AGENT-MIB::talvikAgentBackendState.0"),
+                         ".1.3.6.1.4.1.99999.2.91.20.1.8.0\n")
 
     def test_shows_the_alarms_and_clears_one(self):
         agent = self.start()
@@ -60,7 +62,17 @@ class NetSnmp(ContribTest):
         for example in examples:
             with self.subTest(example=example):
                 name, *arguments = example.replace("HOST:1161", f"127.0.0.1:{agent.port}").split()
-                self.assertIn("KEL-TALVIK-MIB", self.ask(name, *arguments))
+                told = self.ask(name, *arguments)
+                self.assertRegex(told, "(KEL-TALVIK|TALVIK-AGENT)-MIB")
+                self.assertNotRegex(told, "No Such|[Nn]o entries")
+
+    def test_health_can_be_hidden_as_users_conf_says(self):
+        config = self.config.read_text()
+        hiding, = re.findall(r"^#(view talvikView +excluded .*\n)", config, re.MULTILINE)
+        self.config.write_text(config.replace("#" + hiding, hiding))
+        where = f"127.0.0.1:{self.start().port}"
+        self.assertIn("No Such Object", self.ask("snmpget", where, "talvikAgentVersion.0"))
+        self.assertIn("online", self.ask("snmpwalk", where, "talvikTopologyStatus"))
 
 
 if __name__ == "__main__":

@@ -1,9 +1,10 @@
 """contrib/prometheus: the files as their programs read them, and what the exporter gives of an agent."""
 
+import time
 import unittest
 import urllib.error
 
-from contrib_support import DISK_SLOW, MIB_FOLDERS, MINOR, PLACE, needs, run
+from contrib_support import DISK_SLOW, LIMIT, MIB_FOLDERS, MIBS, MINOR, PLACE, needs, run
 from exporter import EXPORTER, PROMETHEUS, ExporterTest, get, labels_of
 from talvik_e2e import wait_until
 
@@ -14,12 +15,12 @@ class PrometheusFiles(unittest.TestCase):
     @needs(GENERATOR)
     def test_generator_makes_the_module_that_is_kept(self):
         made = run("sh", "-c", 'cd "$0" && exec prometheus-snmp-generator --fail-on-parse-errors generate -o /dev/stdout',
-                   PROMETHEUS, MIBDIRS=MIB_FOLDERS, MIBS="KEL-TALVIK-MIB")
+                   PROMETHEUS, MIBDIRS=MIB_FOLDERS, MIBS=MIBS)
         self.assertEqual(made, (PROMETHEUS / "snmp.yml").read_text())
 
     @needs("promtool")
     def test_prometheus_takes_the_configuration_and_the_rules(self):
-        self.assertIn("5 rules found", run("promtool", "check", "config", PROMETHEUS / "prometheus.yml"))
+        self.assertIn("14 rules found", run("promtool", "check", "config", PROMETHEUS / "prometheus.yml"))
         run("promtool", "test", "rules", PROMETHEUS / "talvik.rules_test.yml")
 
 
@@ -49,6 +50,44 @@ class PrometheusScrape(ExporterTest):
         agent.kill()
         with self.assertRaises(urllib.error.HTTPError):
             get(self.url)
+
+    def values(self, name):
+        return [value for found, _, value in self.scrape() if found == name]
+
+    def test_gives_the_health_of_the_agent(self):
+        agent = self.start_apart()
+        self.raise_disk(self.alarm_client())
+        self.start_exporter(agent)
+        wait_until(lambda: self.values("talvikAgentHandlerBuilt") == [1.0, 1.0], "the alarm at both handlers")
+        samples = self.scrape()
+        states = {name: value for name, labels, value in samples if not labels}
+        self.assertEqual([states[f"talvikAgent{name}"] for name in ("ModuleState", "MasterState", "BackendState")], [1, 1, 2])
+        self.assertEqual([states[f"talvikAgent{name}"] for name in (
+            "Receivers", "NotificationsTaken", "TrapsSent", "TrapsFailed", "InformsAnswered", "InformsGivenUp",
+            "TrapsWaiting", "BackendFailures", "Errors", "Sets")], [0, 1] + [0] * 8)
+        self.assertGreater(states["talvikAgentBackendCommands"], 0)
+        self.assertGreater(states["talvikAgentRequests"], 0)
+        self.assertLess(abs(states["talvikAgentStarted"] - time.time()), 2 * LIMIT)
+        version, = labels_of(samples, "talvikAgentVersion")
+        self.assertRegex(version["talvikAgentVersion"], r"^\d+\.\d+\.\d+$")
+        for name in ("Requests", "Sets", "Errors"):
+            self.assertEqual([labels["talvikAgentObjectName"] for labels in labels_of(samples, f"talvikAgentObject{name}")],
+                             ["talvikAlarmTable", "talvikClearAlarm", "talvikTopologyTable", "talvikTrapTable"])
+        self.assertEqual({labels["talvikAgentHandlerNumber"]: labels["talvikAgentHandlerBase"]
+                          for labels in labels_of(samples, "talvikAgentHandlerRefused")},
+                         {"1": "1.3.6.1.4.1.99999.2.91.10.3.1.1", "2": "1.3.6.1.4.1.99999.2.251.20.1.3"})
+        self.backend.kill()
+        wait_until(lambda: self.values("talvikAgentBackendState") == [3.0], "a scrape that says that the back end is down")
+        self.assertGreater(len(self.values("talvikAgentErrors")), 0)
+
+    def test_gives_the_alarms_alone_where_health_is_hidden(self):
+        self.hide_health()
+        agent = self.start_apart()
+        self.raise_disk(self.alarm_client())
+        self.start_exporter(agent)
+        samples = self.scrape()
+        self.assertEqual(len(labels_of(samples, "talvikAlarmLevel_info")), 1)
+        self.assertEqual([name for name, _, _ in samples if name.startswith("talvikAgent")], [])
 
 
 if __name__ == "__main__":

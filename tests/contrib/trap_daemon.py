@@ -3,7 +3,7 @@
 import os
 import time
 
-from contrib_support import MIB_FOLDERS
+from contrib_support import MIB_FOLDERS, MIBS
 from talvik_e2e import Daemon, free_port
 
 
@@ -18,7 +18,7 @@ class TrapDaemon(Daemon):
         file = own / "snmptrapd.conf"
         file.write_text(config)
         environment = dict(os.environ, **environment, SNMP_PERSISTENT_DIR=str(own), SNMPCONFPATH=str(own), LC_ALL="C.UTF-8",
-                           MIBDIRS=MIB_FOLDERS if mib_text else str(own), MIBS="KEL-TALVIK-MIB" if mib_text else "")
+                           MIBDIRS=MIB_FOLDERS if mib_text else str(own), MIBS=MIBS if mib_text else "")
         super().__init__(folder, name, ["snmptrapd", "-f", "-n", "-Lo", "-C", "-c", file, *options,
                                         f"udp:127.0.0.1:{self.port}"], environment)
         self.wait_for_log("NET-SNMP version")

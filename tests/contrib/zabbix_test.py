@@ -4,7 +4,7 @@ import re
 import unittest
 
 from contrib_support import DISK_SLOW, INFO, PLACE, SOURCE, ContribTest, needs
-from mib import enumeration
+from mib import enumeration, mib_nodes
 from notifications import DISK_ADVICE, OWN_OID, V1, V2C
 from talvik_e2e import READER, wait_until
 from trap_daemon import TrapDaemon
@@ -43,6 +43,8 @@ class ZabbixTemplate(unittest.TestCase):
         template, levels = load(), enumeration("talvikAlarmLevel")
         self.assertEqual(mapping(template, "Talvik severity"), {0: "not active", **levels})
         self.assertEqual(mapping(template, "Talvik back end"), enumeration("talvikTopologyStatus"))
+        for name, state in (("module", "Module"), ("master", "Master"), ("back end", "Backend")):
+            self.assertEqual(mapping(template, f"Talvik agent {name}"), enumeration(f"talvikAgent{state}State"))
         prototypes = template["discovery_rules"][0]["item_prototypes"][0]["trigger_prototypes"]
         self.assertEqual({int(one["expression"][-1]): one["tags"][1]["value"] for one in prototypes}, levels)
         self.assertEqual(len({one["priority"] for one in prototypes}), len(levels))
@@ -55,8 +57,67 @@ class ZabbixPolling(ContribTest):
 
     def test_what_it_polls_is_there(self):
         agent = self.start()
-        polled = [item["snmp_oid"] for item in load()["items"] if item["type"] == "SNMP_AGENT"]
-        self.assertEqual([self.value(agent, oid) for oid in polled], ["INTEGER: 1", 'STRING: "TALVIK-0001"'])
+        polled = self.polled()
+        found = {key: self.value(agent, oid) for key, oid in polled.items()}
+        self.assertRegex(found.pop("talvik.agent.version"), r'^STRING: "\d+\.\d+\.\d+"$')
+        self.assertRegex(found.pop("talvik.agent.started"), r"^Hex-STRING: 07( [0-9A-F]{2}){10} $")
+        self.assertRegex(found.pop("talvik.agent.requests"), r"^Counter64: \d+$")
+        counters = {key for key, value in found.items() if value == "Counter64: 0"}
+        self.assertEqual({key: value for key, value in found.items() if key not in counters}, {
+            "talvik.topology.status": "INTEGER: 1", "talvik.topology.code": 'STRING: "TALVIK-0001"',
+            "talvik.agent.module": "INTEGER: 1", "talvik.agent.master": "INTEGER: 1", "talvik.agent.backend": "INTEGER: 1",
+            "talvik.agent.receivers": "Gauge32: 0", "talvik.agent.traps.waiting": "Gauge32: 0"})
+        # Of a counter Zabbix keeps by how much it grew, as far as triggers are about that.
+        grown = {item["key"] for item in load()["items"] if "SIMPLE_CHANGE" in str(item.get("preprocessing"))}
+        self.assertEqual(counters | {"talvik.agent.requests"}, grown)
+        self.assertEqual(len(counters), 7)
+
+    def polled(self):
+        """The OIDs that items ask for, by key."""
+        return {item["key"]: item["snmp_oid"] for item in load()["items"] if item["type"] == "SNMP_AGENT"}
+
+    def test_what_it_polls_is_what_its_name_says(self):
+        nodes = {oid: name for name, oid in mib_nodes().items()}
+        names = {key: nodes[oid.removesuffix(".0")] for key, oid in self.polled().items() if key.startswith("talvik.agent.")}
+        self.assertEqual(names, {f"talvik.agent.{key}": f"talvikAgent{name}" for key, name in {
+            "version": "Version", "started": "Started", "module": "ModuleState", "master": "MasterState",
+            "backend": "BackendState", "backend.failures": "BackendFailures", "requests": "Requests", "errors": "Errors",
+            "notifications": "NotificationsTaken", "receivers": "Receivers", "traps.sent": "TrapsSent",
+            "traps.failed": "TrapsFailed", "informs.answered": "InformsAnswered", "informs.givenup": "InformsGivenUp",
+            "traps.waiting": "TrapsWaiting"}.items()})
+
+    def test_a_hidden_health_leaves_the_rest(self):
+        self.hide_health()
+        agent = self.start()
+        self.raise_disk(self.client(), place="DAE000")
+        for key, oid in self.polled().items():
+            told = self.value(agent, oid)
+            self.assertEqual("No Such Object" in told, key.startswith("talvik.agent."), f"{key}: {told}")
+        rules = {rule["key"]: discovered(rule) for rule in load()["discovery_rules"]}
+        rows = {key: [len([line for line in self.walk(agent, READER, oid) if "No Such" not in line]) for oid in oids.values()]
+                for key, oids in rules.items()}
+        self.assertEqual(rows, {"talvik.alarm.discovery": [1] * 6, "talvik.agent.handler.discovery": [0],
+                                "talvik.agent.object.discovery": [0]})
+
+    def test_it_discovers_handlers_and_objects(self):
+        agent = self.start()
+        self.raise_disk(self.client())
+        expected = {"talvik.agent.handler.discovery": ["1.3.6.1.4.1.99999.2.91.10.3.1.1", "1.3.6.1.4.1.99999.2.251.20.1.3"],
+                    "talvik.agent.object.discovery": ["talvikTopologyTable", "talvikAlarmTable", "talvikClearAlarm",
+                                                      "talvikTrapTable"]}
+        built = "talvik.agent.handler.built[{#SNMPINDEX}]"
+        for key, names in expected.items():
+            rule, = (rule for rule in load()["discovery_rules"] if rule["key"] == key)
+            (macro, oid), = discovered(rule).items()
+            found = dict(line.split(" = ") for line in self.walk(agent, READER, oid))
+            self.assertEqual(list(found.values()), [f'STRING: "{name}"' for name in names])
+            self.assertLessEqual(set(re.findall(r"\{#\w+\}", str(rule))), {"{#SNMPINDEX}", macro})
+            for prototype in rule["item_prototypes"]:
+                for index in (name.rpartition(".")[2] for name in found):
+                    with self.subTest(prototype["key"], index=index):
+                        asked = prototype["snmp_oid"].replace("{#SNMPINDEX}", index)
+                        wanted = "Counter64: 1" if prototype["key"] == built else "Counter64: "
+                        wait_until(lambda: self.value(agent, asked).startswith(wanted), wanted)
 
     def test_a_back_end_that_is_away_reads_as_offline(self):
         agent = self.start_apart()
