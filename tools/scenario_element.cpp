@@ -2,31 +2,18 @@
 
 #include "host/startup_error.h"
 #include "tools/safe_text.h"
-
-#include <json/reader.h>
+#include "tools/strict_json.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace talvik::ctl {
 
 namespace {
-
-/// JsonCpp reports over several lines; a terminal wants one.
-std::string onOneLine(const std::string& text)
-{
-    std::istringstream words(text);
-    std::string joined;
-    for (std::string word; words >> word;) {
-        if (word != "*") {
-            joined += (joined.empty() ? "" : " ") + word;
-        }
-    }
-    return joined;
-}
 
 [[noreturn]] void refuseFile(const std::string& file, const std::string& reason)
 {
@@ -114,19 +101,12 @@ Json::Value parseScenarioFile(const std::string& file)
         refuseFile(file, std::string("cannot be read: ") +
                              (error == 0 ? "it is empty" : std::strerror(error)));
     }
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    Json::Value document;
-    std::string errors;
-    std::istringstream source(text.str());
-    try {
-        if (!Json::parseFromStream(builder, source, &document, &errors)) {
-            refuseFile(file, onOneLine(errors));
-        }
-    } catch (const Json::Exception& error) {  // nesting beyond the reader's limit
-        refuseFile(file, onOneLine(error.what()));
+    std::string refusal;
+    auto document = strictJson(text.str(), refusal);
+    if (!document) {
+        refuseFile(file, refusal);
     }
-    return document;
+    return std::move(*document);
 }
 
 }  // namespace talvik::ctl

@@ -8,7 +8,6 @@
 #include "tools/trap_table.h"
 
 #include <algorithm>
-#include <functional>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -17,29 +16,20 @@ namespace talvik::ctl {
 
 namespace {
 
-void printFailure(const TrapOptions& options, const Failure& failure)
+void printFailure(const SnmpSettings& snmp, const OutputOptions& output, const Failure& failure)
 {
-    if (options.output.json) {
+    if (output.json) {
         auto value = failureJson(failure);
-        value["agent"] = validUtf8(options.snmp.agent);
+        value["agent"] = validUtf8(snmp.agent);
         std::cout << jsonText(value);
     } else {
         std::cerr << failureText(failure);
     }
 }
 
-/// Runs `work` on the agent's table. Returns the exit status.
 int onTable(const TrapOptions& options, const std::function<void(TrapTable&)>& work)
 {
-    try {
-        SnmpClient client(options.snmp);
-        TrapTable table(client);
-        work(table);
-        return kExitGood;
-    } catch (const Failure& failure) {
-        printFailure(options, failure);
-        return exitStatusOf(failure.kind());
-    }
+    return onTrapTable(options.snmp, options.output, work);
 }
 
 Json::Value indexJson(const TrapOptions& options, std::uint32_t index)
@@ -126,6 +116,20 @@ std::vector<TrapDestination> listOf(TrapTable& table)
 }
 
 }  // namespace
+
+int onTrapTable(const SnmpSettings& snmp, const OutputOptions& output,
+                const std::function<void(TrapTable&)>& work)
+{
+    try {
+        SnmpClient client(snmp);
+        TrapTable table(client);
+        work(table);
+        return kExitGood;
+    } catch (const Failure& failure) {
+        printFailure(snmp, output, failure);
+        return exitStatusOf(failure.kind());
+    }
+}
 
 int runTrapList(const TrapOptions& options)
 {

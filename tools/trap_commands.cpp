@@ -3,6 +3,7 @@
 #include "tools/snmp_options.h"
 #include "tools/trap_actions.h"
 #include "tools/trap_destination.h"
+#include "tools/trap_import.h"
 #include "tools/trap_names.h"
 
 #include <CLI/CLI.hpp>
@@ -183,6 +184,7 @@ void addTrapCommands(CLI::App& talvikctl, Action& action)
     addAdd(*trap, action);
     addModify(*trap, action);
     addRemove(*trap, action);
+    addTrapImport(*trap, action);
     addReceiverCommands(*trap, action);
 }
 

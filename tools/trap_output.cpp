@@ -56,7 +56,20 @@ Json::Value jsonName(const std::optional<std::uint32_t>& code, std::string (*nam
     return code ? Json::Value(name(*code)) : Json::Value();
 }
 
-Json::Value jsonOf(const TrapDestination& row)
+}  // namespace
+
+std::string trapTableText(const std::vector<TrapDestination>& destinations, const TableStyle& style)
+{
+    if (destinations.empty()) {
+        return "no trap destinations\n";
+    }
+    std::vector<TableLine> lines = {
+        {"INDEX", "ADDRESS", "PORT", "VERSION", "TYPE", "USER", "USABLE"}};
+    std::transform(destinations.begin(), destinations.end(), std::back_inserter(lines), lineOf);
+    return alignedTable(lines, style, kCuttable);
+}
+
+Json::Value trapJson(const TrapDestination& row)
 {
     Json::Value value;
     value["index"] = row.index;
@@ -71,19 +84,6 @@ Json::Value jsonOf(const TrapDestination& row)
     return value;
 }
 
-}  // namespace
-
-std::string trapTableText(const std::vector<TrapDestination>& destinations, const TableStyle& style)
-{
-    if (destinations.empty()) {
-        return "no trap destinations\n";
-    }
-    std::vector<TableLine> lines = {
-        {"INDEX", "ADDRESS", "PORT", "VERSION", "TYPE", "USER", "USABLE"}};
-    std::transform(destinations.begin(), destinations.end(), std::back_inserter(lines), lineOf);
-    return alignedTable(lines, style, kCuttable);
-}
-
 Json::Value trapTableJson(const std::string& agent,
                           const std::vector<TrapDestination>& destinations)
 {
@@ -91,7 +91,7 @@ Json::Value trapTableJson(const std::string& agent,
     root["agent"] = validUtf8(agent);
     root["destinations"] = Json::Value(Json::arrayValue);
     for (const auto& row : destinations) {
-        root["destinations"].append(jsonOf(row));
+        root["destinations"].append(trapJson(row));
     }
     return root;
 }

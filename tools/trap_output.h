@@ -15,6 +15,10 @@ namespace talvik::ctl {
 std::string trapTableText(const std::vector<TrapDestination>& destinations,
                           const TableStyle& style = {});
 
+/// {"index", "address", "port", "version", "versionCode", "type", "typeCode", "user", "usable"}, as
+/// below.
+Json::Value trapJson(const TrapDestination& row);
+
 /// {"agent", "destinations": [{"index", "address", "port", "version", "versionCode", "type",
 /// "typeCode", "user", "usable"}]}: null for what the agent does not show, and for "usable" while a
 /// name does not resolve.

@@ -129,8 +129,8 @@ std::uint32_t TrapTable::add(const TrapDestination& wanted)
             throw Failure(Failure::Kind::Refused,
                           "there is a trap destination " + std::to_string(row.index) + " at " +
                               requester_.agent() + " already",
-                          "leave --index out for a free one, or change it with talvikctl trap "
-                          "modify");
+                          "see talvikctl trap list; take a free index, or change that row with "
+                          "talvikctl trap modify");
         }
         return row.index;
     }

@@ -60,7 +60,8 @@ SHIM = """#!/bin/bash
 program={program}
 case "$(basename "$0") $*" in
     *--help* | *--version*) exec "$program" "$@" ;;
-    talvikctl\\ trap\\ list* | talvikctl\\ trap\\ add* | talvikctl\\ trap\\ modify* | talvikctl\\ trap\\ remove*)
+    talvikctl\\ trap\\ list* | talvikctl\\ trap\\ add* | talvikctl\\ trap\\ modify* | talvikctl\\ trap\\ remove* | \\
+    talvikctl\\ trap\\ import*)
         case "$*" in *--agent*) ;; *) set -- "$@" --agent udp:127.0.0.1:{port} ;; esac ;;
     talvik-agentd*--check*) ;;
     talvik-agentd*)

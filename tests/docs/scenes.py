@@ -118,6 +118,7 @@ SCENES = {
         "cd STATE-FOLDER": damaged_file,
         "snmptable $M $SNMP -Ci -Cb HOST:1161 talvikAlarmTable": back_to_the_tree,
         "talvikctl trap test 5": receiver(5),
+        "talvikctl trap list --json": receiver(2),
         "talvikctl alarm clear 17": alarm(17),
     }),
     "contrib/net-snmp/README.md": Scene(user="operator", names=True, before={
