@@ -34,3 +34,7 @@ class ExporterTest(ContribTest):
     def scrape(self):
         """Name, labels and value of each sample."""
         return [(name, dict(LABEL.findall(labels)), float(value)) for name, labels, value in SAMPLE.findall(get(self.url))]
+
+    def values(self, name):
+        """Of each sample of a metric."""
+        return [value for found, _, value in self.scrape() if found == name]

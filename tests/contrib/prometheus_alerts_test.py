@@ -22,7 +22,10 @@ class PrometheusAlerts(ExporterTest):
                                for alert in self.alerts())
         self.assertEqual((title, location), ("Disk failed", f"Enclosure {PLACE}{'x' * 300}"[:200] + "…"))
         self.assert_dashboard_is_served()
+        self.assertEqual(self.query("talvikAgentTrapsFailed"), {(None,): 0.0})
+        self.add_receiver(agent, 1, free_port(), version=3, user="nobody")  # whom the agent does not know
         self.alarm_client().clear(cleared)
+        wait_until(lambda: "TalvikAgentTrapsFailed" in self.alert_names(), "an alert about traps", pause=0.1)
         self.wait_for_alerts({kept})
         self.assertEqual(self.query("talvik:alarms:count"), {("major",): 1.0})
         self.backend.kill()
@@ -32,8 +35,7 @@ class PrometheusAlerts(ExporterTest):
         self.wait_for_alerts({kept})
         # Told once: of the health that says the same, the topology table's word is taken.
         self.assertEqual(self.query("talvikAgentBackendState"), {(None,): 3.0})
-        self.assertEqual({alert["labels"]["alertname"] for alert in self.api("alerts")["alerts"]},
-                         {"TalvikAlarm", "TalvikBackendDown"})
+        self.assertEqual(self.alert_names(), {"TalvikAlarm", "TalvikAgentTrapsFailed", "TalvikBackendDown"})
 
     def assert_dashboard_is_served(self):
         names = set(self.api("label/__name__/values"))
@@ -63,6 +65,9 @@ class PrometheusAlerts(ExporterTest):
 
     def alerts(self):
         return [alert for alert in self.api("alerts")["alerts"] if alert["labels"]["alertname"] == "TalvikAlarm"]
+
+    def alert_names(self):
+        return {alert["labels"]["alertname"] for alert in self.api("alerts")["alerts"]}
 
     def wait_for_alerts(self, serials):
         def seen():

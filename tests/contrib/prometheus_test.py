@@ -5,6 +5,7 @@ import unittest
 import urllib.error
 
 from contrib_support import DISK_SLOW, LIMIT, MIB_FOLDERS, MIBS, MINOR, PLACE, needs, run
+from agentx_master import SNMPD, AgentxTest
 from exporter import EXPORTER, PROMETHEUS, ExporterTest, get, labels_of
 from talvik_e2e import wait_until
 
@@ -51,9 +52,6 @@ class PrometheusScrape(ExporterTest):
         with self.assertRaises(urllib.error.HTTPError):
             get(self.url)
 
-    def values(self, name):
-        return [value for found, _, value in self.scrape() if found == name]
-
     def test_gives_the_health_of_the_agent(self):
         agent = self.start_apart()
         self.raise_disk(self.alarm_client())
@@ -88,6 +86,20 @@ class PrometheusScrape(ExporterTest):
         samples = self.scrape()
         self.assertEqual(len(labels_of(samples, "talvikAlarmLevel_info")), 1)
         self.assertEqual([name for name, _, _ in samples if name.startswith("talvikAgent")], [])
+
+
+@needs(EXPORTER, SNMPD)
+class PrometheusScrapeOfAMaster(AgentxTest, ExporterTest):
+    def test_tells_that_it_has_its_agent_and_that_it_has_lost_it(self):
+        master = self.start_master(config=self.config.read_text())
+        agent = self.start_subagent(master)
+        self.start_exporter(master)
+        self.assertEqual(self.values("talvikAgentMasterState"), [2.0])
+        self.assertEqual(self.values("talvikTopologyStatus"), [1.0])
+        agent.kill()
+        # What TalvikAgentMasterLost counts on: the scrape does not fail.
+        wait_until(lambda: not [name for name, _, _ in self.scrape() if name.startswith("talvik")],
+                   "a scrape that finds nothing of the agent")
 
 
 if __name__ == "__main__":
