@@ -47,7 +47,10 @@ Backend HealthSource::backendState(const LinkCounters::Values& link) const
     }
     const auto subscription = subscription_();
     if (!subscription.works) {  // not known yet, or not wanted for want of a module
-        return !link.works ? Backend::Unknown : *link.works ? Backend::Up : Backend::Down;
+        if (!link.works) {
+            return Backend::Unknown;
+        }
+        return *link.works ? Backend::Up : Backend::Down;
     }
     const bool answers = link.works.value_or(true) || subscription.since > link.failed;
     return *subscription.works && answers ? Backend::Up : Backend::Down;
