@@ -176,7 +176,7 @@ int runAlarmScenario(const AlarmOptions& options)
 {
     const auto scenario = AlarmScenario::load(options.scenario);
     AlarmClient client(options.socket);
-    ScenarioText text(std::cout, std::cerr);
+    ScenarioText text(std::cout, std::cerr, tableStyle(options.socket.output));
     ScenarioJson json(std::cout);
     ScenarioReport& report = options.socket.output.json ? static_cast<ScenarioReport&>(json) : text;
     ScenarioRun run(

@@ -1,6 +1,7 @@
 #include "tools/alarm_output.h"
 
 #include "tools/alarm_input.h"
+#include "tools/folded_text.h"
 #include "tools/safe_text.h"
 
 #include <algorithm>
@@ -54,11 +55,11 @@ std::string activeAlarmsText(const std::vector<ActiveAlarm>& alarms, const Table
 {
     constexpr std::size_t kParameters = 4;
     if (alarms.empty()) {
-        return "no active alarms\n";
+        return foldedText("no active alarms", style, 0);
     }
     std::vector<TableLine> lines = {activeAlarmHeading()};
     std::transform(alarms.begin(), alarms.end(), std::back_inserter(lines), activeAlarmLine);
-    return alignedTable(lines, style, {kParameters});
+    return alignedTable(lines, style, Columns{{kParameters}});
 }
 
 Json::Value activeAlarmJson(const ActiveAlarm& alarm)

@@ -6,7 +6,9 @@
 #include "host/link/socket_link.h"
 #include "host/startup_error.h"
 #include "tools/exit_status.h"
+#include "tools/folded_text.h"
 #include "tools/progress.h"
+#include "tools/safe_text.h"
 
 #include <json/json.h>
 
@@ -140,14 +142,12 @@ void printJson(const StatusOptions& options, const Status& status)
     std::cout << Json::writeString(writer, root) << '\n';
 }
 
-void printRow(const char* name, const std::string& value)
-{
-    std::cout.width(12);
-    std::cout << std::left << name << value << '\n';
-}
-
 void printTable(const StatusOptions& options, const Status& status)
 {
+    const auto style = tableStyle(options.output);
+    const auto printRow = [&style](const char* name, const std::string& value) {
+        std::cout << namedValue(name, printable(value), style);
+    };
     printRow("socket", options.socket);
     printRow("state", status.up ? "up" : "down");
     if (status.up) {

@@ -4,6 +4,7 @@
 #include "tools/catalogue/finding_report.h"
 #include "tools/catalogue/json_document.h"
 #include "tools/command_line.h"
+#include "tools/folded_text.h"
 #include "tools/progress.h"
 #include "tools/safe_text.h"
 
@@ -68,8 +69,11 @@ int runCheck(const CheckOptions& options)
     }
     const auto result = checkCatalogue(definitions, enumerations ? &*enumerations : nullptr);
     span.reset();
-    const auto print = options.output.json ? printFindingsAsJson : printFindings;
-    print(std::cout, options.files, result);
+    if (options.output.json) {
+        printFindingsAsJson(std::cout, options.files, result);
+    } else {
+        printFindings(std::cout, options.files, result, tableStyle(options.output));
+    }
     const auto& findings = result.findings.list();
     const auto least = kSeverities.at(options.failOn);
     const bool bad = std::any_of(findings.begin(), findings.end(),
@@ -107,19 +111,22 @@ void printAsJson(const Expansion& expansion)
     std::cout << Json::writeString(writer, root) << '\n';
 }
 
-void printTexts(const Expansion& expansion)
+void printTexts(const Expansion& expansion, const TableStyle& style)
 {
+    constexpr std::size_t kIndent = 4;
     if (expansion.shown) {
-        std::cout << "name        " << printable(expansion.name) << "\nlocation    "
-                  << printable(expansion.location) << "\ndetail      "
-                  << printable(expansion.detail) << "\nsuggestion  "
-                  << printable(expansion.suggestion) << '\n';
+        std::cout << namedValue("name", printable(expansion.name), style)
+                  << namedValue("location", printable(expansion.location), style)
+                  << namedValue("detail", printable(expansion.detail), style)
+                  << namedValue("suggestion", printable(expansion.suggestion), style);
     } else {
-        std::cout << "The module does not show alarm " << expansion.id << ".\n";
+        std::cout << foldedText(
+            "The module does not show alarm " + std::to_string(expansion.id) + ".", style, kIndent);
     }
     for (const auto& line : expansion.log) {
-        std::cout << "the module logs a" << (line.isError ? "n " : " ") << levelOf(line) << ": "
-                  << printable(line.text) << '\n';
+        std::cout << foldedText(std::string("the module logs a") + (line.isError ? "n " : " ") +
+                                    levelOf(line) + ": " + printable(line.text),
+                                style, kIndent);
     }
 }
 
@@ -130,7 +137,7 @@ int runExpand(const ExpandOptions& options)
     if (options.output.json) {
         printAsJson(expansion);
     } else {
-        printTexts(expansion);
+        printTexts(expansion, tableStyle(options.output));
     }
     return expansion.shown ? kExitGood : kExitBad;
 }

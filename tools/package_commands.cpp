@@ -2,11 +2,12 @@
 #include "host/platform/device_config_file.h"
 #include "host/startup_error.h"
 #include "tools/command_line.h"
+#include "tools/failure.h"
 #include "tools/package_input.h"
 #include "tools/package_names.h"
 #include "tools/package_output.h"
 #include "tools/package_reader.h"
-#include "tools/safe_text.h"
+#include "tools/trap_output.h"
 
 #include <CLI/CLI.hpp>
 
@@ -15,6 +16,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <system_error>
 
 namespace talvik::ctl {
@@ -55,7 +57,7 @@ Capture captureOf(const DumpOptions& options)
     const auto content = contentOf(options.file);
     const bool isHex =
         options.format == "hex" || (options.format == "auto" && looksLikeHex(content));
-    return isHex ? bytesOfHex(content) : Capture{{content.begin(), content.end()}, ""};
+    return isHex ? bytesOfHex(content) : Capture{{content.begin(), content.end()}, "", ""};
 }
 
 /// The installation's own device configuration may be missing: then commands have no names.
@@ -69,6 +71,21 @@ PackageNames namesOf(const DumpOptions& options)
                                           : PackageNames();
 }
 
+/// Why the capture was not read to its end, if it was not.
+std::optional<Failure> failureOf(const DumpOptions& options, const Capture& capture)
+{
+    const auto file = options.file == "-" ? "standard input" : options.file;
+    if (!capture.refusal.empty()) {
+        return Failure(Failure::Kind::Refused, file + ", " + capture.refusal,
+                       capture.advice + "; what stands before it was read");
+    }
+    if (capture.bytes.empty()) {
+        return Failure(Failure::Kind::Refused, file + " is empty: there is nothing in it",
+                       "capture again, and look whether what makes the capture reports an error");
+    }
+    return std::nullopt;
+}
+
 int runDump(const DumpOptions& options)
 {
     const auto names = namesOf(options);
@@ -79,13 +96,13 @@ int runDump(const DumpOptions& options)
     PackageVisitor& visitor = options.output.json ? static_cast<PackageVisitor&>(json) : text;
     const bool good = readPackages(capture.bytes, visitor);
     std::cout.flush();
-    if (!capture.refusal.empty()) {
-        std::cerr << "talvikctl: " << printable(options.file) << ", " << capture.refusal
-                  << "; what stands before it was read\n";
-    } else if (capture.bytes.empty()) {
-        std::cerr << "talvikctl: " << printable(options.file) << " is empty\n";
+    const auto failure = failureOf(options, capture);
+    if (failure && options.output.json) {
+        std::cout << jsonLine(failureJson(*failure));
+    } else if (failure) {
+        std::cerr << failureText(*failure);
     }
-    return good && capture.refusal.empty() ? kExitGood : kExitBad;
+    return good && !failure ? kExitGood : kExitBad;
 }
 
 void addDump(CLI::App& package, Action& action)
@@ -110,8 +127,10 @@ void addDump(CLI::App& package, Action& action)
         *dump,
         {"Packages between agent and back end, as the codec reads them, one or several back to\n"
          "back, at most 64 MiB. Hexadecimal digits may have blanks, commas, colons and 0x\n"
-         "between, or be the output of xxd or hexdump -C. What cannot be read is named with\n"
-         "its offset, and what can be read behind it is. With --json each package is a line.",
+         "between, or be the output of xxd, hexdump -C, od -v -t x1, tshark -x or tcpdump -X\n"
+         "(bytes with their offsets). What cannot be read is named with its offset, and what\n"
+         "can be read behind it is. With --json each package is a line, and so is what ends\n"
+         "the reading.",
          "0 all packages are whole, 1 something cannot be read, 2 wrong usage or a file that\n"
          "cannot be read.",
          {"talvikctl package dump capture.bin", "xxd -p capture.bin | talvikctl package dump",

@@ -1,5 +1,7 @@
 #include "tools/package_input.h"
 
+#include "tools/hex_dump.h"
+
 #include <algorithm>
 #include <cctype>
 #include <utility>
@@ -9,8 +11,8 @@ namespace talvik::ctl {
 namespace {
 
 constexpr std::size_t kChunk = 65536;
-constexpr std::size_t kLeastOffset = 4;  // digits of an offset before a colon, at least
-constexpr std::size_t kDumpOffset = 8;   // digits of an offset before two blanks, always
+constexpr const char* kGiveBytes =
+    "give the bytes alone, two digits each, as od -An -v -t x1 writes them";
 
 bool isDigit(char c)
 {
@@ -26,35 +28,17 @@ unsigned valueOf(char digit)
     return static_cast<unsigned>(std::tolower(static_cast<unsigned char>(digit)) - 'a') + kTen;
 }
 
-std::size_t digitsAtStart(const std::string& line)
-{
-    return static_cast<std::size_t>(std::find_if_not(line.begin(), line.end(), isDigit) -
-                                    line.begin());
-}
-
-/// The part of `line` that holds bytes: without an offset and the characters behind them.
-std::pair<std::size_t, std::size_t> bytesPart(const std::string& line)
-{
-    const auto digits = digitsAtStart(line);
-    if (digits >= kLeastOffset && line.compare(digits, 2, ": ") == 0) {  // xxd
-        return {digits + 1, std::min(line.find("  ", digits + 2), line.size())};
-    }
-    if (digits == kDumpOffset && line.compare(digits, 2, "  ") == 0) {  // hexdump -C
-        return {digits, std::min(line.find('|'), line.size())};
-    }
-    return {0, line.size()};
-}
-
 bool isBetween(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == ',' || c == ':';
 }
 
-/// Appends the bytes of a line. Returns the column that cannot be read, from 1, or 0.
-std::size_t appendLine(const std::string& line, std::vector<unsigned char>& bytes)
+/// Appends the bytes that stand from `at` to `end`. Returns the column that cannot be read, from 1,
+/// or 0.
+std::size_t appendBytes(const std::string& line, std::size_t at, std::size_t end,
+                        std::vector<unsigned char>& bytes)
 {
     constexpr unsigned kBits = 4;
-    auto [at, end] = bytesPart(line);
     while (at < end) {
         if (isBetween(line[at])) {
             ++at;
@@ -71,6 +55,112 @@ std::size_t appendLine(const std::string& line, std::vector<unsigned char>& byte
     }
     return 0;
 }
+
+bool isBlankLine(const std::string& line)
+{
+    return line.find_first_not_of(" \t\r") == std::string::npos;
+}
+
+/// Reads a text line by line up to the first one that cannot be read.
+class HexReader {
+public:
+    explicit HexReader(const std::string& text) : text_(text) {}
+
+    Capture read()
+    {
+        layout_ = findLayout();
+        for (std::size_t at = 0; at < text_.size() && capture_.refusal.empty();) {
+            const auto line = lineAt(at);
+            ++number_;
+            if (isBlankLine(line)) {
+                offsets_.mayRestart();
+            } else if (line == "*" || line == "*\r") {
+                refuse(": the dump leaves lines out here",
+                       "make it with hexdump -v, od -v or xxd without -a");
+            } else {
+                readLine(line);
+            }
+        }
+        return std::move(capture_);
+    }
+
+private:
+    /// The line at `at`, which goes to the next one.
+    std::string lineAt(std::size_t& at) const
+    {
+        const auto end = std::min(text_.find('\n', at), text_.size());
+        auto line = text_.substr(at, end - at);
+        at = end + 1;
+        return line;
+    }
+
+    DumpLayout findLayout() const
+    {
+        std::string first;
+        std::string second;
+        for (std::size_t at = 0; at < text_.size() && second.empty();) {
+            const auto line = lineAt(at);
+            if (!isBlankLine(line)) {
+                (first.empty() ? first : second) = line;
+            }
+        }
+        return layoutOf(first, second);
+    }
+
+    void readLine(const std::string& line)
+    {
+        switch (layout_) {
+        case DumpLayout::Bytes:
+            append(line, 0, line.size());
+            break;
+        case DumpLayout::Offsets:
+            readBehindOffset(line);
+            break;
+        case DumpLayout::Words:
+            refuse(": these are words, and the order of their bytes is unknown", kGiveBytes);
+            break;
+        case DumpLayout::Doubtful:
+            refuse(": what stands in front may be an offset or bytes", kGiveBytes);
+            break;
+        }
+    }
+
+    void readBehindOffset(const std::string& line)
+    {
+        const auto offset = leadingDigits(line);
+        if (!offset) {
+            refuse(": expected an offset in front, as the lines before have it", kGiveBytes);
+        } else if (!offsets_.follow(offset->digits)) {
+            refuse(": the offset " + offset->digits + " is not where the bytes before it end",
+                   std::string("bytes are missing, or it is none: ") + kGiveBytes);
+        } else {
+            const auto before = capture_.bytes.size();
+            append(line, offset->end, endOfBytes(line, *offset));
+            offsets_.advance(capture_.bytes.size() - before);
+        }
+    }
+
+    void append(const std::string& line, std::size_t at, std::size_t end)
+    {
+        if (const auto column = appendBytes(line, at, end, capture_.bytes); column != 0) {
+            refuse(", column " + std::to_string(column) +
+                       ": expected two hexadecimal digits for a byte",
+                   kGiveBytes);
+        }
+    }
+
+    void refuse(const std::string& what, const std::string& advice)
+    {
+        capture_.refusal = "line " + std::to_string(number_) + what;
+        capture_.advice = advice;
+    }
+
+    const std::string& text_;
+    DumpLayout layout_ = DumpLayout::Bytes;
+    DumpOffsets offsets_;
+    std::size_t number_ = 0;
+    Capture capture_;
+};
 
 }  // namespace
 
@@ -96,30 +186,7 @@ bool looksLikeHex(const std::string& content)
 
 Capture bytesOfHex(const std::string& text)
 {
-    Capture capture;
-    bool dumped = false;  // by hexdump -C, which ends with the size on a line of its own
-    std::size_t number = 1;
-    for (std::size_t at = 0; at < text.size(); ++number) {
-        const auto end = std::min(text.find('\n', at), text.size());
-        const auto line = text.substr(at, end - at);
-        if (line == "*") {
-            capture.refusal = "line " + std::to_string(number) +
-                              ": the dump leaves lines out here; make it with hexdump -v -C";
-            break;
-        }
-        const bool isEndOfDump =
-            dumped && digitsAtStart(line) == kDumpOffset && line.size() == kDumpOffset;
-        dumped = dumped || line.find('|') != std::string::npos;
-        const auto column = isEndOfDump ? 0 : appendLine(line, capture.bytes);
-        if (column != 0) {
-            capture.refusal = "line " + std::to_string(number) + ", column " +
-                              std::to_string(column) +
-                              ": expected two hexadecimal digits for a byte";
-            break;
-        }
-        at = end + 1;
-    }
-    return capture;
+    return HexReader(text).read();
 }
 
 }  // namespace talvik::ctl

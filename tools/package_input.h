@@ -14,6 +14,7 @@ constexpr std::size_t kMaxCapture = std::size_t{64} << 20U;
 struct Capture {
     std::vector<unsigned char> bytes;
     std::string refusal;  ///< empty if all was read
+    std::string advice;   ///< what to do then
 };
 
 /// Reads to the end of `in`, but not more than one byte above `kMaxCapture`.
@@ -24,7 +25,9 @@ std::string readCapture(std::istream& in);
 bool looksLikeHex(const std::string& content);
 
 /// The bytes that `text` stands for: pairs of hexadecimal digits with blanks, commas, colons and 0x
-/// between as anybody likes, or lines of `xxd` or `hexdump -C` with offsets and characters.
+/// between as anybody likes, or what xxd, hexdump -C, od -t x1 and those make of it that show
+/// packets of a network, with offsets and characters. Offsets that do not count the bytes are
+/// refused, as they may be bytes.
 Capture bytesOfHex(const std::string& text);
 
 }  // namespace talvik::ctl

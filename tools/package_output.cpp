@@ -1,6 +1,7 @@
 #include "tools/package_output.h"
 
 #include "framework/tlv_cell.h"
+#include "tools/folded_text.h"
 #include "tools/safe_text.h"
 #include "tools/trap_output.h"
 
@@ -148,7 +149,8 @@ Json::Value headerJson(const CapturedPackage& package)
 
 void PackageText::begin(const CapturedPackage& package)
 {
-    out_ << "package " << package.number << " at offset " << package.offset << '\n';
+    print("package " + std::to_string(package.number) + " at offset " +
+          std::to_string(package.offset));
     std::vector<TableLine> lines = {{"  FIELD", "VALUE", "MEANING"}};
     for (const auto& word : wordsOf(package.head)) {
         if (word.offset + word.size <= package.headBytes) {
@@ -158,16 +160,18 @@ void PackageText::begin(const CapturedPackage& package)
         }
     }
     if (lines.size() > 1) {
-        out_ << alignedTable(lines, style_);
+        constexpr std::size_t kMeaning = 2;
+        out_ << alignedTable(lines, style_, Columns{{kMeaning}});
     }
 }
 
 void PackageText::record(const CapturedRecord& record)
 {
     const auto name = names_.record(record.id);
-    out_ << "  record " << record.number << " at offset " << record.offset << ": identifier "
-         << record.id << " (" << hexNumber(record.id) << (name.empty() ? "" : ", " + name) << "), "
-         << record.length << " bytes of cells" << (record.accepted ? "\n" : ", refused\n");
+    print("  record " + std::to_string(record.number) + " at offset " +
+          std::to_string(record.offset) + ": identifier " + std::to_string(record.id) + " (" +
+          hexNumber(record.id) + (name.empty() ? "" : ", " + name) + "), " +
+          std::to_string(record.length) + " bytes of cells" + (record.accepted ? "" : ", refused"));
     if (!record.cells.empty()) {
         constexpr std::size_t kValue = 5;
         std::vector<TableLine> lines = {{"    OFFSET", "TAG", "NAME", "TYPE", "LENGTH", "VALUE"}};
@@ -177,11 +181,11 @@ void PackageText::record(const CapturedRecord& record)
                              std::to_string(cell.type) + " " + PackageNames::type(cell.type),
                              std::to_string(cell.value.size()), valueOf(cell)});
         }
-        out_ << alignedTable(lines, style_, {kValue});
+        out_ << alignedTable(lines, style_, Columns{{kValue}});
     }
     if (record.fault && record.accepted) {
-        out_ << "    note: offset " << record.fault->offset << ": " << record.fault->reason
-             << "; accepted all the same, as this is where the record ends\n";
+        print("    note: offset " + std::to_string(record.fault->offset) + ": " +
+              record.fault->reason + "; accepted all the same, as this is where the record ends");
     } else if (record.fault) {
         printFault(*record.fault);
     }
@@ -192,14 +196,21 @@ void PackageText::end(const CapturedPackage& /*package*/, const PackageEnd& end)
     for (const auto& fault : end.faults) {
         printFault(fault);
     }
-    out_ << "  " << end.size << (end.size == 1 ? " byte, " : " bytes, ")
-         << (end.accepted ? "accepted" : "refused as a whole") << "\n\n";
+    print("  " + std::to_string(end.size) + (end.size == 1 ? " byte, " : " bytes, ") +
+          (end.accepted ? "accepted" : "refused as a whole"));
+    out_ << '\n';
 }
 
 void PackageText::printFault(const PackageFault& fault)
 {
     const auto text = "fault: offset " + std::to_string(fault.offset) + ": " + fault.reason;
-    out_ << "    " << (style_.colors ? colored(text, Tone::Bad) : text) << '\n';
+    print("    " + (style_.colors ? colored(text, Tone::Bad) : text));
+}
+
+void PackageText::print(const std::string& text)
+{
+    constexpr std::size_t kIndent = 6;
+    out_ << foldedText(text, style_, kIndent);
 }
 
 void PackageJson::begin(const CapturedPackage& package)

@@ -5,6 +5,7 @@
 #include "tools/text_table.h"
 
 #include <ostream>
+#include <string>
 
 namespace talvik::ctl {
 
@@ -25,6 +26,7 @@ public:
 
 private:
     void printFault(const PackageFault& fault);
+    void print(const std::string& text);
 
     std::ostream& out_;
     const PackageNames& names_;

@@ -2,12 +2,20 @@
 
 #include "host/link/receiver_tags.h"
 #include "tools/answer_cells.h"
+#include "tools/failure.h"
+#include "tools/progress.h"
 #include "tools/receiver_output.h"
+#include "tools/safe_text.h"
 #include "tools/socket_output.h"
 #include "tools/trap_output.h"
+#include "tools/trap_test_outcome.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iostream>
+#include <optional>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace talvik::ctl {
@@ -48,6 +56,105 @@ std::vector<ReceiverStatus> receiversIn(const Package& answer)
     return receivers;
 }
 
+std::optional<ReceiverStatus> receiverOf(SocketClient& client, std::uint32_t index)
+{
+    const auto all = receiversOf(client);
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [index](const auto& each) { return each.index == index; });
+    return found == all.end() ? std::nullopt : std::make_optional(*found);
+}
+
+void sendTest(SocketClient& client, std::uint32_t index)
+{
+    Package answer;
+    client.ask(
+        {Peer::Agent, "SEND_TEST_TRAP", "send a test trap to receiver " + std::to_string(index)},
+        [index](backend::RecordBuilder& record) { record.u32(receiver::kIndexTag, index); },
+        answer);
+}
+
+/// What became of a test, and the receiver as it is then.
+struct Tested {
+    TestOutcome outcome = TestOutcome::Open;
+    ReceiverStatus receiver;
+};
+
+std::string titleOf(const ReceiverStatus& receiver)
+{
+    return "receiver " + std::to_string(receiver.index) + " (" + receiver.address + " port " +
+           std::to_string(receiver.port) + ")";
+}
+
+std::string stateOf(const ReceiverStatus& receiver)
+{
+    return isInTrouble(receiver) ? ": " + receiver.state : std::string();
+}
+
+[[noreturn]] void failTest(const Tested& tested, unsigned waited)
+{
+    const auto& receiver = tested.receiver;
+    const auto what = titleOf(receiver) + std::string(" did not get the test ") +
+                      (receiver.inform ? "inform" : "trap");
+    if (tested.outcome == TestOutcome::Failed) {
+        throw Failure(Failure::Kind::Refused, what + stateOf(receiver),
+                      "talvikctl trap list and the agent's log tell more; " +
+                          std::string(receiver.inform
+                                          ? "make sure that the receiver listens there and knows "
+                                            "the community or the user"
+                                          : "make sure that there is a way to that address"));
+    }
+    throw Failure(Failure::Kind::NoAnswer,
+                  what + " within " + std::to_string(waited) + " s" + stateOf(receiver),
+                  "it may still get it: talvikctl trap status shows what becomes of it, --wait "
+                  "SECONDS waits longer");
+}
+
+/// Asks until the outcome is known or the time is over. Throws `Failure` when that is no good one.
+Tested outcomeOf(SocketClient& client, const ReceiverOptions& options, const ReceiverStatus& before)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds kAskEvery(100);
+    const auto end = Clock::now() + std::chrono::seconds(options.waitSeconds);
+    const Progress::Span span("waiting for what becomes of the test");
+    Tested tested;
+    for (;;) {
+        const auto now = receiverOf(client, options.index);
+        if (!now) {
+            throw Failure(Failure::Kind::Refused,
+                          "receiver " + std::to_string(options.index) +
+                              " was removed before it got the test",
+                          "take an index that talvikctl trap status shows");
+        }
+        tested = {testOutcome(before, *now), *now};
+        if (tested.outcome != TestOutcome::Open || Clock::now() >= end) {
+            break;
+        }
+        std::this_thread::sleep_for(kAskEvery);
+    }
+    if (tested.outcome == TestOutcome::Open || tested.outcome == TestOutcome::Failed) {
+        failTest(tested, options.waitSeconds);
+    }
+    return tested;
+}
+
+void printOutcome(const ReceiverOptions& options, const Tested& tested)
+{
+    if (options.socket.output.json) {
+        auto value = socketJson(options.socket);
+        value["index"] = options.index;
+        value["outcome"] = outcomeName(tested.outcome);
+        std::cout << jsonText(value);
+    } else if (tested.outcome == TestOutcome::Acknowledged) {
+        std::cout << printable(titleOf(tested.receiver)) << " acknowledged the test inform\n";
+    } else if (tested.outcome == TestOutcome::Sent) {
+        std::cout << "the test trap to " << printable(titleOf(tested.receiver))
+                  << " was handed to the network; whether it arrived, only the receiver tells\n";
+    } else {
+        std::cout << "a test trap goes to receiver " << options.index
+                  << "; talvikctl trap status shows what becomes of it\n";
+    }
+}
+
 }  // namespace
 
 std::vector<ReceiverStatus> receiversOf(SocketClient& client)
@@ -76,20 +183,14 @@ int runReceiverTest(const ReceiverOptions& options)
 {
     SocketClient client(options.socket);
     return orPrintFailure(options.socket, [&] {
-        Package answer;
-        client.ask(
-            {Peer::Agent, "SEND_TEST_TRAP",
-             "send a test trap to receiver " + std::to_string(options.index)},
-            [&options](backend::RecordBuilder& record) {
-                record.u32(receiver::kIndexTag, options.index);
-            },
-            answer);
-        auto value = socketJson(options.socket);
-        value["index"] = options.index;
-        std::cout << (options.socket.output.json
-                          ? jsonText(value)
-                          : "a test trap goes to receiver " + std::to_string(options.index) +
-                                "; talvikctl trap status shows what becomes of it\n");
+        const bool waits = options.waitSeconds != 0;
+        const auto before = waits ? receiverOf(client, options.index) : std::nullopt;
+        sendTest(client, options.index);
+        if (waits) {
+            printOutcome(options, outcomeOf(client, options, before.value_or(ReceiverStatus())));
+        } else {
+            printOutcome(options, {TestOutcome::Open, {}});
+        }
     });
 }
 

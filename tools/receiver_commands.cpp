@@ -55,7 +55,20 @@ void addReceiverCommands(CLI::App& trap, Action& action)
             return plainNumber(text) ? std::string()
                                      : "\"" + text + "\" is no number from 1 to 2147483647";
         });
-    setHelp(*command, {kDetails, kAskingExitStatus, {"talvikctl trap test 1"}});
+    command
+        ->add_option("--wait", test->waitSeconds,
+                     "Wait so long for what becomes of it; 0 does not wait")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0U, kMostTestWait))
+        ->capture_default_str();
+    setHelp(*command,
+            {std::string(kDetails) +
+                 "\nA trap is done with once the network has it; an inform, once the receiver\n"
+                 "acknowledges it or the agent gives it up.",
+             "0 sent or acknowledged, or not waited for, 1 refused, failed or given up, 2 wrong\n"
+             "usage or a file that cannot be used, 3 no answer of the agent, or nothing decided\n"
+             "within the wait.",
+             {"talvikctl trap test 1", "talvikctl trap test 1 --wait 60 --json"}});
 }
 
 }  // namespace talvik::ctl

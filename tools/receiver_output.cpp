@@ -1,5 +1,6 @@
 #include "tools/receiver_output.h"
 
+#include "tools/folded_text.h"
 #include "tools/safe_text.h"
 #include "tools/trap_names.h"
 
@@ -10,7 +11,7 @@ namespace talvik::ctl {
 
 namespace {
 
-const Columns kCuttable = {1, 5, 7};  // address, user, state
+const Columns kCuttable = {{1, 15}, {5, 8}, {7, 16}};  // address, user, state
 
 TableLine lineOf(const ReceiverStatus& receiver)
 {
@@ -65,7 +66,7 @@ Json::Value receiverJson(const ReceiverStatus& receiver)
 std::string receiverTableText(const std::vector<ReceiverStatus>& receivers, const TableStyle& style)
 {
     if (receivers.empty()) {
-        return "no trap receivers\n";
+        return foldedText("no trap receivers", style, 0);
     }
     std::vector<TableLine> lines = {{"INDEX", "ADDRESS", "PORT", "VERSION", "TYPE", "USER", "SENDS",
                                      "STATE", "SENT", "FAILED", "ANSWERED", "GIVEN UP", "WAITING"}};

@@ -1,5 +1,6 @@
 #include "tools/scenario_report.h"
 
+#include "tools/folded_text.h"
 #include "tools/progress.h"
 #include "tools/safe_text.h"
 #include "tools/trap_output.h"
@@ -88,8 +89,10 @@ void ScenarioText::begins(const ScenarioMoment& moment, const ScenarioCounts& co
 
 void ScenarioText::succeeded(const ScenarioMoment& moment, std::uint32_t serial)
 {
+    constexpr std::size_t kIndent = 4;
+    const auto text = placeOf(moment) + printable(outcomeOf(moment.step, serial));
     Progress::ofThisProgram().around(
-        [&] { out_ << placeOf(moment) << printable(outcomeOf(moment.step, serial)) << std::endl; });
+        [&] { out_ << foldedText(text, style_, kIndent) << std::flush; });
 }
 
 void ScenarioText::failed(const ScenarioMoment& moment, const Failure& failure)

@@ -2,6 +2,7 @@
 
 #include "tools/alarm_scenario.h"
 #include "tools/failure.h"
+#include "tools/text_table.h"
 
 #include <cstdint>
 #include <ostream>
@@ -45,7 +46,12 @@ protected:
 /// Lines for people: what goes well to `out`, what does not to `errors`.
 class ScenarioText : public ScenarioReport {
 public:
-    ScenarioText(std::ostream& out, std::ostream& errors) : out_(out), errors_(errors) {}
+    ScenarioText(std::ostream& out, std::ostream& errors, const TableStyle& style = {})
+        : out_(out),
+          errors_(errors),
+          style_(style)
+    {
+    }
 
     void begins(const ScenarioMoment& moment, const ScenarioCounts& counts) override;
     void succeeded(const ScenarioMoment& moment, std::uint32_t serial) override;
@@ -55,6 +61,7 @@ public:
 private:
     std::ostream& out_;
     std::ostream& errors_;
+    TableStyle style_;
 };
 
 /// A JSON object a line: one a step and one at the end.

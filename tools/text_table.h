@@ -31,12 +31,17 @@ struct TableStyle {
     bool colors = false;
 };
 
-/// Columns of a table by number, from 0.
-using Columns = std::vector<std::size_t>;
+/// A column whose texts may be cut.
+struct CuttableColumn {
+    std::size_t number = 0;  ///< from 0
+    std::size_t least = 0;   ///< it is not cut below that; nor below its heading
+};
+using Columns = std::vector<CuttableColumn>;
 
 /// `lines`, all of the same length and the first one the heading, with their columns under each
 /// other and two blanks between. Where they do not fit `style`, the texts of `cuttable` are cut,
-/// those that are widest beyond their heading first, and never narrower than it.
+/// those that are widest beyond their least width first. If that is not enough, each line is folded
+/// and goes on below itself, indented. What is then still too wide by itself is cut, too.
 std::string alignedTable(const std::vector<TableLine>& lines, const TableStyle& style = {},
                          const Columns& cuttable = {});
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kNotShown = "?";
 
-const Columns kCuttable = {1, 5, 6};  // address, user, usable
+const Columns kCuttable = {{1}, {5}, {6}};  // address, user, usable
 
 std::string shown(const std::optional<std::string>& text)
 {

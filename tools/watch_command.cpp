@@ -5,6 +5,7 @@
 #include "tools/receiver_actions.h"
 #include "tools/socket_options.h"
 #include "tools/watch_output.h"
+#include "tools/watch_picture.h"
 #include "tools/watcher.h"
 
 #include <CLI/CLI.hpp>
@@ -16,7 +17,7 @@
 #include <ctime>
 #include <iostream>
 #include <memory>
-#include <thread>
+#include <vector>
 
 namespace talvik::ctl {
 
@@ -35,10 +36,13 @@ struct WatchOptions {
     std::uint32_t count = 0;           // 0 for no end
 };
 
-/// Ctrl-C and SIGTERM end the program with status 0, but never within a line.
-class EndSignals {
+using Clock = std::chrono::steady_clock;
+
+/// Ctrl-C and SIGTERM end the program with status 0, but never within a line. That the terminal has
+/// another size is told while it waits.
+class Signals {
 public:
-    EndSignals()
+    Signals()
     {
         struct sigaction action {};
         action.sa_handler = [](int) { ::_exit(kExitGood); };
@@ -46,13 +50,33 @@ public:
             ::sigaction(number, &action, nullptr);
             ::sigaddset(&set_, number);
         }
+        ::sigaddset(&resized_, SIGWINCH);
+        ::pthread_sigmask(SIG_BLOCK, &resized_, nullptr);
     }
 
     void hold() const { ::pthread_sigmask(SIG_BLOCK, &set_, nullptr); }
     void release() const { ::pthread_sigmask(SIG_UNBLOCK, &set_, nullptr); }
 
+    /// Waits for `end`; true when the terminal has another size before it.
+    bool resizedBefore(Clock::time_point end) const
+    {
+        using std::chrono::nanoseconds;
+        using std::chrono::seconds;
+        for (auto now = Clock::now(); now < end; now = Clock::now()) {
+            const auto whole = std::chrono::duration_cast<seconds>(end - now);
+            timespec left{};
+            left.tv_sec = whole.count();
+            left.tv_nsec = std::chrono::duration_cast<nanoseconds>(end - now - whole).count();
+            if (::sigtimedwait(&resized_, nullptr, &left) == SIGWINCH) {
+                return true;
+            }
+        }
+        return false;
+    }
+
 private:
     sigset_t set_ = {};
+    sigset_t resized_ = {};
 };
 
 template <typename Row, typename Ask>
@@ -82,8 +106,9 @@ public:
     {
         for (std::uint32_t looks = 1;; ++looks) {
             const auto seen = look();
+            const auto changes = watcher_.changesOf(seen);
             signals_.hold();
-            show(seen);
+            show(seen, changes);
             if (!std::cout) {
                 return kExitBad;
             }
@@ -91,7 +116,7 @@ public:
                 return seen.isAnswered() ? kExitGood : kExitNoAnswer;
             }
             signals_.release();
-            std::this_thread::sleep_for(std::chrono::duration<double>(options_.interval));
+            wait(seen, changes);
         }
     }
 
@@ -109,9 +134,22 @@ private:
         return seen;
     }
 
-    void show(const Look& seen)
+    /// Until the next look is due; a picture is drawn anew when the window has another size.
+    void wait(const Look& seen, const std::vector<Change>& changes) const
     {
-        const auto changes = watcher_.changesOf(seen);
+        const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                            std::chrono::duration<double>(options_.interval));
+        while (signals_.resizedBefore(end)) {
+            if (pictures_) {
+                signals_.hold();
+                show(seen, changes);
+                signals_.release();
+            }
+        }
+    }
+
+    void show(const Look& seen, const std::vector<Change>& changes) const
+    {
         const auto now = surroundingsOfOutput();  // the window may have another size
         const auto style = tableStyle(options_.socket.output, now);
         if (pictures_) {
@@ -130,7 +168,7 @@ private:
     SocketClient receivers_;
     Surroundings surroundings_;
     bool pictures_;
-    EndSignals signals_;
+    Signals signals_;
     Watcher watcher_;
 };
 

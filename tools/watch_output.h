@@ -8,7 +8,10 @@
 
 namespace talvik::ctl {
 
-/// A change in a line for people: the time first.
+/// A change for people, without its time.
+std::string changeLine(const Change& change, const TableStyle& style);
+
+/// The same with the time first, folded where a line does not fit.
 std::string changeText(const Change& change, std::uint64_t time, const TableStyle& style);
 
 /// A change as a JSON object in a line: {"time", "event", "what": "alarms" or "traps"} and, by its
@@ -17,10 +20,5 @@ std::string changeText(const Change& change, std::uint64_t time, const TableStyl
 /// and "receiver-changed" has "counted": {"sent", "failed", "answered", "givenUp"} since the look
 /// before; "away" has "reason" and "advice"; "back" has nothing else.
 std::string changeJson(const Change& change, std::uint64_t time);
-
-/// What a terminal of `rows` lines shows after a look. The alarms with the greatest serial numbers
-/// are shown if there is no room for all.
-std::string watchPicture(const Look& look, const std::vector<Change>& changes,
-                         const TableStyle& style, std::size_t rows);
 
 }  // namespace talvik::ctl

@@ -88,7 +88,30 @@ class CtlPackage(TalvikTest):
         broken[46] |= 0xF  # type 15
         self.assertEqual(self.json(bytes(broken), status=1)[0]["records"][0]["fault"],
                          {"offset": 46, "reason": "cell with tag 7: type 15 is unknown, the largest is 9"})
-        self.assertIn("is empty", self.dump(b"", status=1)[1])
+
+    def test_says_why_in_json_too(self):
+        self.assertEqual(self.dump(b"", status=1), ("", "talvikctl: standard input is empty: there is nothing in it; capture "
+                                                    "again, and look whether what makes the capture reports an error\n"))
+        for content, words, reason, packages in (
+                (b"", [], "standard input is empty: there is nothing in it", 0),
+                (b"\n", [], "standard input is empty: there is nothing in it", 0),
+                (CLEAR.hex().encode() + b"\n0g", [], "standard input, line 2, column 1: expected two hexadecimal digits for a byte", 1),
+                (b"", [str(self.write("empty.bin", ""))], f"{self.folder}/empty.bin is empty: there is nothing in it", 0)):
+            with self.subTest(content=content, words=words):
+                out, error = self.dump(content, "--json", *words, status=1)
+                *before, last = map(json.loads, out.splitlines())
+                self.assertEqual((len(before), error), (packages, ""))
+                self.assertEqual((sorted(last), last["reason"]), (["advice", "reason"], reason))
+
+    def test_reads_what_other_programs_make_of_it(self):
+        file = self.folder / "capture.bin"
+        file.write_bytes(CLEAR + REFUSED)
+        plain = self.json(CLEAR + REFUSED)
+        for words in ("od -v -A x -t x1", "od -v -t x1", "od -v -A d -t x1z", "od -v -A n -t x1"):
+            with self.subTest(program=words):
+                self.assertEqual(self.json(subprocess.check_output([*words.split(), str(file)])), plain)
+        words = subprocess.check_output(["od", "-v", "-x", str(file)])
+        self.assertIn("the order of their bytes is unknown", self.dump(words, status=1)[1])
 
     def test_does_not_take_what_it_cannot_use(self):
         for words in ([str(self.folder / "none")], [str(self.folder)], ["--format", "octal"]):

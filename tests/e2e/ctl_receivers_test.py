@@ -43,9 +43,9 @@ class CtlReceivers(TalvikTest):
 
     def test_sends_a_test_trap_to_one_receiver(self):
         self.add_receivers()
-        self.assertIn("a test trap goes to receiver 2", self.ask("test", "2")[0])
+        self.assertIn("the test trap to receiver 2", self.ask("test", "2")[0])
+        self.assertEqual([row["sent"] for row in self.status()], [0, 1])
         self.assertIn(b"Test trap", self.receivers[1].recv(65535))
-        wait_until(lambda: [row["sent"] for row in self.status()] == [0, 1], "one trap sent")
         self.receivers[0].setblocking(False)
         self.assertRaises(BlockingIOError, self.receivers[0].recv, 65535)
 
@@ -60,6 +60,14 @@ class CtlReceivers(TalvikTest):
             port = self.receivers[index - 1].getsockname()[1]
             self.assertEqual(line.split(), [str(index), "127.0.0.1", str(port), "v2c", "alarm", "--", "trap", "ok", "0",
                                             "0", "0", "0", "0"])
+
+    def test_says_that_a_test_trap_cannot_be_sent(self):
+        self.run_ctl(["add", "192.0.2.1", "--version", "v3", "--user", "nobody-knows", "--agent",
+                      f"udp:127.0.0.1:{self.agent.port}", *WRITER], 0)
+        told = json.loads(self.ask("test", "1", "--json", status=1)[0])
+        self.assertIn("receiver 1 (192.0.2.1 port 162) did not get the test trap: ", told["reason"])
+        self.assertIn("nobody-knows", told["reason"])
+        self.assertTrue(told["advice"])
 
     def test_says_what_it_cannot_do(self):
         self.assertIn("there is no trap receiver with that index", self.ask("test", "7", status=1)[1])

@@ -100,6 +100,28 @@ class CtlTables(CtlTerminalTest):
         self.assertIn("ä硬" * 40, self.shown("alarm", "list", "--wide"))
         self.assertIn("ä硬" * 40, self.ctl("alarm", "list"))
 
+    def test_fold_what_is_told(self):
+        alarms, enums = (str(SOURCE / "etc" / f"alarm-{name}.json") for name in ("definitions", "enumerations"))
+        bad = self.write("bad.json", '{"root": {"eventDefinition": {"param": [{"eventID": "0", "name": 7}]}}}')
+        value = "a-serial-number-" * 8
+        for words in (self.words("backend", "status"), self.words("trap", "status"), self.words("watch", "--count", "1"),
+                      [CTL, "catalogue", "check", str(bad)],
+                      [CTL, "catalogue", "expand", DISK, f"DAE000,7,{value},1", "--definitions", alarms, "--enums", enums]):
+            whole = subprocess.run(words, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=LIMIT).stdout
+            self.assertNotIn("…", whole)
+            if "expand" in words:
+                self.assertIn(value, whole)
+            for columns in (40, 80, 200):
+                with self.subTest(words=words[1:3], columns=columns):
+                    terminal = Terminal(words, columns=columns, NO_COLOR="1")
+                    self.addCleanup(terminal.close)
+                    text, _ = terminal.finish()
+                    shown = [line for line in text.splitlines() if not line.startswith("talvikctl: ")]
+                    self.assertLessEqual(max(len(line.replace("\x1b[H\x1b[2J", "")) for line in [*shown, ""]), columns, text)
+                    if words[1] in ("backend", "catalogue"):  # nothing is lost
+                        self.assertEqual("".join(text.split())[:200 if words[1] == "catalogue" else 20],
+                                         "".join(whole.split())[:200 if words[1] == "catalogue" else 20])
+
     def test_have_colours_on_terminals_only(self):
         for text, colours in ((self.shown("alarm", "list"), True), (self.shown("alarm", "list", NO_COLOR="1"), False),
                               (self.shown("alarm", "list", TERM="dumb"), False), (self.ctl("alarm", "list"), False),
@@ -184,6 +206,17 @@ class CtlWatch(CtlTerminalTest):
         self.assertIn("traps: ", both)
         self.backend.stop()
         self.assertIn("start talvik-agentd", self.ctl("watch", "alarms", "--count", "1", status=3))
+
+    def test_draws_anew_when_the_window_has_another_size(self):
+        for _ in range(30):
+            self.ctl("alarm", "raise", DISK, "--param", "a" * 60)
+        terminal = self.on_terminal("watch", "alarms", "--interval", "3600", rows=24)
+        terminal.read_until("\n13 more with smaller serial numbers\n")
+        fcntl.ioctl(terminal.master, termios.TIOCSWINSZ, struct.pack("4H", 12, 80, 0, 0))
+        terminal.process.send_signal(signal.SIGWINCH)
+        self.assertIn("\x1b[H\x1b[2J", terminal.read_until("\n25 more with smaller serial numbers\n"))
+        terminal.process.send_signal(signal.SIGINT)
+        self.assertEqual(terminal.finish()[1], 0)
 
     def test_draws_over_its_picture_on_a_terminal(self):
         terminal = self.on_terminal("watch", "alarms", "--interval", "0.1")

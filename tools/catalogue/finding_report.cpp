@@ -1,5 +1,6 @@
 #include "tools/catalogue/finding_report.h"
 
+#include "tools/folded_text.h"
 #include "tools/safe_text.h"
 
 #include <json/json.h>
@@ -30,22 +31,28 @@ Json::Value asJson(const Finding& finding)
 
 }  // namespace
 
-void printFindings(std::ostream& out, const CheckedFiles& files, const CheckResult& result)
+void printFindings(std::ostream& out, const CheckedFiles& files, const CheckResult& result,
+                   const TableStyle& style)
 {
+    constexpr std::size_t kIndent = 4;
     const auto& findings = result.findings;
     for (const auto& finding : findings.list()) {
         const auto& place = finding.place;
-        out << printable(place.file) << ':' << place.line << ':' << place.column << ": "
-            << nameOf(finding.kind.severity) << ": " << printable(finding.message) << " ["
-            << finding.kind.code << "]\n    to do: " << printable(finding.advice) << '\n';
+        const auto where = printable(place.file) + ":" + std::to_string(place.line) + ":" +
+                           std::to_string(place.column) + ": ";
+        out << foldedText(where + nameOf(finding.kind.severity) + ": " +
+                              printable(finding.message) + " [" + finding.kind.code + "]",
+                          style, kIndent)
+            << foldedText("    to do: " + printable(finding.advice), style, kIndent);
     }
-    out << counted(result.alarms, "alarm");
+    auto summary = counted(result.alarms, "alarm");
     if (!files.enumerations.empty()) {
-        out << ", " << counted(result.enumerations, "enumeration");
+        summary += ", " + counted(result.enumerations, "enumeration");
     }
-    out << ": " << counted(findings.count(Severity::Error), "error") << ", "
-        << counted(findings.count(Severity::Warning), "warning") << ", "
-        << counted(findings.count(Severity::Note), "note") << '\n';
+    out << foldedText(summary + ": " + counted(findings.count(Severity::Error), "error") + ", " +
+                          counted(findings.count(Severity::Warning), "warning") + ", " +
+                          counted(findings.count(Severity::Note), "note"),
+                      style, kIndent);
 }
 
 void printFindingsAsJson(std::ostream& out, const CheckedFiles& files, const CheckResult& result)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/catalogue/catalogue_check.h"
+#include "tools/text_table.h"
 
 #include <iosfwd>
 #include <string>
@@ -13,8 +14,10 @@ struct CheckedFiles {
     std::string enumerations;  ///< empty when none was given
 };
 
-/// One finding a pair of lines, FILE:LINE:COLUMN first as compilers do, and a summary.
-void printFindings(std::ostream& out, const CheckedFiles& files, const CheckResult& result);
+/// One finding a pair of lines, folded as `style` says, FILE:LINE:COLUMN first as compilers do, and
+/// a summary.
+void printFindings(std::ostream& out, const CheckedFiles& files, const CheckResult& result,
+                   const TableStyle& style = {});
 
 /// The same as one JSON object.
 void printFindingsAsJson(std::ostream& out, const CheckedFiles& files, const CheckResult& result);

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -125,19 +127,115 @@ TEST_F(TalvikctlReceivers, AreNotGuessedFromAnAnswerThatLacksACell)
     EXPECT_THAT(output_, HasSubstr("cell 1 of the answer is missing; make sure that talvikctl"));
 }
 
-TEST_F(TalvikctlReceivers, GetATestTrap)
+/// A receiver with the index 7 whose counters are looked at once before the test and then again and
+/// again.
+class TalvikctlTrapTest : public TalvikctlReceivers {
+protected:
+    struct Counters {
+        std::uint64_t sent = 0;
+        std::uint64_t answered = 0;
+        std::uint64_t givenUp = 0;
+        std::uint64_t waiting = 0;
+    };
+
+    /// `after` has the counters of each later look; the last ones stay.
+    void receive(bool inform, const std::string& state, std::vector<Counters> after)
+    {
+        agent_.add(kSendTestTrap, "SEND_TEST_TRAP", [this](const Package& request, Package&) {
+            asked_ = CTLVCell::ValueCast<unsigned int>()((*request[0])[3]);
+            tested_ = tested_ || asked_ == 7;
+            return asked_ == 7 ? 0U : kNoSuchReceiver;
+        });
+        show([this, inform, state, after](const Package&, Package& reply) {
+            Counters now;
+            if (tested_) {
+                now = after[std::min(looks_, after.size() - 1)];
+                ++looks_;
+            }
+            RecordBuilder(reply, kShowReceivers)
+                .text(1, "192.0.2.7")
+                .u32(2, 162)
+                .u32(3, 7)
+                .u32(4, 2)
+                .u32(5, 1)
+                .text(6, "--")
+                .u32(7, inform ? 1 : 0)
+                .text(8, tested_ ? state : "ok")
+                .u64(10, now.sent)
+                .u64(11, 0)
+                .u64(12, now.answered)
+                .u64(13, now.givenUp)
+                .u64(14, now.waiting);
+            return 0U;
+        });
+    }
+
+    std::uint64_t asked_ = 0;  // while no server runs
+    bool tested_ = false;
+    std::size_t looks_ = 0;
+};
+
+TEST_F(TalvikctlTrapTest, EndsWhenTheTrapIsSent)
 {
-    std::uint64_t asked = 0;
-    agent_.add(kSendTestTrap, "SEND_TEST_TRAP", [&asked](const Package& request, Package&) {
-        asked = CTLVCell::ValueCast<unsigned int>()((*request[0])[3]);
-        return asked == 7 ? 0U : kNoSuchReceiver;
-    });
+    receive(false, "ok", {{0, 0, 0, 1}, {1, 0, 0, 0}});
 
     EXPECT_EQ(run({"test", "7"}), 0);
-    EXPECT_EQ(asked, 7u);
-    EXPECT_THAT(output_, HasSubstr("a test trap goes to receiver 7"));
+
+    EXPECT_EQ(output_,
+              "the test trap to receiver 7 (192.0.2.7 port 162) was handed to the network; "
+              "whether it arrived, only the receiver tells\n");
+    EXPECT_EQ(looks_, 2u);
+}
+
+TEST_F(TalvikctlTrapTest, EndsWhenTheInformIsAcknowledged)
+{
+    receive(true, "ok", {{1, 0, 0, 1}, {1, 1, 0, 0}});
+
+    EXPECT_EQ(run({"test", "7", "--json"}), 0);
+
+    EXPECT_THAT(output_, HasSubstr("\"outcome\" : \"acknowledged\""));
+}
+
+TEST_F(TalvikctlTrapTest, SaysWhyTheInformFailed)
+{
+    receive(true, "does not answer informs", {{1, 0, 0, 1}, {1, 0, 1, 0}});
+
+    EXPECT_EQ(run({"test", "7"}), 1);
+
+    EXPECT_THAT(output_,
+                HasSubstr("talvikctl: receiver 7 (192.0.2.7 port 162) did not get the test "
+                          "inform: does not answer informs; "));
+}
+
+TEST_F(TalvikctlTrapTest, EndsWithTheWait)
+{
+    receive(true, "ok", {{1, 0, 0, 1}});
+
+    EXPECT_EQ(run({"test", "7", "--wait", "1", "--json"}), 3);
+
+    EXPECT_THAT(output_, HasSubstr("\"reason\" : \"receiver 7 (192.0.2.7 port 162) did not get the "
+                                   "test inform within 1 s\""));
+    EXPECT_THAT(output_, HasSubstr("\"advice\" : \"it may still get it"));
+}
+
+TEST_F(TalvikctlTrapTest, DoesNotHaveToWait)
+{
+    receive(false, "ok", {{0, 0, 0, 1}});
+
+    EXPECT_EQ(run({"test", "7", "--wait", "0"}), 0);
+
+    EXPECT_EQ(asked_, 7u);
+    EXPECT_EQ(looks_, 0u);
+    EXPECT_EQ(output_,
+              "a test trap goes to receiver 7; talvikctl trap status shows what becomes of it\n");
+}
+
+TEST_F(TalvikctlTrapTest, NeedsAReceiver)
+{
+    receive(false, "ok", {{}});
 
     EXPECT_EQ(run({"test", "8"}), 1);
+
     EXPECT_EQ(output_, "talvikctl: cannot send a test trap to receiver 8: there is no trap "
                        "receiver with that index; take an index that talvikctl trap status "
                        "shows\n");

@@ -16,7 +16,6 @@ using talvik::test::TimeZone;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 const Failure kAway(Failure::Kind::Connection, "cannot connect", "start it");
 
@@ -135,28 +134,6 @@ TEST_F(WatcherTest, IsAJsonObjectAChange)
     EXPECT_EQ(changeJson(away.at(0), 13),
               R"({"advice":"start it","event":"away","reason":"cannot connect","time":13,)"
               "\"what\":\"alarms\"}\n");
-}
-
-TEST_F(WatcherTest, DrawsAPictureThatFitsTheTerminal)
-{
-    Look look = alarmsLook({});
-    for (std::uint32_t serial = 1; serial <= 100; ++serial) {
-        look.alarms.rows->push_back(alarm(serial));
-    }
-    look.receivers.rows = {receiver(1, 5)};
-    news(look);
-    look.alarms.rows->push_back(alarm(101));
-    const auto changes = watcher_.changesOf(look);
-
-    const auto picture = watchPicture(look, changes, {70, false}, 24);
-
-    EXPECT_LE(std::count(picture.begin(), picture.end(), '\n'), 24);
-    EXPECT_THAT(picture,
-                HasSubstr("active alarms: 101\nsince the last look:\n  raised alarm  101"));
-    EXPECT_THAT(picture, HasSubstr("more with smaller serial numbers\nSERIAL"));
-    EXPECT_THAT(picture, HasSubstr("\n101     501010001"));
-    EXPECT_THAT(picture, Not(HasSubstr("\n1       501010001")));
-    EXPECT_THAT(picture, HasSubstr("INDEX"));
 }
 
 }  // namespace
