@@ -7,6 +7,7 @@
 #include "tools/receiver_output.h"
 #include "tools/safe_text.h"
 #include "tools/scenario_report.h"
+#include "tools/trap_import_output.h"
 #include "tools/trap_output.h"
 #include "tools/watch_output.h"
 #include "tools/watch_picture.h"
@@ -69,7 +70,7 @@ std::string receivers(const TableStyle& style)
     return receiverTableText({receiver(), receiver()}, style);
 }
 
-std::string destinations(const TableStyle& style)
+TrapDestination destination()
 {
     TrapDestination row;
     row.index = 2147483647;
@@ -79,7 +80,24 @@ std::string destinations(const TableStyle& style)
     row.type = 7;
     row.user = kUser;
     row.usable = kAddress + " " + kLast;
-    return trapTableText({row, row}, style);
+    return row;
+}
+
+std::string destinations(const TableStyle& style)
+{
+    return trapTableText({destination(), destination()}, style);
+}
+
+std::string imported(const TableStyle& style)
+{
+    TrapChangeOutcome outcome;
+    outcome.change.kind = TrapChange::Kind::Modify;
+    outcome.change.before = destination();
+    outcome.change.after = destination();
+    outcome.change.after.address = kAddress;
+    outcome.change.after.user = "another " + kLast;
+    outcome.result = TrapChangeOutcome::Result::NotTried;
+    return trapImportTable({outcome, outcome}, style);
 }
 
 std::string changes(const TableStyle& style)
@@ -184,9 +202,11 @@ struct Table {
 };
 
 const Table kTables[] = {
-    {"AlarmList", alarms},       {"TrapList", destinations},   {"TrapStatus", receivers},
-    {"WatchLines", changes},     {"WatchPicture", pictures},   {"PackageDump", packages},
-    {"AlarmScenario", scenario}, {"CatalogueCheck", findings}, {"BackendStatusAndExpand", named},
+    {"AlarmList", alarms},        {"TrapList", destinations},
+    {"TrapStatus", receivers},    {"TrapImport", imported},
+    {"WatchLines", changes},      {"WatchPicture", pictures},
+    {"PackageDump", packages},    {"AlarmScenario", scenario},
+    {"CatalogueCheck", findings}, {"BackendStatusAndExpand", named},
 };
 
 class EveryTable : public testing::TestWithParam<Table> {
