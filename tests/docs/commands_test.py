@@ -211,7 +211,7 @@ def test_of(name):
 
 
 for _name, _commands in COMMANDS.items():
-    if any(not entries_for(command) for command in _commands) or any(
+    if any(not entries_for(command) or entries_for(command)[0].instead for command in _commands) or any(
             kind_of(block, KNOWN_OUTPUTS) == "settings" for block in PAGES[_name].blocks):
         setattr(Commands, "test_" + re.sub(r"\W+", "_", _name.removesuffix(".md")).lower(), test_of(_name))
 
