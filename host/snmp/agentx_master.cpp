@@ -2,6 +2,7 @@
 
 #include "host/platform/host_log.h"
 #include "host/platform/log_text.h"
+#include "host/snmp/agentx_offer.h"
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/net_snmp.h"
 
@@ -26,7 +27,6 @@ namespace talvik {
 
 namespace {
 
-constexpr int kRegister = 1;      ///< the library's SNMPD_CALLBACK_REGISTER_OID
 constexpr int kSessionEnds = 11;  ///< the library's SNMPD_CALLBACK_INDEX_STOP
 
 constexpr std::chrono::milliseconds kFirstPause{100};
@@ -38,58 +38,6 @@ constexpr std::array<unsigned char, 20> kPing = {1, 13, 0x10, 0};
 
 /// The one instance. The library would free a callback's argument when it shuts down.
 AgentxMaster* current = nullptr;
-
-/// What came of one subtree.
-struct Offer {
-    bool taken = false;
-    std::string reason;  ///< of a refusal
-};
-
-/// The library tells what came of it in its log and in `snmp_errno` only.
-Offer offer(netsnmp_subtree& subtree, LibraryLog& log)
-{
-    register_parameters what{};
-    what.name = subtree.name_a;
-    what.namelen = subtree.namelen;
-    what.priority = subtree.priority;
-    what.range_subid = subtree.range_subid;
-    what.range_ubound = subtree.range_ubound;
-    what.timeout = subtree.timeout;
-    what.flags = subtree.flags;
-    const auto* registered = subtree.reginfo;
-    const bool hasContext = registered != nullptr && registered->contextName != nullptr;
-    what.contextName = hasContext ? registered->contextName : "";
-    log.startKeeping();
-    snmp_errno = SNMPERR_SUCCESS;
-    snmp_call_callbacks(SNMP_CALLBACK_APPLICATION, kRegister, &what);
-    for (const auto& line : log.stopKeeping()) {
-        if (line.level == LibraryLog::Level::Error) {
-            return {false, line.text};
-        }
-    }
-    return snmp_errno == SNMPERR_TIMEOUT ? Offer{false, "no answer"} : Offer{true, ""};
-}
-
-/// Those that can be offered to a master, as `register_mib_reattach` would.
-std::vector<netsnmp_subtree*> subtrees()
-{
-    std::vector<netsnmp_subtree*> all;
-    for (auto* context = get_top_context_cache(); context != nullptr; context = context->next) {
-        for (auto* one = context->first_subtree; one != nullptr; one = one->next) {
-            for (auto* part = one; part != nullptr; part = part->children) {
-                if (part->namelen > 1) {
-                    all.push_back(part);
-                }
-            }
-        }
-    }
-    return all;
-}
-
-bool isTaken(const netsnmp_subtree* subtree)
-{
-    return (subtree->flags & SUBTREE_ATTACHED) != 0;
-}
 
 bool mustWait(int error)
 {
@@ -217,7 +165,7 @@ void AgentxMaster::connect(Time now)
 void AgentxMaster::offerSubtrees(Time now)
 {
     state_ = State::Connected;
-    const auto all = subtrees();
+    const auto all = subtreesToOffer();
     auto left = all;
     left.erase(std::remove_if(left.begin(), left.end(), &isTaken), left.end());
     const bool again = refused_.has_value();
@@ -227,15 +175,15 @@ void AgentxMaster::offerSubtrees(Time now)
     }
     std::string reason;
     for (auto* subtree : left) {
-        const auto result = offer(*subtree, log_);
+        const auto result = offerSubtree(*subtree, log_);
         if (!session_) {
             return;  // it has gone meanwhile
         }
-        if (result.taken) {
-            subtree->flags |= SUBTREE_ATTACHED;
+        if (!result) {
+            setTaken(*subtree);
             continue;
         }
-        reason = result.reason;
+        reason = *result;
         if (again) {
             break;
         }
