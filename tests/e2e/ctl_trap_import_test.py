@@ -9,6 +9,7 @@ import subprocess
 import threading
 import unittest
 
+from ctl_watch_test import Terminal
 from talvik_e2e import CONFIG, LIMIT, ROOT, TalvikTest, free_port, program
 
 TRAPS = ROOT + ".2.91.10.4.1"
@@ -88,12 +89,12 @@ class CtlTrapImport(TalvikTest):
         return [*program("talvikctl"), "trap", *words, "--agent", f"udp:127.0.0.1:{port or self.agent.port}",
                 "--snmp-version", "2c", "--community", community]
 
-    def environment(self):
-        return dict(os.environ, HOME=str(self.home), SNMPCONFPATH=str(self.home), LC_ALL="C")
+    def settings(self):
+        return {"HOME": str(self.home), "SNMPCONFPATH": str(self.home), "LC_ALL": "C"}
 
     def ctl(self, *words, status=0, given="", **where):
         """Runs a command, which must end with the status; returns standard output and error."""
-        done = subprocess.run(self.command(*words, **where), env=self.environment(), input=given, capture_output=True,
+        done = subprocess.run(self.command(*words, **where), env=dict(os.environ, **self.settings()), input=given, capture_output=True,
                               text=True, timeout=LIMIT)
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
         return done.stdout, done.stderr
@@ -103,7 +104,8 @@ class CtlTrapImport(TalvikTest):
 
     def rows(self, agent=None):
         """What the agent has, without what it decides itself."""
-        return [{name: row[name] for name in LIST[0]} for row in json.loads(self.list_of(agent or self.agent))["destinations"]]
+        rows = json.loads(self.list_of(agent or self.agent))["destinations"]
+        return [{name: row[name] for name in LIST[0]} for row in rows]
 
     def file(self, *destinations):
         return str(self.write("receivers.json", json.dumps(destinations)))
@@ -200,6 +202,15 @@ class CtlTrapImport(TalvikTest):
         self.assertEqual([one["result"] for one in told["changes"]], ["done", "failed"])
         self.assertIn("noAccess at the version", told["changes"][1]["reason"])
 
+    def test_fits_the_terminal_and_has_colours(self):
+        running = Terminal(self.command("import", self.file(f"{'long' * 15}.example.net")), columns=70, **self.settings())
+        self.addCleanup(running.close)
+        text, status = running.finish()
+        self.assertEqual(status, 0, text)
+        self.assertEqual([len(line) <= 70 for line in text.replace("\x1b[32mdone\x1b[0m", "done").splitlines()], [True] * 3)
+        self.assertIn("\x1b[32mdone\x1b[0m", text)
+        self.assertRegex(text, " longlong[long]*…  162 ")
+
     def test_tells_that_nobody_answers(self):
         out, error = self.imported("192.0.2.1", words=["--timeout", "100"], port=free_port(), status=3)
         self.assertEqual(out, "")
@@ -208,11 +219,11 @@ class CtlTrapImport(TalvikTest):
     def test_completes_when_it_is_repeated_after_an_interrupt(self):
         path = CutPath(self.agent.port, sets=1)
         self.addCleanup(path.close)
-        running = subprocess.Popen(self.command("import", self.file(*LIST), port=path.port), env=self.environment(),
-                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.assertTrue(path.cut.wait(LIMIT))
-        running.send_signal(signal.SIGINT)
-        self.assertEqual(running.wait(LIMIT), -signal.SIGINT)
+        running = Terminal(self.command("import", self.file(*LIST), port=path.port), **self.settings())
+        self.addCleanup(running.close)
+        running.read_until("change 2 of 3, ")
+        running.process.send_signal(signal.SIGINT)
+        self.assertEqual(running.finish()[1], -signal.SIGINT)
         self.assertEqual(self.rows(), LIST[:2])
         self.imported(*LIST)
         self.assertEqual(self.rows(), LIST)
