@@ -94,8 +94,8 @@ class CtlTrapImport(TalvikTest):
 
     def ctl(self, *words, status=0, given="", **where):
         """Runs a command, which must end with the status; returns standard output and error."""
-        done = subprocess.run(self.command(*words, **where), env=dict(os.environ, **self.settings()), input=given, capture_output=True,
-                              text=True, timeout=LIMIT)
+        done = subprocess.run(self.command(*words, **where), env=dict(os.environ, **self.settings()), input=given,
+                              capture_output=True, text=True, timeout=LIMIT)
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
         return done.stdout, done.stderr
 
