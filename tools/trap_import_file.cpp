@@ -63,7 +63,7 @@ std::optional<std::uint32_t> readCoded(const TrapListElement& destination, const
         }
     }
     const auto codeMember = std::string(member) + "Code";
-    if (!destination.has(codeMember.c_str())) {
+    if (!destination.has(codeMember)) {
         return code;
     }
     const auto element = destination.at(codeMember);

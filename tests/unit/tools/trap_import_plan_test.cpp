@@ -14,7 +14,6 @@ namespace {
 
 using namespace talvik::ctl;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 using Rows = std::vector<TrapDestination>;
