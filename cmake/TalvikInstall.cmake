@@ -100,6 +100,8 @@ talvik_install_documents(agent talvik-agent
 # The configurations of other programs: what runs keeps its mode, the rest is for reading.
 set(programs contrib/nagios/check_talvik_alarms contrib/snmptrapd/talvik-trap-handler)
 file(GLOB_RECURSE samples CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" contrib/*)
+# Not what interpreters and editors leave there.
+list(FILTER samples EXCLUDE REGEX "(^|/)(__pycache__/|[.#])|~$|[.](bak|orig|pyc|rej|swp)$")
 foreach(sample IN LISTS samples)
     get_filename_component(directory "${sample}" DIRECTORY)
     set(kind FILES)

@@ -50,6 +50,7 @@ def filled_in(text, **others):
 
 def script(path):
     """A script of contrib/ as a module."""
+    sys.dont_write_bytecode = True  # contrib/ is for what is delivered
     loader = importlib.machinery.SourceFileLoader(path.name.replace("-", "_"), str(path))
     module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
     loader.exec_module(module)
