@@ -37,17 +37,41 @@ std::size_t skipWord(const std::string& line, std::size_t at)
     return at;
 }
 
-/// How long each word is from the offset to the end of the bytes.
-std::vector<std::size_t> wordsBehind(const std::string& line, const LeadingDigits& offset)
+/// How long each word is from the offset to `end`.
+std::vector<std::size_t> wordsBehind(const std::string& line, const LeadingDigits& offset,
+                                     std::size_t end)
 {
     std::vector<std::size_t> lengths;
-    const auto end = endOfBytes(line, offset);
     for (auto at = skipBlanks(line, offset.end); at < end;) {
         const auto wordEnd = skipWord(line, at);
         lengths.push_back(wordEnd - at);
         at = skipBlanks(line, wordEnd);
     }
     return lengths;
+}
+
+/// Whether a word of two digits begins at `at`.
+bool isByteAt(const std::string& line, std::size_t at)
+{
+    const auto end = skipWord(line, at);
+    return end - at == kByteDigits &&
+           std::all_of(line.begin() + static_cast<std::ptrdiff_t>(at),
+                       line.begin() + static_cast<std::ptrdiff_t>(end),
+                       [](unsigned char c) { return std::isxdigit(c) != 0; });
+}
+
+/// Where up to eight bytes end that begin at `at`, one blank apart.
+std::size_t endOfSecondHalf(const std::string& line, std::size_t at)
+{
+    auto end = at;
+    for (std::size_t words = 0; words < kHalfLine && isByteAt(line, at); ++words) {
+        end = skipWord(line, at);
+        at = skipBlanks(line, end);
+        if (at - end != 1) {
+            break;
+        }
+    }
+    return end;
 }
 
 bool isZero(const std::string& digits)
@@ -86,22 +110,34 @@ std::optional<LeadingDigits> leadingDigits(const std::string& line)
     return isLead ? std::make_optional(lead) : std::nullopt;
 }
 
-std::size_t endOfBytes(const std::string& line, const LeadingDigits& offset)
+EndOfBytes endOfBytes(const std::string& line, const LeadingDigits& offset)
 {
-    auto at = skipBlanks(line, offset.end);
+    const auto start = skipBlanks(line, offset.end);
     if (offset.colon) {
-        return std::min(line.find("  ", at), line.size());
+        return {std::min(line.find("  ", start), line.size())};
     }
+    std::size_t middle = 0;  // the gap behind the first eight
+    auto at = start;
     for (std::size_t words = 1; at < line.size(); ++words) {
         const auto end = skipWord(line, at);
         at = skipBlanks(line, end);
         const auto gap = at - end;
-        if (at == line.size() || line[at] == '|' || line[at] == '>' || gap >= kCharacters ||
-            (gap == 2 && words != kHalfLine)) {
-            return end;
+        if (at == line.size() || line[at] == '|' || line[at] == '>') {
+            return {end, 0, middle};
         }
+        if (gap >= kCharacters || (gap == 2 && words != kHalfLine)) {
+            const bool perhapsMiddle = words == kHalfLine && isByteAt(line, at);
+            return perhapsMiddle ? EndOfBytes{end, endOfSecondHalf(line, at), gap}
+                                 : EndOfBytes{end, 0, middle};
+        }
+        middle = words == kHalfLine ? gap : middle;
     }
-    return line.size();
+    return {line.size(), 0, middle};
+}
+
+std::size_t wordsUpTo(const std::string& line, const LeadingDigits& offset, std::size_t end)
+{
+    return wordsBehind(line, offset, end).size();
 }
 
 bool DumpOffsets::follow(const std::string& digits)
@@ -129,6 +165,23 @@ void DumpOffsets::advance(std::size_t bytes)
     }
 }
 
+std::set<std::uint64_t> DumpOffsets::leftOut(const std::string& digits, std::size_t bytes,
+                                             bool ends) const
+{
+    std::set<std::uint64_t> gaps;
+    for (const auto& reading : readings_) {
+        std::uint64_t offset = 0;
+        const auto* end = digits.data() + digits.size();
+        const auto read = std::from_chars(digits.data(), end, offset, reading.base);
+        const bool possible = reading.possible && read.ec == std::errc() && read.ptr == end;
+        if (possible && bytes != 0 && offset > reading.next &&
+            (ends || (offset - reading.next) % bytes == 0)) {
+            gaps.insert(offset - reading.next);
+        }
+    }
+    return gaps;
+}
+
 DumpLayout layoutOf(const std::string& first, const std::string& second)
 {
     const auto lead = leadingDigits(first);
@@ -138,13 +191,15 @@ DumpLayout layoutOf(const std::string& first, const std::string& second)
     if (lead->colon) {
         return DumpLayout::Offsets;
     }
-    const auto words = wordsBehind(first, *lead);
+    const auto end = endOfBytes(first, *lead);
+    const auto words = wordsBehind(first, *lead, end.at);
     if (words.empty()) {  // what od makes of nothing, or plain bytes
         return isZero(lead->digits) && second.empty() ? DumpLayout::Offsets : DumpLayout::Bytes;
     }
     const bool alike = std::equal(words.begin() + 1, words.end(), words.begin());
     if (alike && words.front() == kByteDigits) {
-        if (isZero(lead->digits) || goesOn(*lead, words.size(), second)) {
+        if (isZero(lead->digits) || goesOn(*lead, words.size(), second) ||
+            goesOn(*lead, wordsUpTo(first, *lead, end.longer), second)) {
             return DumpLayout::Offsets;
         }
         return lead->digits.compare(0, kLeastDigits, kMagic) == 0 ? DumpLayout::Bytes

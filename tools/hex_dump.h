@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 
 /// What stands around the bytes in what other programs make of a file: offsets in front of them and
@@ -20,7 +21,16 @@ struct LeadingDigits {
 std::optional<LeadingDigits> leadingDigits(const std::string& line);
 
 /// Where the bytes of a line with an offset end, and the characters begin.
-std::size_t endOfBytes(const std::string& line, const LeadingDigits& offset);
+struct EndOfBytes {
+    std::size_t at = 0;
+    std::size_t longer = 0;  ///< the other end if the wide gap behind eight bytes is none; or 0
+    std::size_t gap = 0;     ///< blanks between the eighth byte and the ninth, or before `longer`
+};
+
+EndOfBytes endOfBytes(const std::string& line, const LeadingDigits& offset);
+
+/// How many words stand between the offset and `end`.
+std::size_t wordsUpTo(const std::string& line, const LeadingDigits& offset, std::size_t end);
 
 /// The offsets of a dump: each is where the bytes of the lines before it end, counted in the same
 /// base of 16, 10 or 8.
@@ -31,6 +41,10 @@ public:
 
     /// So many bytes stood behind it.
     void advance(std::size_t bytes);
+
+    /// Behind a line of `bytes` that is left out one or more times: by how many bytes each base
+    /// makes `digits` go on, without repetition. Only whole lines are left out, unless `ends`.
+    std::set<std::uint64_t> leftOut(const std::string& digits, std::size_t bytes, bool ends) const;
 
     /// The next one may be 0, as another dump may begin.
     void mayRestart() { mayRestart_ = true; }

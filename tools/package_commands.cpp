@@ -127,7 +127,7 @@ void addDump(CLI::App& package, Action& action)
         *dump,
         {"Packages between agent and back end, as the codec reads them, one or several back to\n"
          "back, at most 64 MiB. Hexadecimal digits may have blanks, commas, colons and 0x\n"
-         "between, or be the output of xxd, hexdump -C, od -v -t x1, tshark -x or tcpdump -X\n"
+         "between, or be the output of xxd, hexdump -C, od -t x1, tshark -x or tcpdump -X\n"
          "(bytes with their offsets). What cannot be read is named with its offset, and what\n"
          "can be read behind it is. With --json each package is a line, and so is what ends\n"
          "the reading.",

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 #include <utility>
 
 namespace talvik::ctl {
@@ -13,6 +14,7 @@ namespace {
 constexpr std::size_t kChunk = 65536;
 constexpr const char* kGiveBytes =
     "give the bytes alone, two digits each, as od -An -v -t x1 writes them";
+constexpr const char* kLeaveNothingOut = "make the dump with hexdump -v, od -v or xxd without -a";
 
 bool isDigit(char c)
 {
@@ -56,6 +58,12 @@ std::size_t appendBytes(const std::string& line, std::size_t at, std::size_t end
     return 0;
 }
 
+/// What stands for lines like the one before.
+bool isStar(const std::string& line)
+{
+    return line == "*" || line == "*\r";
+}
+
 bool isBlankLine(const std::string& line)
 {
     return line.find_first_not_of(" \t\r") == std::string::npos;
@@ -69,17 +77,23 @@ public:
     Capture read()
     {
         layout_ = findLayout();
-        for (std::size_t at = 0; at < text_.size() && capture_.refusal.empty();) {
-            const auto line = lineAt(at);
+        while (at_ < text_.size() && capture_.refusal.empty()) {
+            const auto line = lineAt(at_);
             ++number_;
-            if (isBlankLine(line)) {
-                offsets_.mayRestart();
-            } else if (line == "*" || line == "*\r") {
-                refuse(": the dump leaves lines out here",
-                       "make it with hexdump -v, od -v or xxd without -a");
-            } else {
+            if (isStar(line) && repeated_ != 0) {
+                star_ = number_;
+            } else if (isStar(line)) {
+                refuse(": no bytes before it that it could stand for", kLeaveNothingOut);
+            } else if (!isBlankLine(line)) {
                 readLine(line);
+            } else if (star_ == 0) {
+                offsets_.mayRestart();
+                repeated_ = 0;
             }
+        }
+        if (star_ != 0 && capture_.refusal.empty()) {
+            refuse(": the dump leaves lines out, and no offset behind it tells how many",
+                   kLeaveNothingOut);
         }
         return std::move(capture_);
     }
@@ -130,14 +144,83 @@ private:
         const auto offset = leadingDigits(line);
         if (!offset) {
             refuse(": expected an offset in front, as the lines before have it", kGiveBytes);
-        } else if (!offsets_.follow(offset->digits)) {
+            return;
+        }
+        if (star_ != 0 && !repeat(line, *offset)) {
+            return;
+        }
+        if (!offsets_.follow(offset->digits)) {
             refuse(": the offset " + offset->digits + " is not where the bytes before it end",
                    std::string("bytes are missing, or it is none: ") + kGiveBytes);
-        } else {
-            const auto before = capture_.bytes.size();
-            append(line, offset->end, endOfBytes(line, *offset));
-            offsets_.advance(capture_.bytes.size() - before);
+            return;
         }
+        const auto end = endOf(line, *offset);
+        if (!end) {
+            refuse(": what stands behind the wide gap may be bytes or characters", kGiveBytes);
+            return;
+        }
+        const auto before = capture_.bytes.size();
+        append(line, offset->end, *end);
+        repeated_ = capture_.bytes.size() - before;
+        offsets_.advance(repeated_);
+    }
+
+    /// Where the bytes of a line end; nothing if that cannot be told. The next offset decides, or
+    /// what it decided before.
+    std::optional<std::size_t> endOf(const std::string& line, const LeadingDigits& offset)
+    {
+        const auto end = endOfBytes(line, offset);
+        if (end.longer == 0) {
+            middle_ = end.gap != 0 ? end.gap : middle_;
+            return end.at;
+        }
+        if (!middle_) {
+            const bool isMiddle = goesOnBehind(wordsUpTo(line, offset, end.longer));
+            if (!isMiddle && !goesOnBehind(wordsUpTo(line, offset, end.at))) {
+                return std::nullopt;
+            }
+            middle_ = isMiddle ? end.gap : 0;
+        }
+        return end.gap == *middle_ ? end.longer : end.at;
+    }
+
+    /// Whether the next line has the offset that follows `bytes` more.
+    bool goesOnBehind(std::size_t bytes) const
+    {
+        auto at = at_;
+        const auto next = at < text_.size() ? leadingDigits(lineAt(at)) : std::nullopt;
+        auto offsets = offsets_;
+        offsets.advance(bytes);
+        return next && offsets.follow(next->digits);
+    }
+
+    /// Puts in what a line with a star left out before this one.
+    bool repeat(const std::string& line, const LeadingDigits& offset)
+    {
+        const bool ends = isBlankLine(line.substr(offset.end));
+        const auto gaps = offsets_.leftOut(offset.digits, repeated_, ends);
+        const auto star = "line " + std::to_string(star_);
+        if (gaps.empty()) {
+            refuse(": the offset " + offset.digits + " is not where what " + star +
+                       " leaves out can end",
+                   kLeaveNothingOut);
+        } else if (gaps.size() > 1) {
+            refuse(": how much " + star + " leaves out depends on the base of the offsets",
+                   kLeaveNothingOut);
+        } else if (*gaps.begin() > kMaxCapture - capture_.bytes.size()) {
+            refuse(": with what " + star + " leaves out the capture has more than " +
+                       std::to_string(kMaxCapture >> 20U) + " MiB",
+                   "cut it up");
+        } else {
+            const auto gap = static_cast<std::size_t>(*gaps.begin());
+            capture_.bytes.reserve(capture_.bytes.size() + gap);
+            for (std::size_t i = 0; i < gap; ++i) {
+                capture_.bytes.push_back(capture_.bytes[capture_.bytes.size() - repeated_]);
+            }
+            offsets_.advance(gap);
+            star_ = 0;
+        }
+        return star_ == 0;
     }
 
     void append(const std::string& line, std::size_t at, std::size_t end)
@@ -156,8 +239,13 @@ private:
     }
 
     const std::string& text_;
+    std::size_t at_ = 0;  ///< where the next line begins
     DumpLayout layout_ = DumpLayout::Bytes;
     DumpOffsets offsets_;
+    std::optional<std::size_t>
+        middle_;                ///< blanks behind the eighth byte; 0 if only characters are
+    std::size_t repeated_ = 0;  ///< bytes of the last line with an offset
+    std::size_t star_ = 0;      ///< the number of the line that leaves lines out
     std::size_t number_ = 0;
     Capture capture_;
 };

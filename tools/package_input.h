@@ -26,8 +26,9 @@ bool looksLikeHex(const std::string& content);
 
 /// The bytes that `text` stands for: pairs of hexadecimal digits with blanks, commas, colons and 0x
 /// between as anybody likes, or what xxd, hexdump -C, od -t x1 and those make of it that show
-/// packets of a network, with offsets and characters. Offsets that do not count the bytes are
-/// refused, as they may be bytes.
+/// packets of a network, with offsets and characters. A line with nothing but a star stands for
+/// repetitions of the line before it, as the next offset tells. Offsets that do not count the bytes
+/// are refused, as they may be bytes.
 Capture bytesOfHex(const std::string& text);
 
 }  // namespace talvik::ctl
