@@ -256,7 +256,7 @@ std::string SnmpAgent::listen()
     std::string where;
     if (master_) {
         master_->begin();
-        where = "serving through the AgentX master " + master_->name();
+        where = "looking for the AgentX master " + master_->name();
     } else {
         where = "listening on " + openEndpoints();
     }

@@ -66,8 +66,9 @@ public:
     /// of it. After `configure`.
     void reloadConfiguration() { reload_->run(); }
 
-    /// Opens the endpoints, or has the master looked for, and says where managers are served:
-    /// "listening on udp:127.0.0.1:1161". Throws `StartupError` when one cannot be opened.
+    /// Opens the endpoints, or has the master looked for, and says so: "listening on
+    /// udp:127.0.0.1:1161", "looking for the AgentX master unix:/run/x". Throws `StartupError` when
+    /// an endpoint cannot be opened.
     std::string listen();
 
     /// Serves requests, and `watchers` beside them, until `stopFd` can be read.

@@ -27,7 +27,8 @@ namespace talvik {
 
 namespace {
 
-constexpr int kSessionEnds = 11;  ///< the library's SNMPD_CALLBACK_INDEX_STOP
+constexpr int kSessionBegins = 10;  ///< the library's SNMPD_CALLBACK_INDEX_START
+constexpr int kSessionEnds = 11;    ///< the library's SNMPD_CALLBACK_INDEX_STOP
 
 constexpr std::chrono::milliseconds kFirstPause{100};
 constexpr std::chrono::milliseconds kLongestPause{5000};
@@ -58,11 +59,15 @@ AgentxMaster::AgentxMaster(AgentxAddress address, LibraryLog& log)
     current = this;
     snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG,
                              &subagent_startup, nullptr, 0);
+    snmp_register_callback(SNMP_CALLBACK_APPLICATION, kSessionBegins, &AgentxMaster::onOpened,
+                           nullptr);
     snmp_register_callback(SNMP_CALLBACK_APPLICATION, kSessionEnds, &AgentxMaster::onLost, nullptr);
 }
 
 AgentxMaster::~AgentxMaster()
 {
+    snmp_unregister_callback(SNMP_CALLBACK_APPLICATION, kSessionBegins, &AgentxMaster::onOpened,
+                             nullptr, 0);
     snmp_unregister_callback(SNMP_CALLBACK_APPLICATION, kSessionEnds, &AgentxMaster::onLost,
                              nullptr, 0);
     current = nullptr;
@@ -132,7 +137,7 @@ void AgentxMaster::goOnWithProbe(Time now)
                : ::send(probe_, kPing.data(), kPing.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (count > 0 && asked_) {
         closeProbe();
-        if (session_) {
+        if (session_ != nullptr) {
             offerSubtrees(now);
         } else {
             connect(now);
@@ -148,15 +153,12 @@ void AgentxMaster::goOnWithProbe(Time now)
 
 void AgentxMaster::connect(Time now)
 {
-    if (subagent_open_master_session() != 0) {
+    if (subagent_open_master_session() != 0 || session_ == nullptr) {
         tryLater("it opens no session", now);
         return;
     }
-    session_ = true;
-    reported_ = false;
     taken_ = 0;
     refused_.reset();
-    pause_ = {};
     offerSubtrees(now);
 }
 
@@ -175,22 +177,40 @@ void AgentxMaster::offerSubtrees(Time now)
     }
     std::string reason;
     for (auto* subtree : left) {
-        const auto result = offerSubtree(*subtree, log_);
-        if (!session_) {
+        const auto answer = offerSubtree(*session_, *subtree, log_);
+        if (session_ == nullptr) {
             return;  // it has gone meanwhile
         }
-        if (!result) {
+        if (answer.kind == OfferAnswer::Kind::None) {
+            leave();
+            return;
+        }
+        if (answer.kind == OfferAnswer::Kind::Taken) {
             setTaken(*subtree);
             continue;
         }
-        reason = *result;
+        reason = answer.reason;
         if (again) {
             break;
         }
     }
     taken_ = static_cast<std::size_t>(std::count_if(all.begin(), all.end(), &isTaken));
     report(all.size() - taken_, reason);
+    if (!again) {
+        reported_ = false;
+        pause_ = {};
+    }
     pauseFrom(now);
+}
+
+/// A repetition in the same session would be refused if the master has taken the first one after
+/// all. The library ends a session when its connection does, and tells so.
+void AgentxMaster::leave()
+{
+    taken_ = 0;
+    state_ = State::Leaving;
+    const auto* transport = snmp_sess_transport(snmp_sess_pointer(session_));
+    ::shutdown(transport->sock, SHUT_RDWR);
 }
 
 /// Says what has changed since the last offer.
@@ -213,7 +233,7 @@ void AgentxMaster::report(std::size_t refused, const std::string& reason)
 /// As long as there is a session, its end is told by the library.
 void AgentxMaster::goOnLater(const std::string& reason, Time now)
 {
-    if (!session_) {
+    if (session_ == nullptr) {
         tryLater(reason, now);
         return;
     }
@@ -236,17 +256,31 @@ void AgentxMaster::tryLater(const std::string& reason, Time now)
                         "it can",
                         name(), reason);
     }
-    session_ = false;
+    session_ = nullptr;
     state_ = State::Away;
     pauseFrom(now);
+}
+
+/// A session with the master has begun.
+int AgentxMaster::onOpened(int, int, void* session, void*)
+{
+    return guardCallback("AgentX", SNMPERR_GENERR, [session] {
+        if (current != nullptr) {
+            current->session_ = static_cast<snmp_session*>(session);
+        }
+        return SNMPERR_SUCCESS;
+    });
 }
 
 /// The session with the master has ended.
 int AgentxMaster::onLost(int, int, void*, void*)
 {
     return guardCallback("AgentX", SNMPERR_GENERR, [] {
-        if (current != nullptr && current->session_) {
-            current->tryLater("it has ended the session", std::chrono::steady_clock::now());
+        if (current != nullptr && current->session_ != nullptr) {
+            const bool left = current->state_ == State::Leaving;
+            current->tryLater(left ? "it does not answer whether it takes what this agent serves"
+                                   : "it has ended the session",
+                              std::chrono::steady_clock::now());
         }
         return SNMPERR_SUCCESS;
     });

@@ -1,10 +1,15 @@
 #include "host/snmp/agentx_offer.h"
 
+// Exported by the library, declared in none of its headers: sends one Register and waits for the
+// answer. 1 when the master has taken it, 0 for anything else.
+extern "C" SNMPCallback agentx_registration_callback;
+
 namespace talvik {
 
 namespace {
 
 constexpr int kRegister = 1;  ///< the library's SNMPD_CALLBACK_REGISTER_OID
+constexpr int kTaken = 1;
 
 register_parameters parametersOf(netsnmp_subtree& subtree)
 {
@@ -49,22 +54,24 @@ void setTaken(netsnmp_subtree& subtree)
     subtree.flags |= SUBTREE_ATTACHED;
 }
 
-std::optional<std::string> offerSubtree(netsnmp_subtree& subtree, LibraryLog& log)
+OfferAnswer offerSubtree(netsnmp_session& session, netsnmp_subtree& subtree, LibraryLog& log)
 {
     auto what = parametersOf(subtree);
-    // The library tells what came of it in its log and in `snmp_errno` only.
+    auto* passed = &session;
     log.startKeeping();
-    snmp_errno = SNMPERR_SUCCESS;
-    snmp_call_callbacks(SNMP_CALLBACK_APPLICATION, kRegister, &what);
-    for (const auto& line : log.stopKeeping()) {
+    const int result = agentx_registration_callback(SNMP_CALLBACK_APPLICATION, kRegister, &what,
+                                                    static_cast<void*>(&passed));
+    const auto lines = log.stopKeeping();
+    if (result == kTaken) {
+        return {OfferAnswer::Kind::Taken, {}};
+    }
+    // Why it is not: an answer that says so is in the library's log, its absence nowhere.
+    for (const auto& line : lines) {
         if (line.level == LibraryLog::Level::Error) {
-            return line.text;
+            return {OfferAnswer::Kind::Refused, line.text};
         }
     }
-    if (snmp_errno == SNMPERR_TIMEOUT) {
-        return "no answer";
-    }
-    return std::nullopt;
+    return {OfferAnswer::Kind::None, {}};
 }
 
 }  // namespace talvik

@@ -3,7 +3,6 @@
 #include "host/snmp/library_log.h"
 #include "host/snmp/net_snmp.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,8 +18,19 @@ bool isTaken(const netsnmp_subtree* subtree);
 /// Until the session ends, when the library forgets it; so only while there is one.
 void setTaken(netsnmp_subtree& subtree);
 
-/// Asks the master, which the library has a session with, to take it; that takes a second at most.
-/// Returns why it was refused, or nothing. The session may have ended meanwhile.
-std::optional<std::string> offerSubtree(netsnmp_subtree& subtree, LibraryLog& log);
+/// What the master says to an offer.
+struct OfferAnswer {
+    enum class Kind {
+        Taken,
+        Refused,
+        None,  ///< none within a second: the master may have taken it or may yet do so
+    };
+
+    Kind kind = Kind::None;
+    std::string reason;  ///< of a refusal
+};
+
+/// Asks the master at the other end of `session`, which may have ended afterwards, to take it.
+OfferAnswer offerSubtree(netsnmp_session& session, netsnmp_subtree& subtree, LibraryLog& log);
 
 }  // namespace talvik

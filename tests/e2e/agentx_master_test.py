@@ -5,7 +5,7 @@ import socket
 import subprocess
 import unittest
 
-from agentx_master import AgentxTest
+from agentx_master import REGISTER, RESPONSE, AgentxTest, Forgetful
 from alarm_table import ALARMS
 from fake_backend import FakeBackend
 from notifications import ALARM_TRAP, DISK_FAILED, disk
@@ -77,6 +77,26 @@ class AgentxMaster(AgentxTest):
         self.assertEqual(second.log().count("refuses"), 1, second.log())
         self.assertIn(f"{HEALTH}.1.6.0 = INTEGER: 2", self.lines("snmpget", master, EVERYTHING, f"{HEALTH}.1.6.0"))
         self.assertEqual(second.stop(), 0)
+
+    def test_lost_registrations_are_made_again_in_a_session_of_their_own(self):
+        for loses in (REGISTER, RESPONSE):
+            with self.subTest(loses=loses):
+                master = self.start_master()
+                between = Forgetful(self.folder, master, loses)
+                self.addCleanup(between.close)
+                agent = self.start_subagent(master, connected=False, agentx=str(between.path))
+                wait_until(lambda: sum(between.lost) >= 2, "another try")
+                self.assertLessEqual(max(between.lost), 1)  # nothing waits after the first one in a session
+                self.assertEqual(self.connections(agent), 0)
+                between.loses = None
+                agent.wait_for_log(": connected, requests come through it")
+                wait_until(lambda: self.serves(master), "the topology table served")
+                self.assertEqual(agent.log().count("cannot be reached: it does not answer whether it takes"), 1, agent.log())
+                self.assertNotIn("refuses", agent.log())
+                self.assertEqual(agent.stop(), 0)
+                between.close()
+                between.path.unlink()
+                master.stop()
 
     def test_master_over_tcp(self):
         with socket.socket() as probe:
