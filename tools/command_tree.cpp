@@ -1,6 +1,7 @@
 #include "tools/command_tree.h"
 
 #include "tools/command_line.h"
+#include "tools/snmp_settings.h"
 
 #include <CLI/CLI.hpp>
 
@@ -72,8 +73,9 @@ OptionEntry entryOf(const CLI::Option& option)
     entry.choices = choicesOf(entry.value);
     entry.description = option.get_description();
     const auto fallback = option.get_default_str();
-    const bool isPath = fallback.rfind('/', 0) == 0;
-    entry.fallback = isPath || entry.value.empty() ? "" : fallback;
+    // The descriptions of these say what it is: it depends on the installation, pages are for all.
+    const bool isOfInstallation = fallback.rfind('/', 0) == 0 || fallback == usualAgent();
+    entry.fallback = isOfInstallation || entry.value.empty() ? "" : fallback;
     entry.takesFile = entry.value == "FILE" || entry.value == "PATH";
     entry.required = option.get_required();
     entry.repeated = option.get_items_expected_max() > kMany;

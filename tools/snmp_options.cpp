@@ -43,7 +43,10 @@ void addIdentity(CLI::App& command, SnmpSettings& settings)
 void addSnmpOptions(CLI::App& command, SnmpSettings& settings)
 {
     const auto* const group = "The agent";
-    command.add_option("--agent", settings.agent, "Where the agent listens")
+    command
+        .add_option("--agent", settings.agent,
+                    "Where the agent listens; without it udp:127.0.0.1:161 with the packages, else "
+                    "udp:127.0.0.1:1161")
         ->type_name("ADDRESS")
         ->capture_default_str()
         ->group(group);

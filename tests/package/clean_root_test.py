@@ -26,6 +26,15 @@ createUser operator SHA-256 "authentication" AES "privacy-phrase"
 rouser operator authPriv -V talvikView
 """
 ASK = ("-v3 -u operator -l authPriv -a SHA-256 -A authentication -x AES -X privacy-phrase -On -m '' -r 1 -t 5 127.0.0.1")
+CLIENT = """
+defVersion 3
+defSecurityName operator
+defSecurityLevel authPriv
+defAuthType SHA-256
+defAuthPassphrase authentication
+defPrivType AES
+defPrivPassphrase privacy-phrase
+"""
 TABLE = ".1.3.6.1.4.1.99999.2.91.9.1.1"
 LOCATION = ".1.3.6.1.4.1.99999.2.91.10.1.1.1.2.1"
 
@@ -180,6 +189,14 @@ class CleanRoot(MadePackages):
         self.let_operator_in()
         self.assert_serves_topology()
         self.assertIn("ready, listening on", self.machine.shell("journalctl --unit talvik-agentd"))
+
+    def test_talvikctl_asks_the_installed_agent_without_being_told_where(self):
+        self.install_agent()
+        self.let_operator_in()
+        self.machine.shell(f"mkdir -p /root/.snmp && printf '%s' '{CLIENT}' > /root/.snmp/snmp.conf && chmod 600 /root/.snmp/snmp.conf")
+
+        self.assertIn("--agent ADDRESS=udp:127.0.0.1:161\n", self.machine.run("talvikctl", "trap", "list", "--help"))
+        self.assertIn('"agent" : "udp:127.0.0.1:161"', self.machine.run("talvikctl", "trap", "list", "--json"))
 
     def test_the_unit_fails_once_where_the_agent_cannot_start(self):
         self.install_agent()
