@@ -1,5 +1,6 @@
 #include "tools/backend_status.h"
 
+#include "backend/protocol.h"
 #include "backend/system_commands.h"
 #include "backend/system_tags.h"
 #include "backend/unix_address.h"
@@ -51,9 +52,12 @@ std::string adviceOn(int code, const StatusOptions& options)
                "--timeout";
     case BackendLink::kProtocolError:
         return "make sure that talvik-backendd of the same release listens on " + options.socket;
-    default:
-        return "make sure that the back end reads the same device configuration as " +
+    case static_cast<int>(backend::result::kUnknownCommand):
+        return "name the socket of talvik-backendd with --socket if the agent uses one; otherwise "
+               "make sure that the back end reads the same device configuration as " +
                options.device + ", and look at its log";
+    default:
+        return "look at the back end's log";
     }
 }
 

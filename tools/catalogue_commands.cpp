@@ -89,7 +89,7 @@ const char* levelOf(const ModuleLog::Line& line)
 void printAsJson(const Expansion& expansion)
 {
     Json::Value root;
-    root["id"] = static_cast<Json::UInt64>(expansion.id);
+    root["id"] = std::to_string(expansion.id);
     root["shown"] = expansion.shown;
     if (expansion.shown) {
         root["trapAlarmId"] = expansion.shownId;

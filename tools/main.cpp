@@ -2,6 +2,7 @@
 #include "host/platform/ace_log_route.h"
 #include "host/platform/host_log.h"
 #include "tools/command_line.h"
+#include "tools/missing_command.h"
 
 #include <CLI/CLI.hpp>
 
@@ -50,6 +51,11 @@ int run(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        const bool lacks = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+        if (const auto failure = lacks ? missingCommand(app) : std::nullopt) {
+            printMissingCommand(app, *failure);
+            return flushed(kExitUsage);
+        }
         return app.exit(error) == kExitGood ? flushed(kExitGood) : kExitUsage;
     }
     talvik::LogSettings silent;  // the commands print what the user needs

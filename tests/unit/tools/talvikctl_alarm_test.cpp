@@ -25,7 +25,7 @@ struct Usage {
 };
 
 const Usage kWrong[] = {
-    {"NoCommand", {"alarm"}, "A subcommand is required"},
+    {"NoCommand", {"alarm"}, "talvikctl: talvikctl alarm needs a command: one of list, raise, "},
     {"RaiseNothing", {"alarm", "raise"}, "ID is required"},
     {"RaiseZero", {"alarm", "raise", "0"}, "\"0\" is no number from 1 to 18446744073709551615"},
     {"RaiseTooLarge", {"alarm", "raise", "18446744073709551616"}, "is no number from 1 to"},

@@ -214,7 +214,7 @@ TEST_F(TalvikctlCatalogue, ExpandsAsJson)
               0);
 
     const auto root = json();
-    EXPECT_EQ(root["id"], 502010003);
+    EXPECT_EQ(root["id"], "502010003");
     EXPECT_EQ(root["trapAlarmId"], 502010003);
     EXPECT_EQ(root["shown"], true);
     EXPECT_EQ(root["detail"],

@@ -80,6 +80,8 @@ TEST_F(TalvikctlStatusUp, TellsThatTheDeviceConfigurationsDiffer)
 
     EXPECT_THAT(output_, AllOf(HasSubstr("state       down"),
                                HasSubstr("refused GET_SYSTEM_WWN (4711) with code 0x1000010"),
+                               HasSubstr("name the socket of talvik-backendd with --socket if the "
+                                         "agent uses one"),
                                HasSubstr("same device configuration as " + other)));
 }
 
@@ -119,6 +121,29 @@ TEST_F(TalvikctlStatus, RefusesADeviceConfigurationThatItCannotUse)
     EXPECT_EQ(status({}, dir_.path("missing.xml")), 2);
     EXPECT_THAT(output_, HasSubstr("talvikctl: cannot read the device configuration " +
                                    dir_.path("missing.xml")));
+}
+
+TEST(Talvikctl, NamesTheCommandsWhereAWordIsNone)
+{
+    Program top("talvikctl", {"frobnicate"});
+    EXPECT_EQ(top.wait(), 2);
+    EXPECT_EQ(top.output(), "talvikctl: \"frobnicate\" is no command of talvikctl; it is one of "
+                            "alarm, backend, catalogue, completion, help, package, trap, watch; "
+                            "talvikctl --help shows what they do\n");
+
+    Program nearMiss("talvikctl", {"alarm", "lst", "--limit", "3"});
+    EXPECT_EQ(nearMiss.wait(), 2);
+    EXPECT_EQ(
+        nearMiss.output(),
+        "talvikctl: \"lst\" is no command of talvikctl alarm; it is one of list, raise, event, "
+        "clear, resend, scenario; perhaps list is meant; talvikctl alarm --help shows what "
+        "they do\n");
+
+    Program json("talvikctl", {"--json", "alarm", "lst"});
+    EXPECT_EQ(json.wait(), 2);
+    EXPECT_THAT(json.output(),
+                AllOf(HasSubstr("\"reason\" : \"\\\"lst\\\" is no command of talvikctl alarm;"),
+                      HasSubstr("\"advice\" : \"perhaps list is meant; ")));
 }
 
 TEST(Talvikctl, RefusesASocketPathThatCannotBe)

@@ -36,8 +36,12 @@ struct Usage {
 };
 
 const Usage kWrong[] = {
-    {"NoCommand", {}, "A subcommand is required"},
-    {"UnknownCommand", {"show"}, "A subcommand is required"},
+    {"NoCommand", {}, "talvikctl: talvikctl trap needs a command: one of list, add, modify, "},
+    {"UnknownCommand",
+     {"show"},
+     "talvikctl: \"show\" is no command of talvikctl trap; it is one of list, add, modify, remove, "
+     "import, status, test; talvikctl trap --help"},
+    {"CommandOfTheParent", {"watch"}, "\"watch\" is no command of talvikctl trap; it is one of"},
     {"AddNothing", {"add"}, "ADDRESS is required"},
     {"AddTwo", {"add", "192.0.2.1", "192.0.2.2"}, "192.0.2.2"},
     {"PortZero", {"add", "a", "--port", "0"}, "--port: \"0\" is no number from 1 to 65535"},
