@@ -13,6 +13,7 @@ include(GNUInstallDirs)
 set(TALVIK_INSTALL_MODULEDIR lib/talvik)
 set(TALVIK_INSTALL_DATADIR share/talvik)
 set(TALVIK_INSTALL_INCLUDEDIR include/talvik)
+set(TALVIK_EXAMPLES examples/README.md examples/host/CMakeLists.txt examples/host/Makefile examples/host/main.cpp)
 set(TALVIK_PACKAGING_DIR "${PROJECT_SOURCE_DIR}/packaging")
 set(TALVIK_PACKAGING_OUT "${PROJECT_BINARY_DIR}/packaging")
 
@@ -58,10 +59,46 @@ function(talvik_install_output name destination)
     install(FILES "${out}" DESTINATION "${destination}" COMPONENT agent)
 endfunction()
 
+# talvik_install_documents(COMPONENT PACKAGE): what each package has of its own.
 function(talvik_install_documents component package)
-    install(FILES ${ARGN} DESTINATION "share/doc/${package}" COMPONENT ${component})
     install(FILES "${TALVIK_PACKAGING_DIR}/deb/copyright" DESTINATION "share/doc/${package}" COMPONENT ${component})
     talvik_install_compressed(${component} "${TALVIK_PACKAGING_DIR}/deb/changelog" "share/doc/${package}" changelog)
+endfunction()
+
+# talvik_install_guide(): the guide as it lies in the tree, so that its links hold. It is in the package that the others depend on;
+# theirs point to it. The rules of the tree stay where the tree is.
+set(TALVIK_INSTALL_GUIDEDIR share/doc/talvik-mib-module/guide)
+function(talvik_install_guide)
+    set(programs contrib/nagios/check_talvik_alarms contrib/snmptrapd/talvik-trap-handler)
+    file(GLOB pages CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" docs/*.md docs/pictures/*.svg)
+    file(GLOB_RECURSE samples CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" contrib/*)
+    list(APPEND pages README.md CHANGELOG.md mibs/README.md ${TALVIK_EXAMPLES} ${samples})
+    # Not what interpreters and editors leave there.
+    list(FILTER pages EXCLUDE REGEX "(^|/)(__pycache__/|[.#])|~$|[.](bak|orig|pyc|rej|swp)$")
+    foreach(page IN LISTS pages)
+        get_filename_component(directory "${page}" DIRECTORY)
+        set(kind FILES)
+        if(page IN_LIST programs)  # the rest is for reading
+            set(kind PROGRAMS)
+        endif()
+        set(file "${PROJECT_SOURCE_DIR}/${page}")
+        if(page MATCHES "^(docs/)?README[.]md$")
+            file(READ "${file}" text)
+            string(REGEX REPLACE "\\[(CONTRIBUTING[.]md)\\]\\([^)]*\\)" "\\1" text "${text}")
+            set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
+            set(file "${TALVIK_PACKAGING_OUT}/guide/${page}")
+            file(WRITE "${file}" "${text}")
+        endif()
+        install(${kind} "${file}" DESTINATION "${TALVIK_INSTALL_GUIDEDIR}/${directory}" COMPONENT module)
+    endforeach()
+endfunction()
+
+# talvik_install_link_to_guide(COMPONENT PACKAGE): the guide beside the package's own documents.
+function(talvik_install_link_to_guide component package)
+    set(link "${TALVIK_PACKAGING_OUT}/${component}/guide")
+    file(MAKE_DIRECTORY "${TALVIK_PACKAGING_OUT}/${component}")
+    file(CREATE_LINK ../talvik-mib-module/guide "${link}" SYMBOLIC)
+    install(FILES "${link}" DESTINATION "share/doc/${package}" COMPONENT ${component})
 endfunction()
 
 # --- module ----------------------------------------------------------------------------------------------------------
@@ -72,7 +109,8 @@ install(FILES mibs/KEL-TALVIK-MIB.json "${mib}" DESTINATION ${TALVIK_INSTALL_DAT
 install(FILES "${mib}" DESTINATION share/snmp/mibs COMPONENT module)
 install(FILES etc/alarm-definitions.json etc/alarm-enumerations.json etc/talvik-device.xml
     DESTINATION ${TALVIK_INSTALL_DATADIR}/etc COMPONENT module)
-talvik_install_documents(module talvik-mib-module docs/alarm-catalogue.md docs/mib-reference.md)
+talvik_install_documents(module talvik-mib-module)
+talvik_install_guide()
 
 if(TALVIK_PLATFORM_DIR)
     return()  # there is nothing else
@@ -94,23 +132,8 @@ talvik_install_output(_talvikctl share/zsh/vendor-completions completion zsh)
 talvik_install_output(talvikctl.fish share/fish/vendor_completions.d completion fish)
 get_property(printed_files GLOBAL PROPERTY TALVIK_PRINTED_FILES)
 add_custom_target(talvik-printed-files ALL DEPENDS ${printed_files})
-talvik_install_documents(agent talvik-agent
-    docs/operations.md docs/day-to-day.md docs/trap-settings.md docs/troubleshooting.md docs/talvikctl.md
-    docs/agent-mib-reference.md)
-# The configurations of other programs: what runs keeps its mode, the rest is for reading.
-set(programs contrib/nagios/check_talvik_alarms contrib/snmptrapd/talvik-trap-handler)
-file(GLOB_RECURSE samples CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" contrib/*)
-# Not what interpreters and editors leave there.
-list(FILTER samples EXCLUDE REGEX "(^|/)(__pycache__/|[.#])|~$|[.](bak|orig|pyc|rej|swp)$")
-foreach(sample IN LISTS samples)
-    get_filename_component(directory "${sample}" DIRECTORY)
-    set(kind FILES)
-    if(sample IN_LIST programs)
-        set(kind PROGRAMS)
-    endif()
-    install(${kind} "${sample}" DESTINATION "share/doc/talvik-agent/examples/${directory}" COMPONENT agent)
-endforeach()
-
+talvik_install_documents(agent talvik-agent)
+talvik_install_link_to_guide(agent talvik-agent)
 # The system's agent has SNMP's own port; the sample has one that needs no privilege.
 file(READ etc/talvik-agentd.conf sample)
 string(REPLACE "1161" "161" system_configuration "${sample}")

@@ -43,8 +43,9 @@ foreach(file IN ITEMS talvik.pc talvik-framework.pc)
     install(FILES "${TALVIK_PACKAGING_OUT}/${file}" DESTINATION "${pkgconfig_dir}" COMPONENT dev)
 endforeach()
 
-install(FILES examples/README.md DESTINATION share/doc/talvik-dev/examples COMPONENT dev)
-install(FILES examples/host/CMakeLists.txt examples/host/Makefile examples/host/main.cpp
-    DESTINATION share/doc/talvik-dev/examples/host COMPONENT dev)
-talvik_install_documents(dev talvik-dev
-    docs/integrating.md docs/host-contract.md docs/platform-symbols.md docs/tlv-format.md docs/backend-protocol.md)
+foreach(example IN LISTS TALVIK_EXAMPLES)
+    get_filename_component(directory "${example}" DIRECTORY)
+    install(FILES "${example}" DESTINATION "share/doc/talvik-dev/${directory}" COMPONENT dev)
+endforeach()
+talvik_install_documents(dev talvik-dev)
+talvik_install_link_to_guide(dev talvik-dev)

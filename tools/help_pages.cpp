@@ -184,7 +184,7 @@ Users, passphrases and communities for what is asked through SNMP.
 .BR talvik-agentd (8),
 .BR talvik-backendd (8),
 .BR snmp.conf (5),
-.I /usr/share/doc/talvik-agent/
+.I /usr/share/doc/talvik-agent/guide/
 )";
 
 }  // namespace

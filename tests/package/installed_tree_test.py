@@ -2,11 +2,17 @@
 """`cmake --install` into a folder: the reviewed files, and an agent that serves from there."""
 
 import os
+import sys
 import unittest
 
 from package_kit import BUILD, SOURCE, PackageTest, install, run
 
 import talvik_e2e
+
+sys.path.insert(0, str(SOURCE / "tests" / "docs"))
+
+from links_test import broken_links  # noqa: E402 (the path comes first)
+from pages import read_page  # noqa: E402
 
 LIST = SOURCE / "tests" / "package" / "installed_files.txt"
 
@@ -16,8 +22,22 @@ def architecture():
 
 
 def files_below(prefix):
-    return sorted(str(path.relative_to(prefix)).replace(f"lib/{architecture()}/", "lib/TRIPLET/")
-                  for path in prefix.rglob("*") if path.is_file())
+    """Each file below the folder; of a link also where it points to."""
+    found = []
+    for path in prefix.rglob("*"):
+        name = str(path.relative_to(prefix)).replace(f"lib/{architecture()}/", "lib/TRIPLET/")
+        if path.is_symlink():
+            found.append(f"{name} -> {os.readlink(path)}")
+        elif path.is_file():
+            found.append(name)
+    return sorted(found)
+
+
+def pages_below(folder):
+    """The Markdown pages below the folder, by the names under which readers find them: links to folders are followed."""
+    names = [os.path.relpath(os.path.join(here, file), folder)
+             for here, _, files in os.walk(folder, followlinks=True) for file in files if file.endswith(".md")]
+    return {name: read_page(name, (folder / name).read_text(encoding="utf-8")) for name in sorted(names)}
 
 
 class InstalledTree(PackageTest):
@@ -28,6 +48,18 @@ class InstalledTree(PackageTest):
 
         reviewed = [line for line in LIST.read_text().splitlines() if line and not line.startswith("#")]
         self.assertEqual(files_below(prefix), reviewed)
+
+    def test_has_the_whole_guide_and_no_link_that_leads_nowhere(self):
+        prefix = self.folder / "prefix"
+        install(prefix)
+        documents = prefix / "share" / "doc"
+
+        pages = pages_below(documents)
+
+        self.assertEqual(list(broken_links(pages, lambda name: (documents / name).exists())), [])
+        guide = {f"docs/{page.name}" for page in (SOURCE / "docs").glob("*.md")} | {"README.md", "contrib/README.md"}
+        for package in ("talvik-agent", "talvik-dev", "talvik-mib-module"):
+            self.assertEqual({page for page in guide if f"{package}/guide/{page}" not in pages}, set(), package)
 
     def test_leaves_what_the_administrator_has_changed_and_renews_the_rest(self):
         environment = dict(os.environ, DESTDIR=str(self.folder))
