@@ -56,7 +56,7 @@ int runImport(const ImportOptions& options)
 {
     const auto wanted = loadTrapList(options.file);
     if (wanted.empty() && options.replace) {
-        throw StartupError("receiver list " + printable(options.file) +
+        throw StartupError("receiver list " + printable(trapListName(options.file)) +
                            ": has no destination, so --replace would leave no receiver; to have "
                            "none, use talvikctl trap remove");
     }
@@ -78,7 +78,8 @@ constexpr const char* kDetails =
     "    \"type\": \"alarm-own-oid\", \"user\": \"monitor\", \"index\": 7}]\n"
     "Nothing is changed unless all of it is right. A receiver is known by its address and\n"
     "port (162 without one); what the list leaves out of one that is there stays as it is,\n"
-    "and a new one gets what trap add gives it. The index is for new ones: where another\n"
+    "and a new one gets what trap add gives it. One that stands there several times needs an\n"
+    "index each, and the rows of these are meant. Else the index is for new ones: where another\n"
     "row has it, the lowest free one is taken. With --replace that row, if it is not in the\n"
     "list, becomes the new one.\n"
     "\n"

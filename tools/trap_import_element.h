@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <string>
@@ -39,6 +40,9 @@ public:
     bool isObject() const { return value_.isObject(); }
     bool isNull() const { return value_.isNull(); }
     bool has(const std::string& member) const { return value_.isMember(member); }
+
+    /// Of an array.
+    std::size_t size() const { return value_.size(); }
 
     /// Of an object that has it.
     TrapListElement at(const std::string& member) const;

@@ -142,10 +142,12 @@ public:
     void expectNew(const TrapListElement& element, const TrapDestination& destination)
     {
         const auto key = receiverKey(*destination.address, *destination.port);
-        const auto receiver = receivers_.emplace(key, element.place());
-        if (!receiver.second) {
-            element.refuse("has the address and port of " + receiver.first->second +
-                           "; each receiver may stand there once");
+        const bool hasIndex = destination.index != 0;
+        const auto [first, isNew] = receivers_.emplace(key, First{element.place(), hasIndex});
+        if (!isNew && !(hasIndex && first->second.hasIndex)) {
+            element.refuse(
+                "has the address and port of " + first->second.place +
+                "; a receiver may stand there several times only with the index of each");
         }
         if (destination.index == 0) {
             return;
@@ -159,7 +161,12 @@ public:
     }
 
 private:
-    std::map<std::string, std::string> receivers_;  // places by key
+    struct First {
+        std::string place;
+        bool hasIndex;
+    };
+
+    std::map<std::string, First> receivers_;        // the first of each key
     std::map<std::uint32_t, std::string> indexes_;  // places by index
 };
 
@@ -228,12 +235,13 @@ std::vector<TrapDestination> parseTrapList(const std::string& text, const std::s
         refuseTrapList(name, "is no JSON: " + refusal);
     }
     const TrapListSource source{text, name};
-    const auto elements = destinationsOf(TrapListElement(*document, source, "")).list();
-    if (elements.size() > TrapStore::kMaxDestinations) {
-        refuseTrapList(name, "has " + std::to_string(elements.size()) +
-                                 " destinations; an agent has " + "room for " +
+    const auto list = destinationsOf(TrapListElement(*document, source, ""));
+    if (list.isArray() && list.size() > TrapStore::kMaxDestinations) {
+        refuseTrapList(name, "has " + std::to_string(list.size()) +
+                                 " destinations; an agent has room for " +
                                  std::to_string(TrapStore::kMaxDestinations));
     }
+    const auto elements = list.list();
     std::vector<TrapDestination> destinations;
     Repeats repeats;
     for (const auto& element : elements) {
@@ -243,13 +251,15 @@ std::vector<TrapDestination> parseTrapList(const std::string& text, const std::s
     return destinations;
 }
 
+std::string trapListName(const std::string& file)
+{
+    return file == "-" ? "standard input" : file;
+}
+
 std::vector<TrapDestination> loadTrapList(const std::string& file)
 {
-    if (file == "-") {
-        const std::string name = "standard input";
-        return parseTrapList(contentOf(std::cin, name), name);
-    }
-    return parseTrapList(contentOf(file), file);
+    const auto name = trapListName(file);
+    return parseTrapList(file == "-" ? contentOf(std::cin, name) : contentOf(file), name);
 }
 
 }  // namespace talvik::ctl

@@ -80,8 +80,9 @@ public:
 
     TrapImportPlan plan(const std::vector<TrapDestination>& wanted)
     {
-        for (const auto& destination : wanted) {
-            match(destination);
+        const auto rows = rowsOf(wanted);
+        for (std::size_t i = 0; i < wanted.size(); ++i) {
+            match(wanted[i], rows[i]);
         }
         if (replace_) {
             replaceByIndex();
@@ -103,26 +104,48 @@ public:
 private:
     using Rows = std::list<TrapDestination>;
 
-    /// Takes the row of `wanted` out of the spare ones, or notes that there is none.
-    void match(const TrapDestination& wanted)
+    using Row = std::optional<Rows::iterator>;
+
+    /// The row of each, if it has one: no row is that of two. Those of the same index come first.
+    std::vector<Row> rowsOf(const std::vector<TrapDestination>& wanted)
     {
-        const auto found = byReceiver_.find(receiverKey(*wanted.address, *wanted.port));
-        if (found == byReceiver_.end()) {
+        std::vector<Row> rows(wanted.size());
+        for (const bool sameIndex : {true, false}) {
+            for (std::size_t i = 0; i < wanted.size(); ++i) {
+                rows[i] = rows[i] ? rows[i] : takeCandidate(wanted[i], sameIndex);
+            }
+        }
+        return rows;
+    }
+
+    Row takeCandidate(const TrapDestination& wanted, bool sameIndex)
+    {
+        auto& candidates = byReceiver_[receiverKey(*wanted.address, *wanted.port)];
+        const auto found = std::find_if(candidates.begin(), candidates.end(), [&](const auto& row) {
+            return !sameIndex || row->index == wanted.index;
+        });
+        if (found == candidates.end()) {
+            return std::nullopt;
+        }
+        const auto row = *found;
+        candidates.erase(found);
+        return row;
+    }
+
+    /// Takes the row of `wanted` out of the spare ones, or notes that there is none.
+    void match(const TrapDestination& wanted, const Row& row)
+    {
+        if (!row) {
             new_.push_back(wanted);
             return;
         }
-        const auto& candidates = found->second;
-        const auto sameIndex =
-            std::find_if(candidates.begin(), candidates.end(),
-                         [&](const auto& row) { return row->index == wanted.index; });
-        const auto row = sameIndex == candidates.end() ? candidates.front() : *sameIndex;
-        const auto changed = changedRow(*row, wanted);
-        if (differ(*row, changed)) {
-            modified_.push_back({Kind::Modify, *row, changed});
+        const auto changed = changedRow(**row, wanted);
+        if (differ(**row, changed)) {
+            modified_.push_back({Kind::Modify, **row, changed});
         } else {
             ++plan_.unchanged;
         }
-        spare_.erase(row);
+        spare_.erase(*row);
     }
 
     void become(Rows::iterator row, const TrapDestination& wanted)
@@ -182,9 +205,9 @@ private:
     }
 
     Rows spare_;  // rows that are none of the list's, as far as it was looked at
-    std::map<std::string, std::vector<Rows::iterator>> byReceiver_;
-    std::set<std::uint32_t> taken_;   // indexes
-    std::list<TrapDestination> new_;  // of the list, without a row
+    std::map<std::string, std::vector<Rows::iterator>> byReceiver_;  // that no destination took
+    std::set<std::uint32_t> taken_;                                  // indexes
+    std::list<TrapDestination> new_;                                 // of the list, without a row
     std::vector<TrapChange> modified_;
     TrapImportPlan plan_;
     const std::size_t rowCount_;

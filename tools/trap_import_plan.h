@@ -28,10 +28,10 @@ struct TrapImportPlan {
 /// How to bring `rows`, the agent's, to `wanted`, a list as `parseTrapList` gives it.
 ///
 /// A destination is the row of the same address and port; of several the one of its index, or else
-/// the first. What the list leaves out of a row that is there stays as it is; a new row gets what
-/// `talvikctl trap add` gives it. The index of the list is for new rows, and only where it is free:
-/// without it, or where another row has it, a new row gets the lowest free one. So a list takes no
-/// row away from another receiver.
+/// the first that no other destination is. What the list leaves out of a row that is there stays as
+/// it is; a new row gets what `talvikctl trap add` gives it. The index of the list is for new rows,
+/// and only where it is free: without it, or where another row has it, a new row gets the lowest
+/// free one. So a list takes no row away from another receiver.
 ///
 /// With `replace` the rows that are not in the list are removed. One whose index a new row is to
 /// have becomes that row, and so do as many as the table has no room for beside the new ones.

@@ -38,6 +38,7 @@ class CutPath:
         self.port = self.front.getsockname()[1]
         self.back = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.back.connect(("127.0.0.1", agent_port))
+        self.back.settimeout(LIMIT)
         self.wake, self.stop_end = socket.socketpair()
         self.thread = threading.Thread(target=self._run)
         self.thread.start()
@@ -127,6 +128,17 @@ class CtlTrapImport(TalvikTest):
         self.ctl("add", "192.0.2.99", "--index", "4")
         self.ctl("import", "-", "--replace", given=exported)
         self.assertEqual(self.rows(), LIST)
+
+    def test_restores_several_rows_of_one_receiver(self):
+        twice = [destination(2, "192.0.2.1"), destination(5, "192.0.2.1", version="v3", user="me"), destination(6, "192.0.2.1")]
+        self.imported(*twice)
+        exported = self.list_of(self.agent)
+        words = ("import", "-", "--replace")
+        self.assertEqual(self.ctl(*words, given=exported)[0], "nothing to do: 3 unchanged\n")
+        self.ctl("remove", "2")
+        self.ctl("modify", "5", "--user", "you")
+        self.assertIn("done: 1 added, 1 modified, 0 removed, 1 unchanged", self.ctl(*words, given=exported)[0])
+        self.assertEqual(self.rows(), twice)
 
     def test_adds_and_changes_and_keeps_the_others(self):
         self.ctl("add", "192.0.2.9")

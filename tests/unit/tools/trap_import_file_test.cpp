@@ -85,6 +85,34 @@ TEST(TrapListFile, MayHaveOneAddressWithSeveralPorts)
     EXPECT_EQ(refusal(R"(["a", {"address": "a", "port": 163}])"), "accepted");
 }
 
+TEST(TrapListFile, MayHaveOneReceiverSeveralTimesWithIndexes)
+{
+    const auto read =
+        parseTrapList(R"([{"address": "a", "index": 4}, {"address": "A", "index": 2}])", "r.json");
+
+    ASSERT_EQ(read.size(), 2u);
+    EXPECT_EQ(read[0].index, 4u);
+    EXPECT_EQ(read[1].index, 2u);
+}
+
+TEST(TrapListFile, HasRoomForTheLargestTable)
+{
+    TrapDestination row;
+    row.address = std::string(253, 'a');
+    row.port = 65535;
+    row.version = 3;
+    row.type = 7;
+    row.user = std::string(32, '\xB0');
+    row.usable = std::string(45, ':');
+    std::vector<TrapDestination> rows;
+    for (std::uint32_t index = 0; index < 4096; ++index) {
+        row.index = kMaxTrapIndex - index;
+        rows.push_back(row);
+    }
+
+    EXPECT_LT(jsonText(trapTableJson("udp:192.0.2.1:1161", rows)).size(), kMaxTrapListBytes);
+}
+
 TEST(TrapListFile, MayHaveAsManyDestinationsAsAnAgent)
 {
     EXPECT_EQ(refusal(addresses(4096)), "accepted");
@@ -108,7 +136,7 @@ TEST(TrapListFile, IsRefusedWhenItIsTooLarge)
     const talvik::test::TempDir dir;
     const auto file = dir.write("r.json", std::string(kMaxTrapListBytes + 1, ' '));
     EXPECT_THAT([&] { loadTrapList(file); },
-                testing::ThrowsMessage<talvik::StartupError>(HasSubstr("larger than 16 MiB")));
+                testing::ThrowsMessage<talvik::StartupError>(HasSubstr("larger than 4 MiB")));
 }
 
 TEST(TrapListFile, ShowsWhatIsNotPrintableAsEscapes)
@@ -198,7 +226,12 @@ const Refusal kRefusals[] = {
     {"UserANumber", with(R"("user": 1)"), "[1].user: expected 1 to 32 octets"},
     {"UsableANumber", with(R"("usable": 1)"), "[1].usable: expected null or an address"},
     {"ReceiverTwice", "[\"A\",\n\"b\",\n{\"address\": \"a.\", \"port\": 162}]",
-     "line 3, [2]: has the address and port of [0]; each receiver may stand there once"},
+     "line 3, [2]: has the address and port of [0]; a receiver may stand there several times only "
+     "with the index of each"},
+    {"ReceiverTwiceWithOneIndex", R"([{"address": "a", "index": 3}, "a"])",
+     "[1]: has the address and port of [0]"},
+    {"ReceiverTwiceWithTheOtherIndex", R"(["a", {"address": "a", "index": 3}])",
+     "[1]: has the address and port of [0]"},
     {"IndexTwice", "[{\"address\": \"a\", \"index\": 3},\n{\"address\": \"b\", \"index\": 3}]",
      "line 2, [1].index: 3 is the index of [0] already"},
 };

@@ -122,6 +122,19 @@ TEST(TrapImportPlan, TakesOfSeveralRowsThatOfTheIndexOrTheFirst)
                 ElementsAre("remove 2 a v2 --", "remove 6 a v2 --"));
 }
 
+TEST(TrapImportPlan, PairsRowsOfOneReceiverByTheirIndexes)
+{
+    const Rows rows = {row(2, "a"), row(5, "a", 3)};
+
+    EXPECT_THAT(changesOf(rows, rows, true), IsEmpty());
+    EXPECT_THAT(changesOf({rows[1], rows[0]}, rows, true), IsEmpty());
+    EXPECT_THAT(changesOf({row(1, "a"), row(2, "a", 3)}, rows, true),
+                ElementsAre("modify 5 a v3 -- to 5 a v2 --", "modify 2 a v2 -- to 2 a v3 --"));
+    EXPECT_THAT(changesOf(rows, {row(5, "a")}, true),
+                ElementsAre("add 2 a v2 --", "modify 5 a v2 -- to 5 a v3 --"));
+    EXPECT_THAT(changesOf(rows, {}), ElementsAre("add 2 a v2 --", "add 5 a v3 --"));
+}
+
 TEST(TrapImportPlan, GivesTheIndexesOfTheListWhereTheyAreFree)
 {
     EXPECT_THAT(changesOf({wanted("x"), row(1, "a"), row(3, "c"), row(2, "b")}, {row(1, "z")}),
