@@ -193,7 +193,7 @@ class CleanRoot(MadePackages):
     def test_talvikctl_asks_the_installed_agent_without_being_told_where(self):
         self.install_agent()
         self.let_operator_in()
-        self.machine.shell(f"mkdir -p /root/.snmp && printf '%s' '{CLIENT}' > /root/.snmp/snmp.conf && chmod 600 /root/.snmp/snmp.conf")
+        self.machine.shell(f"umask 077; mkdir /root/.snmp; printf '%s' '{CLIENT}' > /root/.snmp/snmp.conf")
 
         self.assertIn("--agent ADDRESS=udp:127.0.0.1:161\n", self.machine.run("talvikctl", "trap", "list", "--help"))
         self.assertIn('"agent" : "udp:127.0.0.1:161"', self.machine.run("talvikctl", "trap", "list", "--json"))
