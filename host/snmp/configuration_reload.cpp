@@ -160,7 +160,8 @@ void ConfigurationReload::run()
     logWarnings(reading.warnings);
     auto fault = std::move(reading.fault);
     const auto users = changedUsers(now);
-    const bool accessChanged = !underMaster_ && now.access != content_.access;
+    const bool accessChanged =
+        !underMaster_ && (managersRowsMissing_ || now.access != content_.access);
     if (fault.empty()) {
         fault = faultOf(users);
     }
@@ -185,6 +186,9 @@ void ConfigurationReload::run()
                     users.size());
     reportOthers(now);
     remember(std::move(now));
+    if (managersRowsMissing_) {
+        return;  // the file has what the library has not
+    }
     if (const auto unwritten = store(); !unwritten.empty()) {
         hostLog()->error("SIGHUP: {}; what was taken over holds, but what managers have changed "
                          "since the file was written may be lost at the next start",
@@ -248,9 +252,11 @@ std::string ConfigurationReload::store()
 /// Returns what is wrong, with the former access control in place again; says nothing of `warned`.
 std::string ConfigurationReload::replaceAccess(const std::vector<std::string>& warned)
 {
-    auto unwritten = store();  // or what managers have written would be gone
-    if (!unwritten.empty()) {
-        return unwritten;
+    if (!managersRowsMissing_) {
+        auto unwritten = store();  // or what managers have written would be gone
+        if (!unwritten.empty()) {
+            return unwritten;
+        }
     }
     const auto dropAll = [] {
         dropWords(accessWords());
@@ -268,8 +274,25 @@ std::string ConfigurationReload::replaceAccess(const std::vector<std::string>& w
             takeLine(word, rest);
         }
     }
-    takeWords(managersWords(), persistentFileIn(files_.persistentDir));
+    takeManagersRows();
     return fault;
+}
+
+/// While they are missing, the library must not write its file anew: it would be without them.
+void ConfigurationReload::takeManagersRows()
+{
+    const auto file = persistentFileIn(files_.persistentDir);
+    const bool missing = !takeWords(managersWords(), file);
+    if (std::exchange(managersRowsMissing_, missing) != missing) {
+        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_PERSIST_STATE,
+                               missing ? 1 : 0);
+    }
+    if (missing) {
+        hostLog()->error("SIGHUP: {} cannot be read; what managers have written to the access "
+                         "control does not hold and nothing is written to that file until the next "
+                         "SIGHUP or start can read it",
+                         file);
+    }
 }
 
 void ConfigurationReload::reportOthers(const Content& now) const

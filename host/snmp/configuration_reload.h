@@ -58,6 +58,7 @@ private:
     std::string faultOf(const std::vector<const User*>& users);
     std::string store();
     std::string replaceAccess(const std::vector<std::string>& warned);
+    void takeManagersRows();
     void reportOthers(const Content& now) const;
     void remember(Content now);
 
@@ -65,7 +66,8 @@ private:
     const bool underMaster_;
     LibraryLog& log_;
     Content content_;
-    std::set<std::string> ownUsers_;  ///< of the agent's engine
+    std::set<std::string> ownUsers_;    ///< of the agent's engine
+    bool managersRowsMissing_ = false;  ///< the file has them, the library could not take them over
 };
 
 }  // namespace talvik

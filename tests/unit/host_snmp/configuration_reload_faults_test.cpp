@@ -49,6 +49,35 @@ private:
     void (*action_)(int) = std::signal(SIGXFSZ, SIG_IGN);
 };
 
+/// While this lives, the word "group" hides a file.
+class Hiding {
+public:
+    explicit Hiding(const std::string& file)
+    {
+        hidden() = file;
+        register_config_handler(talvik::kApplicationName, "group", &hide, nullptr, nullptr);
+    }
+
+    ~Hiding() { unregister_config_handler(talvik::kApplicationName, "group"); }
+
+    Hiding(const Hiding&) = delete;
+    Hiding& operator=(const Hiding&) = delete;
+
+    static void showAgain() { std::filesystem::rename(hidden() + ".hidden", hidden()); }
+
+private:
+    static std::string& hidden()
+    {
+        static std::string one;
+        return one;
+    }
+
+    static void hide(const char*, char*)
+    {
+        std::filesystem::rename(hidden(), hidden() + ".hidden");
+    }
+};
+
 TEST_F(ConfigurationReloadFaults, PassphrasesAreInNoLine)
 {
     start(kReader);
@@ -157,6 +186,42 @@ TEST_F(ConfigurationReloadFaults, AFullDiskKeepsTheFileWhereOnlyUsersChange)
                                            Not(HasSubstr("stay as they were")))));
     EXPECT_NE(known("reloaded"), nullptr);
     EXPECT_EQ(folder.read("state/talvik-agentd.conf"), before);
+}
+
+TEST_F(ConfigurationReloadFaults, RowsOfManagersThatCannotBeReadStayInTheFile)
+{
+    const talvik::test::StoredLine line("vacmView theirs");
+    start(kReader);
+    const Hiding hiding(persistent());
+
+    EXPECT_THAT(becomes(kWriter + "group hides\n"),
+                ElementsAre(HasSubstr(persistent() + " cannot be read; what managers have written"),
+                            done("taken over", 0)));
+    EXPECT_THAT(words.taken(), ElementsAre("rocommunity writer"));
+    EXPECT_FALSE(std::filesystem::exists(persistent())) << "written without them";
+    snmp_store(talvik::kApplicationName);
+    EXPECT_FALSE(std::filesystem::exists(persistent())) << "as at the agent's end";
+
+    Hiding::showAgain();
+    EXPECT_THAT(becomes(kWriter), ElementsAre(done("taken over", 0)));
+    EXPECT_THAT(words.taken(), ElementsAre("rocommunity writer", "vacmView theirs"));
+    EXPECT_THAT(folder.read("state/talvik-agentd.conf"), HasSubstr("theirs"));
+}
+
+TEST_F(ConfigurationReloadFaults, RowsOfManagersAreReadAgainThoughNothingElseHasChanged)
+{
+    const talvik::test::StoredLine line("vacmView theirs");
+    start(kReader);
+    {
+        const Hiding hiding(persistent());
+        becomes(kWriter + "group hides\n");
+    }
+    becomes(kWriter);
+
+    Hiding::showAgain();
+
+    EXPECT_THAT(again(), ElementsAre(done("taken over", 0)));
+    EXPECT_THAT(words.taken(), ElementsAre("rocommunity writer", "vacmView theirs"));
 }
 
 }  // namespace
