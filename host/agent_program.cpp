@@ -1,6 +1,7 @@
 #include "host/agent_program.h"
 
 #include "backend/back_end.h"
+#include "backend/system_commands.h"
 #include "backend/unix_address.h"
 #include "host/chosen_module.h"
 #include "host/counted_link.h"
@@ -8,6 +9,7 @@
 #include "host/health_source.h"
 #include "host/installation_paths.h"
 #include "host/link/backend_choice.h"
+#include "host/link/backend_probe.h"
 #include "host/link/configuration_link.h"
 #include "host/notification_service.h"
 #include "host/platform/device_config_file.h"
@@ -190,6 +192,15 @@ std::unique_ptr<BackendLink> linkTo(const BackendChoice& choice,
     return std::make_unique<CountedLink>(makeBackendLink(choice, notOwned), counters);
 }
 
+/// Asks a back end of its own that did not answer whether it does again; `health` outlives it.
+BackendProbe probeOf(const BackendChoice& choice, const DeviceConfigFile& device,
+                     HealthSource& health)
+{
+    return {choice.socketPath, backend::commandNumber(device, "GET_SYSTEM_WWN"),
+            [&health] { return health.backendSilentSince(); },
+            [&health] { health.link().noteAnswer(); }};
+}
+
 /// Both outlive the last look at `health`.
 void follow(HealthSource& health, const SnmpAgent& agent, const NotificationService& notifications)
 {
@@ -284,6 +295,8 @@ void runAgent(const AgentOptions& options, const StopSignals& signals)
     hostLog()->flush();
     auto watchers = notifications.watchers();
     watchers.push_back(&health);
+    auto probe = probeOf(choice, device, health);
+    watchers.push_back(&probe);
     Reload reload(options.log, startFiles,
                   {[&agent] { agent.reloadConfiguration(); },
                    [&notifications] { notifications.readSettingsAgain(); },

@@ -19,6 +19,12 @@ void LinkCounters::add(bool works)
     }
 }
 
+void LinkCounters::noteAnswer()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    values_.works = true;
+}
+
 LinkCounters::Values LinkCounters::values() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);

@@ -28,13 +28,18 @@ public:
         std::uint64_t exchanges = 0;
         std::uint64_t failures = 0;           ///< without an answer that makes sense
         std::optional<std::time_t> answered;  ///< the latest answer
-        std::optional<bool> works;            ///< the latest exchange; nothing before the first
-        Time failed = Time::min();            ///< the latest failure
+        std::optional<bool> works;  ///< the latest exchange, or an answer noted since; nothing
+                                    ///< before the first
+        Time failed = Time::min();  ///< the latest failure
     };
 
     explicit LinkCounters(HealthClock clock = {});
 
     void add(bool works);
+
+    /// It answered something that is no command of anybody's: it works, and nothing is counted.
+    void noteAnswer();
+
     Values values() const;
 
 private:

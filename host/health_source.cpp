@@ -56,6 +56,16 @@ Backend HealthSource::backendState(const LinkCounters::Values& link) const
     return *subscription.works && answers ? Backend::Up : Backend::Down;
 }
 
+std::optional<HealthSource::Time> HealthSource::backendSilentSince() const
+{
+    const auto link = link_.values();
+    const bool subscriptionFails = !subscription_().works.value_or(true);
+    if (subscriptionFails || backendState(link) != Backend::Down) {
+        return std::nullopt;
+    }
+    return link.failed;
+}
+
 AgentHealth HealthSource::now() const
 {
     const auto link = link_.values();

@@ -53,6 +53,10 @@ public:
 
     AgentHealth now() const;
 
+    /// When the back end last left a command without an answer, while it is that why it counts as
+    /// down: nothing but another answer ends it, since its notifications seem to come.
+    std::optional<Time> backendSilentSince() const;
+
     /// Writes the first line, from which on the hours are counted.
     void start();
 

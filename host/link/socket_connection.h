@@ -53,6 +53,9 @@ public:
 
     void close() { socket_.reset(); }
 
+    /// -1 while there is none.
+    int descriptor() const { return socket_.get(); }
+
     /// Returns false when the peer closed the connection before it had all of `wire`. Throws
     /// `LinkFailure`.
     bool sendAll(const backend::Bytes& wire, const Deadline& deadline);

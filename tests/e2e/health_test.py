@@ -1,5 +1,6 @@
 """The agent tells its own health over SNMP and in the log, whatever else is away."""
 
+import signal
 import unittest
 
 from agent_health import NEVER, HealthReader
@@ -61,6 +62,19 @@ class Health(HealthReader, NotificationTest):
         self.assertNotIn(NEVER, self.lines("snmpget", agent, EVERYTHING, f"{HEALTH}.1.9.0")[0])
         backend.kill()
         wait_until(lambda: self.counted(agent, "BackendState") == [3], "the back end down")
+
+    def test_back_end_that_hung_for_a_while_is_up_without_another_command(self):
+        path = self.folder / "backend.sock"
+        backend = self.start_backend(path)
+        agent = self.start(backend=f"unix:{path}")
+        wait_until(lambda: self.counted(agent, "BackendState") == [2], "the back end up")
+        backend.send(signal.SIGSTOP)
+        self.lines("snmpget", agent, READER, f"{ENTRY}.8.1")
+        self.assertEqual(self.counted(agent, "BackendState"), [3])
+        counted = self.counted(agent, "BackendCommands", "BackendFailures")
+        backend.send(signal.SIGCONT)
+        wait_until(lambda: self.counted(agent, "BackendState") == [2], "the back end up again")
+        self.assertEqual(self.counted(agent, "BackendCommands", "BackendFailures"), counted)
 
     def test_hanging_back_end_delays_nobody_who_asks_for_health(self):
         fake = FakeBackend(self.folder / "backend.sock", hangs=True)

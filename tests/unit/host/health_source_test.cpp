@@ -167,6 +167,25 @@ TEST_F(HealthOf, ABackEndWhoseNotificationsCameAgainSinceItFailedIsUp)
     EXPECT_EQ(backend(), Backend::Up);
 }
 
+TEST_F(HealthOf, ABackEndIsSilentWhileOnlyAnotherAnswerCanBringItUp)
+{
+    EXPECT_EQ(source.backendSilentSince(), std::nullopt) << "before the first exchange";
+    source.link().add(false);
+    EXPECT_EQ(source.backendSilentSince(), clock.steady()) << "with no notifications to go by";
+
+    subscription.works = false;
+    EXPECT_EQ(source.backendSilentSince(), std::nullopt) << "notifications are asked for anyway";
+
+    subscription = {true, clock.steady()};
+    EXPECT_EQ(source.backendSilentSince(), clock.steady());
+    const auto commands = source.now().backendCommands;
+    source.link().noteAnswer();
+    EXPECT_EQ(source.backendSilentSince(), std::nullopt);
+    EXPECT_EQ(backend(), Backend::Up);
+    EXPECT_EQ(source.now().backendCommands, commands);
+    EXPECT_EQ(source.now().backendAnswered, std::nullopt) << "no command was";
+}
+
 TEST_F(HealthOf, AnEmbeddedBackEndIsNeverAway)
 {
     HealthSource embedded({"1.2.3", "/a/module.so", "embedded", true}, clock.clock());
@@ -175,6 +194,7 @@ TEST_F(HealthOf, AnEmbeddedBackEndIsNeverAway)
     embedded.link().add(false);
 
     EXPECT_EQ(embedded.now().backend, Backend::Embedded);
+    EXPECT_EQ(embedded.backendSilentSince(), std::nullopt);
 }
 
 TEST_F(HealthOf, NobodyElseIsNoFault)
