@@ -97,7 +97,8 @@ std::string stateOf(const ReceiverStatus& receiver)
                       (receiver.inform ? "inform" : "trap");
     if (tested.outcome == TestOutcome::Failed) {
         throw Failure(Failure::Kind::Refused, what + stateOf(receiver),
-                      "talvikctl trap list and the agent's log tell more; " +
+                      "talvikctl trap list and the agent's log tell more; if no user or setting is "
+                      "missing, " +
                           std::string(receiver.inform
                                           ? "make sure that the receiver listens there and knows "
                                             "the community or the user"

@@ -40,6 +40,18 @@ Json::Value indexJson(const TrapOptions& options, std::uint32_t index)
     return value;
 }
 
+/// Why a new row, which the agent took, gets nothing all the same; empty if that is not known.
+std::string warningOf(const TrapDestination& row, std::uint32_t index)
+{
+    constexpr std::uint32_t kV3 = 3;
+    const bool lacksUser = row.version == kV3 && (!row.user || *row.user == "--");
+    const auto name = std::to_string(index);
+    return lacksUser ? "nothing can be sent to trap destination " + name +
+                           " yet, as v3 needs a user; name one with talvikctl trap modify " + name +
+                           " --user NAME"
+                     : std::string();
+}
+
 /// What came of a removal of several rows.
 struct Removal {
     std::vector<std::uint32_t> removed;
@@ -145,8 +157,20 @@ int runTrapAdd(const TrapOptions& options)
 {
     return onTable(options, [&](TrapTable& table) {
         const auto index = table.add(options.destination);
-        std::cout << (options.output.json ? jsonText(indexJson(options, index))
-                                          : std::to_string(index) + "\n");
+        const auto warning = warningOf(options.destination, index);
+        if (options.output.json) {
+            auto value = indexJson(options, index);
+            if (!warning.empty()) {
+                value["warning"] = warning;
+            }
+            std::cout << jsonText(value);
+            return;
+        }
+        std::cout << index << '\n';
+        if (!warning.empty()) {
+            std::cout.flush();
+            std::cerr << "talvikctl: " << warning << '\n';
+        }
     });
 }
 

@@ -125,6 +125,15 @@ class CtlTrap(TalvikTest):
         told = json.loads(self.ctl("modify", "1", "--port", "5", "--json", *V2C, status=1)[0])
         self.assertIn("there is no trap destination 1", told["reason"])
 
+    def test_warns_of_a_row_that_nothing_can_be_sent_to(self):
+        said = "nothing can be sent to trap destination {0} yet, as v3 needs a user; " \
+               "name one with talvikctl trap modify {0} --user NAME"
+        v3 = ("add", "192.0.2.1", "--version", "v3")
+        self.assertEqual(self.ctl(*v3, *V2C), ("1\n", f"talvikctl: {said.format(1)}\n"))
+        out, error = self.ctl(*v3, "--json", *V2C)
+        self.assertEqual((json.loads(out)["warning"], error), (said.format(2), ""))
+        self.assertNotIn("warning", json.loads(self.ctl(*v3, "--user", "me", "--json", *V2C)[0]))
+
     def test_never_creates_a_row_by_changing_it(self):
         for who in (V1, V2C, self.v3):
             with self.subTest(who=who[:2]):
