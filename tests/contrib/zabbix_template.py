@@ -33,8 +33,8 @@ def discovered(rule):
 
 
 def trap_patterns(template):
-    """The regular expressions that traps are told apart by, by the item's name."""
-    return {item["name"]: re.compile(TRAP_KEY.match(item["key"]).group(1))
+    """The regular expressions that traps are told apart by, by the item's name; for Zabbix a trap is many lines."""
+    return {item["name"]: re.compile(TRAP_KEY.match(item["key"]).group(1), re.MULTILINE)
             for item in template["items"] if item["type"] == "SNMP_TRAP"}
 
 
