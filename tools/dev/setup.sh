@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
-# Installs the packages of packaging/debian-packages.txt that this machine does not have.
+# Installs the packages of packaging/debian-packages.txt that this machine does not have; with --quiet LIST those of that list.
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 list="$root/packaging/debian-packages.txt"
 quiet=false
 case ${1:-} in
     "") ;;
-    --quiet) quiet=true ;;
+    --quiet)
+        quiet=true
+        list=${2:-$list}
+        ;;
     *) misuse "setup takes no argument \"$1\"" ;;
 esac
 
@@ -58,6 +61,8 @@ newServices=()
 for service in snmpd snmptrapd prometheus prometheus-snmp-exporter snmptt; do
     isInstalled "$service" || newServices+=("$service.service")
 done
+isInstalled postgresql-15 || newServices+=(postgresql.service)
+isInstalled zabbix-server-pgsql || newServices+=(zabbix-server.service)
 isInstalled snmptrapd || newServices+=(snmptrapd.socket)
 "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
     fail "apt-get could not install: ${missing[*]} (messages above). The tree is made for Debian 12."
