@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <string>
 
 namespace {
 
@@ -34,6 +35,9 @@ int run(int argc, char** argv)
     bool parseOnly = false;
     app.add_flag("--parse-only", parseOnly, "Only check the command line, and do nothing");
     app.require_subcommand(1);
+    app.failure_message([](const CLI::App* command, const CLI::Error& error) {
+        return std::string(kProgram) + ": " + CLI::FailureMessage::simple(command, error);
+    });
     setHelp(app, {"talvikctl help COMMAND shows the help of a command.",
                   kAskingExitStatus,
                   {"talvikctl backend status --socket /run/talvik/backend.sock",

@@ -104,19 +104,24 @@ Lines tableLines(std::size_t rows, std::size_t room,
     return {};
 }
 
+/// Tells the number of those that have no room, unless the head alone has to, for want of a line.
 Lines alarmLines(const std::vector<ActiveAlarm>& alarms, const TableStyle& style, std::size_t room)
 {
-    return tableLines(alarms.size(), room, [&](std::size_t shown) {
-        const auto hidden = alarms.size() - shown;
-        auto lines = linesOf(activeAlarmsText(
+    const auto newest = [&](std::size_t shown) {
+        return linesOf(activeAlarmsText(
             {alarms.end() - static_cast<std::ptrdiff_t>(shown), alarms.end()}, style));
+    };
+    const auto lines = tableLines(alarms.size(), room, [&](std::size_t shown) {
+        const auto hidden = alarms.size() - shown;
+        auto some = newest(shown);
         if (hidden != 0) {
-            lines.insert(
-                lines.begin(),
+            some.insert(
+                some.begin(),
                 fitted(std::to_string(hidden) + " more with smaller serial numbers", style));
         }
-        return lines;
+        return some;
     });
+    return lines.empty() ? tableLines(alarms.size(), room, newest) : lines;
 }
 
 /// `receivers` is sorted: those in trouble first.
@@ -158,12 +163,17 @@ Section apart(const Section& section)
     };
 }
 
-/// Each gets half of the room, and what the other one does not need.
+/// Each gets half of the room, and what the other one does not need. Where half of it is not enough
+/// for any of the first, it gets as much as it takes.
 Lines shared(const Section& first, const Section& second, std::size_t room)
 {
     const auto wanted = first(room).size();
     auto lower = second(std::max(room / 2, room - wanted));
-    auto both = first(room - lower.size());
+    auto share = room - lower.size();
+    auto both = first(share);
+    while (both.empty() && share < room) {
+        both = first(++share);
+    }
     lower = second(room - both.size());
     both.insert(both.end(), lower.begin(), lower.end());
     return both;

@@ -59,7 +59,7 @@ const Usage kWrong[] = {
      "\"2147483648\" is no number from 1 to 2147483647"},
     {"ModifyNothing",
      {"modify", "1"},
-     "nothing to change: name --address, --port, --version, --type or --user"},
+     "talvikctl: nothing to change: name --address, --port, --version, --type or --user"},
     {"ModifyNoRow", {"modify", "--port", "162"}, "INDEX is required"},
     {"ModifyIndexZero", {"modify", "0", "--port", "1"}, "\"0\" is no number from 1 to 2147483647"},
     {"ModifyIndexTooLarge",

@@ -153,6 +153,23 @@ TEST_F(WatchPicture, GivesTheRoomThatOneDoesNotNeedToTheOther)
     EXPECT_EQ(fewAlarms.back(), "and 37 more");
 }
 
+TEST_F(WatchPicture, ShowsNoReceiverInThePlaceOfTheOnlyAlarm)
+{
+    auto look = lookAt(37, 1);
+    auto& receiver = look.receivers.rows->front();
+    receiver.address = "127.0.0.1";
+    receiver.user = "--";
+    receiver.state = "ok";
+    for (std::size_t columns = 40; columns <= 120; columns += 5) {
+        for (std::size_t rows = 2; rows < 30; ++rows) {
+            const auto lines = picture(look, 0, columns, rows);
+            const bool hasAlarm = testing::Matches(Contains(HasSubstr("501010001")))(lines);
+            const bool hasReceiver = testing::Matches(Contains(HasSubstr("127.0.0.1")))(lines);
+            EXPECT_TRUE(hasAlarm || !hasReceiver) << columns << "x" << rows;
+        }
+    }
+}
+
 TEST_F(WatchPicture, TellsTheNumbersWhereNothingElseHasRoom)
 {
     EXPECT_THAT(picture(lookAt(200, 50), 2, 20, 5),
