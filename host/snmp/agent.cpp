@@ -2,6 +2,7 @@
 
 #include "host/platform/host_log.h"
 #include "host/platform/log_text.h"
+#include "host/snmp/agentx_offer.h"
 #include "host/snmp/bulk_response_limit.h"
 #include "host/snmp/callback_guard.h"
 #include "host/snmp/durable_file.h"
@@ -197,6 +198,9 @@ SnmpAgent::SnmpAgent(AgentSettings settings) : settings_(std::move(settings))
 
 SnmpAgent::~SnmpAgent()
 {
+    if (master_) {
+        stopWithdrawing();
+    }
     healthBridge_.reset();
     bridge_.reset();
     if (configured_) {

@@ -8,7 +8,8 @@ namespace talvik {
 
 namespace {
 
-constexpr int kRegister = 1;  ///< the library's SNMPD_CALLBACK_REGISTER_OID
+constexpr int kRegister = 1;    ///< the library's SNMPD_CALLBACK_REGISTER_OID
+constexpr int kUnregister = 2;  ///< its SNMPD_CALLBACK_UNREGISTER_OID
 constexpr int kTaken = 1;
 
 register_parameters parametersOf(netsnmp_subtree& subtree)
@@ -72,6 +73,12 @@ OfferAnswer offerSubtree(netsnmp_session& session, netsnmp_subtree& subtree, Lib
         }
     }
     return {OfferAnswer::Kind::None, {}};
+}
+
+void stopWithdrawing()
+{
+    snmp_unregister_callback(SNMP_CALLBACK_APPLICATION, kUnregister, &agentx_registration_callback,
+                             nullptr, 0);
 }
 
 }  // namespace talvik

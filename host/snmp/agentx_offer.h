@@ -33,4 +33,8 @@ struct OfferAnswer {
 /// Asks the master at the other end of `session`, which may have ended afterwards, to take it.
 OfferAnswer offerSubtree(netsnmp_session& session, netsnmp_subtree& subtree, LibraryLog& log);
 
+/// Before the agent ends: the master is not told of each subtree that goes, which takes a second
+/// each when it hangs. The end of the session tells it of all.
+void stopWithdrawing();
+
 }  // namespace talvik

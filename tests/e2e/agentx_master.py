@@ -11,7 +11,7 @@ from talvik_e2e import BIN, CONFIG, Daemon, free_port
 
 SNMPD = "/usr/sbin/snmpd"
 
-REGISTER, RESPONSE = 3, 18  # kinds of AgentX messages
+REGISTER, UNREGISTER, RESPONSE = 3, 4, 18  # kinds of AgentX messages
 
 
 class Master(Daemon):
@@ -36,10 +36,12 @@ class Master(Daemon):
 
 class Forgetful:
     """Between agent and master, with a socket of its own. While `loses` is a kind of message, what registers is lost on the way:
-    REGISTER to the master, or the RESPONSE to it. `lost` has how many in each connection."""
+    REGISTER to the master, or the RESPONSE to it. `lost` has how many in each connection; `withdrawn`
+    counts the subtrees that the agent takes back one by one."""
 
     def __init__(self, folder, master, loses):
         self.path, self.master, self.loses, self.lost = folder / "forgetful", master, loses, []
+        self.withdrawn = 0
         self.sockets, self.threads = [], []
         self.listener = socket.socket(socket.AF_UNIX)
         self.listener.bind(str(self.path))
@@ -73,6 +75,7 @@ class Forgetful:
                     body = stream.read(length)
                     if header[1] == REGISTER:
                         asked.add(packet)
+                    self.withdrawn += header[1] == UNREGISTER
                     if header[1] == kind == self.loses and packet in asked:
                         self.lost[number] += 1
                     else:

@@ -94,6 +94,8 @@ class AgentxMaster(AgentxTest):
                 self.assertEqual(agent.log().count("cannot be reached: it does not answer whether it takes"), 1, agent.log())
                 self.assertNotIn("refuses", agent.log())
                 self.assertEqual(agent.stop(), 0)
+                wait_until(lambda: not self.serves(master), "the table gone with the agent")
+                self.assertEqual(between.withdrawn, 0)  # a hung master would take its time over each
                 between.close()
                 between.path.unlink()
                 master.stop()
