@@ -11,6 +11,6 @@ bash "$tools/setup.sh" --quiet "$root/packaging/zabbix-packages.txt"
 [ -n "${TALVIK_BIN_DIR:-}" ] || configureAndBuild release SnmpTalvikMibModule talvik-agentd talvik-backendd
 say "Zabbix with contrib/zabbix"
 export TALVIK_BIN_DIR="${TALVIK_BIN_DIR:-$root/build/release/bin}"
-# Debian's own Python, which python3-yaml is made for. An interrupt is what it cleans up after.
-must timeout --foreground --signal=INT --kill-after=90 "$seconds" \
+# Debian's own Python, which python3-yaml is made for.
+must timeout --foreground --kill-after=90 "$seconds" \
     /usr/bin/python3 -B "$root/tests/contrib/zabbix_server/zabbix_server_test.py" -v

@@ -6,6 +6,7 @@
 
 import pathlib
 import re
+import signal
 import sys
 import unittest
 
@@ -245,4 +246,5 @@ class ZabbixServer(ContribTest):
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGTERM, signal.default_int_handler)  # for unittest any other exception is a failed test
     unittest.main()

@@ -58,8 +58,8 @@ StartLLDProcessors=1
 
 # What the package brings of templates, all but their names, is 130,000 rows that nothing here takes.
 INSERT = b"\nINSERT INTO "
-OF_TEMPLATES = (b"function", b"graph", b"host_discovery", b"hostmacro", b"http", b"item", b"lld_", b"sysmap", b"trigger", b"valuemap",
-                b"widget")
+OF_TEMPLATES = (b"function", b"graph", b"host_discovery", b"hostmacro", b"http", b"item", b"lld_", b"sysmap", b"trigger",
+                b"valuemap", b"widget")
 
 # Where the frontend looks for its configuration is a constant of its own.
 FRONTEND_CONSTANT = "/etc/zabbix/zabbix.conf.php"
