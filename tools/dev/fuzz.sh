@@ -8,7 +8,7 @@ only=${2:-}
 [[ $seconds =~ ^[1-9][0-9]*$ ]] || misuse "\"$seconds\" is no number of seconds"
 
 setup
-configureAndBuild fuzz
+configureAndBuild fuzz talvik-fuzz-targets
 
 work="$root/build/fuzz"
 shopt -s nullglob
