@@ -2,18 +2,16 @@
 
 import json
 import os
-import select
 import signal
-import socket
 import subprocess
 import threading
 import unittest
 
 from ctl_watch_test import Terminal
+from relay import Relay, is_set
 from talvik_e2e import CONFIG, LIMIT, ROOT, TalvikTest, free_port, program
 
 TRAPS = ROOT + ".2.91.10.4.1"
-SET_TAG = 0xA3
 VIEWS = f"""
 view noUser included {ROOT}
 view noUser excluded {TRAPS}.1.8
@@ -27,48 +25,25 @@ access halfway "" v2c noauth exact whole noVersion none
 """
 
 
-class CutPath:
-    """Stands between client and agent and lets so many SETs of v2c through; the answer to the next one is lost, or already
-    the request itself, and so is everything after it."""
+class CutPath(Relay):
+    """Lets so many SETs of v2c through; the answer to the next one is lost, or already the request itself, and so is
+    everything after it."""
 
     def __init__(self, agent_port, sets, loses_the_request=False):
         self.left, self.loses_the_request, self.cut = sets, loses_the_request, threading.Event()
-        self.front = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.front.bind(("127.0.0.1", 0))
-        self.port = self.front.getsockname()[1]
-        self.back = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.back.connect(("127.0.0.1", agent_port))
-        self.back.settimeout(LIMIT)
-        self.wake, self.stop_end = socket.socketpair()
-        self.thread = threading.Thread(target=self._run)
-        self.thread.start()
+        super().__init__(agent_port)
 
-    def _run(self):
-        client = None
-        while True:
-            ready, _, _ = select.select([self.front, self.back, self.stop_end], [], [])
-            if self.stop_end in ready:
-                return
-            if self.front in ready:
-                request, client = self.front.recvfrom(65535)
-                if self.cut.is_set():
-                    continue
-                if request[request.index(b"writer") + len("writer")] == SET_TAG:
-                    self.left -= 1
-                if self.left >= 0 or not self.loses_the_request:
-                    self.back.send(request)
-                if self.left < 0:
-                    if not self.loses_the_request:
-                        self.back.recv(65535)  # the agent has done it
-                    self.cut.set()
-            elif self.back in ready:
-                self.front.sendto(self.back.recv(65535), client)
-
-    def close(self):
-        self.wake.send(b"x")
-        self.thread.join(LIMIT)
-        for end in (self.front, self.back, self.wake, self.stop_end):
-            end.close()
+    def take_request(self, request):
+        if self.cut.is_set():
+            return
+        if is_set(request):
+            self.left -= 1
+        if self.left >= 0 or not self.loses_the_request:
+            super().take_request(request)
+        if self.left < 0:
+            if not self.loses_the_request:
+                self.back.recv(65535)  # the agent has done it
+            self.cut.set()
 
 
 def destination(index, address, port=162, version="v2c", kind="alarm", user="--"):

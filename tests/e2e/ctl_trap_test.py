@@ -2,18 +2,15 @@
 
 import json
 import os
-import select
-import socket
 import subprocess
-import threading
 import unittest
 
+from relay import Relay, is_set
 from talvik_e2e import AUTH, CONFIG, LIMIT, PRIV, ROOT, TalvikTest, free_port, program
 
 V1 = ["--snmp-version", "1", "--community", "writer"]
 V2C = ["--snmp-version", "2c", "--community", "writer"]
 READ_ONLY = ["--snmp-version", "2c", "--community", "reader"]
-SET_TAG = 0xA3
 BLIND = f"""
 view noTraps included {ROOT}.2.91.9
 rwcommunity blind 127.0.0.1 -V noTraps
@@ -28,43 +25,22 @@ defPrivPassphrase {PRIV}
 """
 
 
-class LossyPath:
-    """Stands between client and agent and loses the first answers to a SET of v2c."""
+class LossyPath(Relay):
+    """Loses the first answers to a SET of v2c."""
 
     def __init__(self, agent_port, loses=1):
-        self.lost = 0
-        self.loses = loses
-        self.front = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.front.bind(("127.0.0.1", 0))
-        self.port = self.front.getsockname()[1]
-        self.back = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.back.connect(("127.0.0.1", agent_port))
-        self.wake, self.stop_end = socket.socketpair()
-        self.thread = threading.Thread(target=self._run)
-        self.thread.start()
+        self.lost, self.loses, self.sets = 0, loses, False
+        super().__init__(agent_port)
 
-    def _run(self):
-        client, is_set = None, False
-        while True:
-            ready, _, _ = select.select([self.front, self.back, self.stop_end], [], [])
-            if self.stop_end in ready:
-                return
-            if self.front in ready:
-                request, client = self.front.recvfrom(65535)
-                is_set = request[request.index(b"writer") + len("writer")] == SET_TAG
-                self.back.send(request)
-            if self.back in ready:
-                answer = self.back.recv(65535)
-                if is_set and self.lost < self.loses:
-                    self.lost += 1
-                else:
-                    self.front.sendto(answer, client)
+    def take_request(self, request):
+        self.sets = is_set(request)
+        super().take_request(request)
 
-    def close(self):
-        self.wake.send(b"x")
-        self.thread.join(LIMIT)
-        for end in (self.front, self.back, self.wake, self.stop_end):
-            end.close()
+    def lets_through(self, answer):
+        if not self.sets or self.lost == self.loses:
+            return True
+        self.lost += 1
+        return False
 
 
 class CtlTrap(TalvikTest):
