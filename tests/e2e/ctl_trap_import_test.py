@@ -4,7 +4,6 @@ import json
 import os
 import signal
 import subprocess
-import threading
 import unittest
 
 from ctl_watch_test import Terminal
@@ -30,20 +29,18 @@ class CutPath(Relay):
     everything after it."""
 
     def __init__(self, agent_port, sets, loses_the_request=False):
-        self.left, self.loses_the_request, self.cut = sets, loses_the_request, threading.Event()
+        self.left, self.loses_the_request = sets, loses_the_request
         super().__init__(agent_port)
 
     def take_request(self, request):
-        if self.cut.is_set():
-            return
-        if is_set(request):
-            self.left -= 1
-        if self.left >= 0 or not self.loses_the_request:
-            super().take_request(request)
         if self.left < 0:
-            if not self.loses_the_request:
-                self.back.recv(65535)  # the agent has done it
-            self.cut.set()
+            return
+        self.left -= is_set(request)
+        if self.left >= 0:
+            super().take_request(request)
+        elif not self.loses_the_request:
+            super().take_request(request)
+            self.back.recv(65535)  # the agent has done it
 
 
 def destination(index, address, port=162, version="v2c", kind="alarm", user="--"):
